@@ -1,0 +1,287 @@
+#include "actions/SlobsAgent.h"
+
+#include "actions/SlobsMessagePool.h"
+#include "relay/ZoRemoteCommands.h"
+
+#include <QDebug>
+#include <QJsonDocument>
+#include <QUrl>
+#include <QWebSocket>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace SlobsAgentPrivate;
+using namespace ZoRemoteCommands;
+
+namespace {
+
+//! The host's settings page on which the Streamlabs account is linked.
+constexpr int kSettingsPage = 7;
+
+bool isResult(QJsonObject const& message, QString const& name)
+{
+    return message.value("task"_L1) == QJsonValue(name);
+}
+
+QJsonObject toLed(QString const& functionName, bool on)
+{
+    return {{u"task"_s, kUpdateFunctionKeyLedAppControl}, {u"sender"_s, QString()},
+        {u"appName"_s, u"SLOBS"_s}, {u"functionName"_s, functionName}, {u"status"_s, on}};
+}
+
+} // namespace
+
+SlobsAgent::SlobsAgent(QObject* parent)
+    : QObject(parent)
+    , socket(std::make_unique<QWebSocket>(QString(), QWebSocketProtocol::Version13))
+    , messages(SlobsMessagePool::shared())
+{
+    connect(socket.get(), &QWebSocket::connected, this, &SlobsAgent::connected);
+    connect(socket.get(), &QWebSocket::textMessageReceived, this, &SlobsAgent::onTextMessageReceived);
+    connect(socket.get(), &QWebSocket::disconnected, this, &SlobsAgent::disconnected);
+}
+
+SlobsAgent::~SlobsAgent()
+{
+    socket->disconnect();
+    disconnectRcc();
+}
+
+void SlobsAgent::connectRcc(QString const& url)
+{
+    socket->open(QUrl(url));
+}
+
+void SlobsAgent::disconnectRcc()
+{
+    socket->abort();
+}
+
+void SlobsAgent::addRccEventHandler(QString const& task, Handler handler)
+{
+    handlers.insert(task, std::move(handler));
+}
+
+void SlobsAgent::sendRccEvent(QJsonObject const& event)
+{
+    socket->sendTextMessage(QString::fromUtf8(QJsonDocument(event).toJson(QJsonDocument::Compact)));
+}
+
+void SlobsAgent::onTextMessageReceived(QString const& text)
+{
+    auto const message = messages->take(text);
+    if (!message->object()) {
+        qCritical() << "[SlobsAgent] Content was broken";
+        return;
+    }
+    QString const task = message->object()->value("task"_L1).toString();
+    if (Handler const handler = handlers.value(task)) {
+        SlobsMessagePool::Handling const handling(message);
+        handler(*message->object());
+    } else {
+        qDebug() << "[SlobsAgent]" << task << "???";
+    }
+}
+
+// ---- To the relay and the host
+
+void SlobsAgent::subscribe(QString const& subject, QString const& id, QString const& category)
+{
+    sendRccEvent(
+        {{u"task"_s, kSubscribeSubject}, {u"subject"_s, subject}, {u"id"_s, id}, {u"category"_s, category}});
+}
+
+void SlobsAgent::subscribe(QList<QString> const& subjects, QString const& id, QString const& category)
+{
+    sendRccEvent({{u"task"_s, kSubscribeSubjects}, {u"subjects"_s, QJsonArray::fromStringList(subjects)},
+        {u"id"_s, id}, {u"category"_s, category}});
+}
+
+void SlobsAgent::showSettingsLogin()
+{
+    sendRccEvent({{u"task"_s, kLaunchSettingPage}, {u"params"_s, QJsonObject{{u"page"_s, kSettingsPage}}}});
+}
+
+// ---- Tasks for the service
+
+void SlobsAgent::sendServiceTask(QString const& name, QJsonObject arguments)
+{
+    arguments.insert("task"_L1, kSlobsServiceTask);
+    arguments.insert("event"_L1, name);
+    sendRccEvent(arguments);
+}
+
+void SlobsAgent::queryAuthState()
+{
+    sendServiceTask(kQueryAuthState);
+}
+
+void SlobsAgent::refreshModel()
+{
+    sendServiceTask(kRefreshModel);
+}
+
+void SlobsAgent::queryStreamingStatus()
+{
+    sendServiceTask(kQueryStreamingStatus);
+}
+
+void SlobsAgent::queryRecordingStatus()
+{
+    sendServiceTask(kQueryRecordingStatus);
+}
+
+void SlobsAgent::toggleStreaming()
+{
+    sendServiceTask(kToggleStreamingStatus);
+}
+
+void SlobsAgent::toggleRecording()
+{
+    sendServiceTask(kToggleRecordingStatus);
+}
+
+void SlobsAgent::refreshScenes()
+{
+    sendServiceTask(kRefreshScenes);
+}
+
+void SlobsAgent::queryScenes()
+{
+    sendServiceTask(kQueryScenes);
+}
+
+void SlobsAgent::setActiveScene(QString const& id)
+{
+    sendServiceTask(kSetActiveScene, {{u"activeId"_s, id}});
+}
+
+void SlobsAgent::setSourceVisible(Source const& source, bool visible)
+{
+    sendServiceTask(
+        kSetSourceVisibility, {{u"sceneId"_s, source.sceneId}, {u"sceneItemId"_s, source.sceneItemId},
+                                  {u"sourceId"_s, source.sourceId}, {u"visible"_s, visible}});
+}
+
+void SlobsAgent::refreshCollections()
+{
+    sendServiceTask(kRefreshCollections);
+}
+
+void SlobsAgent::queryCollections()
+{
+    sendServiceTask(kQueryCollections);
+}
+
+void SlobsAgent::refreshAudioList(QString const& sceneId)
+{
+    sendServiceTask(kRefreshAudioList, {{u"sceneId"_s, sceneId}});
+}
+
+void SlobsAgent::queryAudioList()
+{
+    sendServiceTask(kQueryAudioList);
+}
+
+void SlobsAgent::setAudioMute(QString const& sourceId, bool muted)
+{
+    sendServiceTask(kSetAudioMute, {{u"sourceId"_s, sourceId}, {u"muted"_s, muted}});
+}
+
+// ---- Results
+
+QJsonObject SlobsAgent::toAuthState(bool authorized, QString const& token, int port)
+{
+    return {{u"task"_s, kQueryAuthStateResult}, {u"authorized"_s, authorized}, {u"token"_s, token},
+        {u"port"_s, port}};
+}
+
+QJsonObject SlobsAgent::toStreamingStatus(QString const& status)
+{
+    return {{u"task"_s, kQueryStreamingStatusResult}, {u"streamingStatus"_s, status}};
+}
+
+QJsonObject SlobsAgent::toRecordingStatus(QString const& status)
+{
+    return {{u"task"_s, kQueryRecordingStatusResult}, {u"recordingStatus"_s, status}};
+}
+
+QJsonObject SlobsAgent::toSceneList(QList<Scene> const& scenes, QString const& activeId)
+{
+    return toSceneList(toJson(scenes), activeId);
+}
+
+QJsonObject SlobsAgent::toSceneList(QJsonArray const& encodedScenes, QString const& activeId)
+{
+    return {{u"task"_s, kQueryScenesResult}, {u"activeId"_s, activeId}, {u"list"_s, encodedScenes}};
+}
+
+QJsonObject SlobsAgent::toCollectionList(QList<CollectionSchema> const& collections)
+{
+    return {{u"task"_s, kQueryCollectionsResult}, {u"list"_s, toJson(collections)}};
+}
+
+QJsonObject SlobsAgent::toAudioList(QList<AudioSource> const& sources)
+{
+    return {{u"task"_s, kQueryAudioListResult}, {u"list"_s, toJson(sources)}};
+}
+
+void SlobsAgent::fromAuthState(QJsonObject const& message, bool& authorized, QString& token, int& port)
+{
+    if (!isResult(message, kQueryAuthStateResult)) {
+        return;
+    }
+    authorized = message.value("authorized"_L1).toBool();
+    token = message.value("token"_L1).toString();
+    port = message.value("port"_L1).toInt(-1);
+}
+
+void SlobsAgent::fromStreamingStatus(QJsonObject const& message, QString& status)
+{
+    if (isResult(message, kQueryStreamingStatusResult)) {
+        status = message.value("streamingStatus"_L1).toString();
+    }
+}
+
+void SlobsAgent::fromRecordingStatus(QJsonObject const& message, QString& status)
+{
+    if (isResult(message, kQueryRecordingStatusResult)) {
+        status = message.value("recordingStatus"_L1).toString();
+    }
+}
+
+void SlobsAgent::fromSceneList(QJsonObject const& message, QList<Scene>& scenes, QString& activeId)
+{
+    if (!isResult(message, kQueryScenesResult)) {
+        return;
+    }
+    activeId = message.value("activeId"_L1).toString();
+    scenes = SlobsMessagePool::list<Scene>(message);
+}
+
+void SlobsAgent::fromCollectionList(QJsonObject const& message, QList<CollectionSchema>& collections)
+{
+    if (isResult(message, kQueryCollectionsResult)) {
+        collections = SlobsMessagePool::list<CollectionSchema>(message);
+    }
+}
+
+void SlobsAgent::fromAudioList(QJsonObject const& message, QList<AudioSource>& sources)
+{
+    if (isResult(message, kQueryAudioListResult)) {
+        sources = SlobsMessagePool::list<AudioSource>(message);
+    }
+}
+
+// ---- Key LEDs
+
+QJsonObject SlobsAgent::setStreamingLed(QString const& streamingStatus)
+{
+    return toLed(u"STREAM"_s, streamingStatus == "live"_L1 || streamingStatus == "starting"_L1);
+}
+
+QJsonObject SlobsAgent::setRecordingLed(QString const& recordingStatus)
+{
+    return toLed(u"RECORD"_s, recordingStatus == "recording"_L1);
+}

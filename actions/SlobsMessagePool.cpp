@@ -1,0 +1,114 @@
+#include "actions/SlobsMessagePool.h"
+
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace StreamlabsApiPrivate;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto keepTime = 1s;
+constexpr std::size_t keepCount = 32;
+
+std::shared_ptr<SlobsMessage>& handled()
+{
+    static std::shared_ptr<SlobsMessage> message;
+    return message;
+}
+
+template <typename Record>
+QList<Record> decodeList(QJsonObject const& message)
+{
+    QJsonArray const array = message.value("list"_L1).toArray();
+    QList<Record> records;
+    records.reserve(array.size());
+    for (auto const& element : array) {
+        fromJson(element.toObject(), records.emplaceBack());
+    }
+    return records;
+}
+
+} // namespace
+
+SlobsMessage::SlobsMessage(QString const& text)
+{
+    auto const document = QJsonDocument::fromJson(text.toUtf8());
+    if (document.isObject()) {
+        content = document.object();
+    }
+}
+
+template <typename Record>
+QList<Record> const& SlobsMessage::list()
+{
+    if (!std::holds_alternative<QList<Record>>(records)) {
+        records = decodeList<Record>(content.value_or(QJsonObject()));
+    }
+    return std::get<QList<Record>>(records);
+}
+
+SlobsMessagePool::SlobsMessagePool()
+{
+    expiry.setSingleShot(true);
+    expiry.setInterval(keepTime);
+    expiry.callOnTimeout([this] { entries.clear(); });
+}
+
+std::shared_ptr<SlobsMessagePool> SlobsMessagePool::shared()
+{
+    static std::weak_ptr<SlobsMessagePool> pool;
+    auto existing = pool.lock();
+    if (!existing) {
+        existing.reset(new SlobsMessagePool);
+        existing->self = existing;
+        pool = existing;
+    }
+    return existing;
+}
+
+std::shared_ptr<SlobsMessage> SlobsMessagePool::take(QString const& text)
+{
+    // What everybody has taken was still needed while the last of them handled it, and is not any more.
+    auto const agents = self.use_count();
+    std::erase_if(entries, [agents](Entry const& entry) { return entry.taken >= agents; });
+
+    auto entry = std::ranges::find(entries, text, &Entry::text);
+    if (entry == entries.end()) {
+        if (entries.size() == keepCount) {
+            entries.erase(entries.begin());
+        }
+        entries.push_back({text, std::make_shared<SlobsMessage>(text)});
+        entry = std::prev(entries.end());
+        expiry.start();
+    }
+    ++entry->taken;
+    return entry->message;
+}
+
+template <typename Record>
+QList<Record> SlobsMessagePool::list(QJsonObject const& message)
+{
+    // Objects that share their data compare equal without a look at it.
+    if (auto const& current = handled(); current && current->object() == message) {
+        return current->list<Record>();
+    }
+    return decodeList<Record>(message);
+}
+
+SlobsMessagePool::Handling::Handling(std::shared_ptr<SlobsMessage> message)
+    : previous(std::exchange(handled(), std::move(message)))
+{}
+
+SlobsMessagePool::Handling::~Handling()
+{
+    handled() = std::move(previous);
+}
+
+template QList<Scene> SlobsMessagePool::list<Scene>(QJsonObject const&);
+template QList<CollectionSchema> SlobsMessagePool::list<CollectionSchema>(QJsonObject const&);
+template QList<AudioSource> SlobsMessagePool::list<AudioSource>(QJsonObject const&);

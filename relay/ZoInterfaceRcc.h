@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+
+#include <functional>
+
+class QWebSocket;
+
+//! The host's relay as the package's service reaches it: in-process calls, no socket of its own.
+//!
+//! Part of the contract with the host, which implements it and is compiled apart from the package: the order
+//! of the operations is binary interface.
+//!
+//! Lifetime: the host owns the object and passes it to `IBuiltInPackageLibrary::startService`. It stays valid
+//! until `stopService` has returned or the library object has been deleted, whichever comes first. The
+//! package never deletes it.
+//!
+//! Threads: the host's GUI thread only. Operations may be called from inside a handler.
+//!
+//! Failures: nothing is thrown, nothing is answered; what cannot be done is the host's to log.
+class ZoInterfaceRcc
+{
+public:
+    //! Called for each command of the registered name. \a connection is the relay client that sent the
+    //! command; it belongs to the relay, is valid during the call only, and may be null when the command came
+    //! from the host itself. \a command is the whole object as it came, {"task": name, …arguments}.
+    using CommandHandler = std::function<void(QWebSocket* connection, QJsonObject const& command)>;
+
+    //! Registers \a handler for the relay command \a command, such as "remote.command.slobs.service.task".
+    //! One handler per command: a second registration replaces the first.
+    virtual void addCommandHandler(QString const& command, CommandHandler handler) = 0;
+    //! Drops the handler of \a command and destroys it before returning, for its code lives in the package,
+    //! which may be unloaded next. An unknown command does nothing.
+    virtual void removeCommandHandler(QString const& command) = 0;
+    //! Sends \a payload, unchanged and as one text message, to every relay client that has subscribed to
+    //! \a subject, such as "remote.subject.streamlabs.response".
+    virtual void publish(QString const& subject, QJsonObject const& payload) = 0;
+    //! Hands the host a command of its own vocabulary as if a relay client had sent it, for example
+    //! {"task": "remote.command.update.function.key.led.App.Control", "sender": "", "appName": "SLOBS",
+    //! "functionName": "STREAM" or "RECORD", "status": bool} to switch a key LED.
+    virtual void dispatchEvent(QJsonObject const& event) = 0;
+
+    ZoInterfaceRcc(ZoInterfaceRcc const&) = delete;
+    ZoInterfaceRcc& operator=(ZoInterfaceRcc const&) = delete;
+
+protected:
+    ZoInterfaceRcc() = default;
+    //! Not virtual: only the host, which knows the real type, deletes it.
+    ~ZoInterfaceRcc() = default;
+};

@@ -1,0 +1,7 @@
+#include "relay/ZoLumenProxy.h"
+
+ZoLumenProxy& ZoLumenProxy::getInstance()
+{
+    static ZoLumenProxy proxy;
+    return proxy;
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "relay/ZoInterfaceRcc.h"
+
+#include <QJsonObject>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+
+//! The one owner of the link to Streamlabs Desktop.
+//!
+//! It keeps the connection open (reconnecting at once after every loss, until `closeSlobs`), authenticates,
+//! subscribes to the events of streaming, recording, scenes, items, sources and collections, and keeps what
+//! it learns. Actions reach it over the host's relay: they send tasks as the relay command
+//! "remote.command.slobs.service.task",
+//! {"task": that command, "event": task name, …}, and it publishes on the relay subject
+//! "remote.subject.streamlabs.response" with the encoders of SlobsAgent. The key LEDs for stream and record
+//! follow through the relay's event dispatch.
+//!
+//! Order of calls: `init`, then `connectSlobs` and `closeSlobs` as often as wanted, `deinit`, deletion.
+//! Everything happens on the thread that owns the object.
+//!
+//! Failures are logged at critical level and otherwise ignored; what an action learns is the published auth
+//! state. Requests made while not connected are dropped with a warning.
+class StreamlabsService : public QObject
+{
+    Q_OBJECT
+
+public:
+    using CommandHandler = ZoInterfaceRcc::CommandHandler;
+
+    explicit StreamlabsService(QObject* parent = nullptr);
+    //! Drops the relay handler if `deinit` has not, since its code may be unloaded next.
+    ~StreamlabsService() override;
+
+    //! Binds the service to the host's relay, which must live until `deinit` or destruction.
+    void init(ZoInterfaceRcc* relay);
+    //! Connects to Streamlabs Desktop on 127.0.0.1. A \a port below 1 or an empty \a token changes nothing
+    //! but the log.
+    void connectSlobs(QString const& token, int port);
+    //! Closes the link and forgets everything, token and port included.
+    void closeSlobs();
+    void deinit();
+
+    //! Registers \a handler for the relay command \a command. Nothing without a relay.
+    void addRccTaskHandler(QString const& command, CommandHandler handler);
+    //! Publishes \a payload on the relay subject \a subject. Nothing without a relay.
+    void sendRccMessage(QString const& subject, QJsonObject const& payload);
+    //! Hands \a event to the relay's event dispatch. Nothing without a relay.
+    void dispatchRccEvent(QJsonObject const& event);
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> d;
+    ZoInterfaceRcc* rcc = nullptr;
+};
