@@ -38,11 +38,6 @@ else()
   endif()
 endif()
 
-# A symbol of the GNU "unique" kind pins its library in memory for ever; the host must be able to unload ours.
-if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  target_compile_options(lumen_options INTERFACE -fno-gnu-unique)
-endif()
-
 if(LUMEN_SANITIZE)
   target_compile_options(lumen_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)

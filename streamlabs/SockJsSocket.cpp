@@ -30,9 +30,12 @@ SockJsSocket::SockJsSocket(QObject* parent)
     , socket(std::make_unique<QWebSocket>(QString(), QWebSocketProtocol::Version13))
     , connectTimer(std::make_unique<QTimer>())
 {
+    // Precise, for a coarse timer may fire a twentieth early.
     connectTimer->setSingleShot(true);
+    connectTimer->setTimerType(Qt::PreciseTimer);
     connectTimer->setInterval(connectTimeout);
     failureTimer.setSingleShot(true);
+    failureTimer.setTimerType(Qt::PreciseTimer);
 
     connect(socket.get(), &QWebSocket::connected, this, &SockJsSocket::onConnected);
     connect(socket.get(), &QWebSocket::disconnected, this, &SockJsSocket::onDisconnected);

@@ -88,6 +88,8 @@ public:
     void publishAuthState();
     void publishStreamingStatus();
     void publishRecordingStatus();
+    //! Clears and publishes the two statuses, as far as they were known.
+    void publishStatusesLost();
     void publishSceneList();
     void publishCollections();
     void publishAudioList();
@@ -141,9 +143,13 @@ void StreamlabsService::connectSlobs(QString const& token, int port)
 
 void StreamlabsService::closeSlobs()
 {
+    // `disconnected` may come from inside `close`, and must find nothing to reconnect to.
+    d->token.clear();
+    d->port = 0;
     if (d->socket) {
         d->socket->close();
     }
+    d->publishStatusesLost(); // for when it comes later; keys and LEDs must not stay lit
     d->reset();
 }
 
@@ -181,7 +187,12 @@ void StreamlabsService::dispatchRccEvent(QJsonObject const& event)
 void StreamlabsService::Impl::initSocket()
 {
     socket = std::make_unique<SockJsSocket>();
-    connect(socket.get(), &SockJsSocket::connected, q, [] { qInfo() << "connected to Streamlabs server"; });
+    connect(socket.get(), &SockJsSocket::connected, q, [this] {
+        qInfo() << "connected to Streamlabs server";
+        if (token.isEmpty()) {
+            socket->close(); // closed during the attempt, which cannot be stopped then
+        }
+    });
     connect(socket.get(), &SockJsSocket::textMessageReceived, q, [this](QString const& frame) {
         // A SockJS server speaks first; heartbeats and close frames need no answer.
         if (frame == "o"_L1) {
@@ -435,16 +446,7 @@ void StreamlabsService::Impl::onEventReceived(QJsonObject const& event)
 void StreamlabsService::Impl::onDisconnected()
 {
     publishAuthState();
-    if (!streamingStatus.isEmpty()) {
-        streamingStatus.clear();
-        // Twice on purpose, and the recording status once: hosts in the field count on the pair.
-        publishStreamingStatus();
-        publishStreamingStatus();
-    }
-    if (!recordingStatus.isEmpty()) {
-        recordingStatus.clear();
-        publishRecordingStatus();
-    }
+    publishStatusesLost();
     q->connectSlobs(token, port);
 }
 
@@ -564,6 +566,20 @@ void StreamlabsService::Impl::publishRecordingStatus()
 {
     publish(SlobsAgent::toRecordingStatus(recordingStatus));
     q->dispatchRccEvent(SlobsAgent::setRecordingLed(recordingStatus));
+}
+
+void StreamlabsService::Impl::publishStatusesLost()
+{
+    if (!streamingStatus.isEmpty()) {
+        streamingStatus.clear();
+        // Twice on purpose, and the recording status once: hosts in the field count on the pair.
+        publishStreamingStatus();
+        publishStreamingStatus();
+    }
+    if (!recordingStatus.isEmpty()) {
+        recordingStatus.clear();
+        publishRecordingStatus();
+    }
 }
 
 void StreamlabsService::Impl::publishSceneList()

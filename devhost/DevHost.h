@@ -1,0 +1,88 @@
+#pragma once
+
+#include "devhost/PluginHost.h"
+#include "devhost/RelayServer.h"
+#include "devhost/StreamlabsStandIn.h"
+
+#include <QJsonObject>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+class ZoMixerPluginDelegate;
+
+//! A whole console host without a console: the relay, the loaded package with its service, a relay client
+//! that listens to what the service publishes, and Streamlabs Desktop, pretended or real.
+//!
+//! After `start` the pieces come up in the order of a real host, and the service starts once the client
+//! hears. Destruction takes everything down in reverse.
+class DevHost : public QObject
+{
+    Q_OBJECT
+
+public:
+    //! Where a running Streamlabs Desktop listens for remote control.
+    struct Desktop
+    {
+        int port = 0;
+        QString token;
+    };
+
+    struct Options
+    {
+        //! The package library; empty for the one that was built with this program.
+        QString pluginFile;
+        //! Folder for package data, absolute.
+        QString configDir;
+        //! Language code such as "en_US".
+        QString language = QString::fromLatin1("en_US");
+        //! Without a value the stand-in is used.
+        std::optional<Desktop> desktop;
+    };
+
+    explicit DevHost(QObject* parent = nullptr);
+    ~DevHost() override;
+
+    //! False when the library or the relay cannot be used; `errorString` says why.
+    bool start(Options const& options);
+    QString errorString() const { return m_errorString; }
+    //! Stops the service and unloads the package. False when the system kept the library in memory.
+    bool stop();
+
+    RelayServer& relay() { return m_relay; }
+    PluginHost& plugin() { return m_plugin; }
+    //! Not running when a real Streamlabs Desktop is used.
+    StreamlabsStandIn& standIn() { return m_standIn; }
+    bool usesStandIn() const { return !m_options.desktop; }
+
+    //! Starts the stand-in again on the port that it had. False when the port was taken meanwhile.
+    bool startStandIn();
+    //! Sends the service a task through the relay, {"task": the relay's command, "event": \a name, …\a
+    //! arguments}.
+    void sendTask(QString const& name, QJsonObject arguments);
+    void connectDesktop();
+    void reconnectDesktop();
+
+    //! The library that was built with this program.
+    static QString builtPluginFile();
+
+signals:
+    //! The client hears, and the service has been started.
+    void ready();
+    //! Something was published on the package's subject and has arrived at the client.
+    void publicationReceived(QJsonObject const& payload);
+
+private:
+    void onClientMessage(QJsonObject const& message);
+    Desktop desktop() const;
+
+    Options m_options;
+    StreamlabsStandIn m_standIn;
+    quint16 m_standInPort = 0;
+    RelayServer m_relay;
+    PluginHost m_plugin;
+    std::unique_ptr<ZoMixerPluginDelegate> m_client;
+    QString m_errorString;
+};

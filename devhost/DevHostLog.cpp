@@ -1,0 +1,3 @@
+#include "devhost/DevHostLog.h"
+
+Q_LOGGING_CATEGORY(devHostLog, "devhost")

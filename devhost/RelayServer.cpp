@@ -1,0 +1,211 @@
+#include "devhost/RelayServer.h"
+
+#include "devhost/DevHostLog.h"
+#include "relay/ZoRemoteCommands.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QWebSocket>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace ZoRemoteCommands;
+
+namespace {
+
+QString compactText(QJsonObject const& message)
+{
+    return QString::fromUtf8(QJsonDocument(message).toJson(QJsonDocument::Compact));
+}
+
+} // namespace
+
+RelayServer::RelayServer(QObject* parent)
+    : QObject(parent), m_upgrader(u"LUMEN relay"_s, QWebSocketServer::NonSecureMode)
+{
+    connect(&m_tcpServer, &QTcpServer::newConnection, this, [this] {
+        while (auto* socket = m_tcpServer.nextPendingConnection()) {
+            // A WebSocket frame leaves in two writes, and the second must not wait for the client's delayed
+            // ACK.
+            socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+            m_upgrader.handleConnection(socket);
+        }
+    });
+    connect(&m_upgrader, &QWebSocketServer::newConnection, this, &RelayServer::acceptClients);
+}
+
+RelayServer::~RelayServer()
+{
+    for (auto* client : std::as_const(m_clients)) {
+        client->disconnect(this);
+        delete client; // before the server, which owns the TCP sockets as well
+    }
+}
+
+bool RelayServer::listen(quint16 port)
+{
+    if (!m_tcpServer.listen(QHostAddress::LocalHost, port)) {
+        qCWarning(devHostLog) << "relay: cannot listen on port" << port << m_tcpServer.errorString();
+        return false;
+    }
+    return true;
+}
+
+void RelayServer::close()
+{
+    m_tcpServer.close();
+    for (auto* client : QList(m_clients)) {
+        client->close(QWebSocketProtocol::CloseCodeGoingAway);
+    }
+}
+
+void RelayServer::drop()
+{
+    for (auto* client : QList(m_clients)) {
+        client->abort();
+    }
+}
+
+int RelayServer::subscriberCount(QString const& subject) const
+{
+    return static_cast<int>(m_subscribers.value(subject).size());
+}
+
+// ---- What services in the host's process call
+
+void RelayServer::addCommandHandler(QString const& command, CommandHandler handler)
+{
+    m_handlers.insert(command, std::move(handler));
+}
+
+void RelayServer::removeCommandHandler(QString const& command)
+{
+    m_handlers.remove(command);
+}
+
+void RelayServer::publish(QString const& subject, QJsonObject const& payload)
+{
+    if (auto const subscribers = m_subscribers.value(subject); !subscribers.isEmpty()) {
+        QString const text = compactText(payload);
+        for (auto* client : subscribers) {
+            client->sendTextMessage(text);
+        }
+    }
+    emit published(subject, payload);
+}
+
+void RelayServer::dispatchEvent(QJsonObject const& event)
+{
+    if (QString const problem = handle(nullptr, event); !problem.isEmpty()) {
+        qCWarning(devHostLog) << "relay: event of the host ignored," << problem << event;
+    }
+}
+
+// ---- What clients send
+
+void RelayServer::acceptClients()
+{
+    while (auto* client = m_upgrader.nextPendingConnection()) {
+        client->setParent(this);
+        m_clients.append(client);
+        connect(client, &QWebSocket::textMessageReceived, this,
+            [this, client](QString const& text) { receive(client, text); });
+        connect(client, &QWebSocket::disconnected, this, [this, client] {
+            m_clients.removeOne(client);
+            for (auto& subscribers : m_subscribers) {
+                subscribers.removeOne(client);
+            }
+            client->deleteLater();
+            emit clientCountChanged();
+        });
+        if (m_acknowledgesAtOnce) {
+            send(client, {{u"task"_s, kRegisterToServer}, {u"success"_s, true}});
+        }
+        emit clientCountChanged();
+    }
+}
+
+void RelayServer::receive(QWebSocket* client, QString const& text)
+{
+    QJsonParseError error;
+    auto const document = QJsonDocument::fromJson(text.toUtf8(), &error);
+    QJsonObject const command = document.object();
+    QString const problem = document.isObject() ? handle(client, command) : u"not a JSON object"_s;
+    if (!problem.isEmpty()) {
+        qCWarning(devHostLog) << "relay: message rejected," << problem << text.left(200);
+        send(client, {{u"task"_s, command.value("task"_L1)}, {u"error"_s, problem}});
+    }
+}
+
+QString RelayServer::handle(QWebSocket* client, QJsonObject const& command)
+{
+    auto const acknowledge = [client](QJsonObject message) {
+        if (client) {
+            message.insert("success"_L1, true);
+            send(client, message);
+        }
+    };
+
+    QString const task = command.value("task"_L1).toString();
+    if (task.isEmpty()) {
+        return u"no \"task\""_s;
+    }
+    if (task == kRegisterToServer) {
+        acknowledge({{u"task"_s, task}});
+    } else if (task == kSubscribeSubject) {
+        QString const subject = command.value("subject"_L1).toString();
+        if (subject.isEmpty()) {
+            return u"no \"subject\""_s;
+        }
+        subscribe(client, {subject});
+        acknowledge({{u"task"_s, task}, {u"subject"_s, subject}});
+    } else if (task == kSubscribeSubjects) {
+        QJsonArray const subjects = command.value("subjects"_L1).toArray();
+        QStringList names;
+        for (auto const& subject : subjects) {
+            names.append(subject.toString());
+        }
+        if (!command.value("subjects"_L1).isArray() || names.contains(QString())) {
+            return u"\"subjects\" is not a list of names"_s;
+        }
+        subscribe(client, names);
+        acknowledge({{u"task"_s, task}, {u"subjects"_s, subjects}});
+    } else if (task == kUpdateFunctionKeyLedAppControl) {
+        emit ledChanged(command.value("appName"_L1).toString(), command.value("functionName"_L1).toString(),
+            command.value("status"_L1).toBool());
+    } else if (task == kLaunchSettingPage) {
+        emit settingsPageRequested(command.value("params"_L1).toObject().value("page"_L1).toInt());
+    } else if (auto const handler = m_handlers.value(task)) {
+        handler(client, command);
+    } else {
+        return u"unknown command"_s;
+    }
+    emit commandReceived(command);
+    return {};
+}
+
+void RelayServer::subscribe(QWebSocket* client, QStringList const& subjects)
+{
+    if (!client) {
+        return; // the host hears everything through the signals
+    }
+    for (auto const& subject : subjects) {
+        auto& subscribers = m_subscribers[subject];
+        if (!subscribers.contains(client)) {
+            subscribers.append(client);
+        }
+    }
+}
+
+void RelayServer::sendToAll(QString const& text)
+{
+    for (auto* client : std::as_const(m_clients)) {
+        client->sendTextMessage(text);
+    }
+}
+
+void RelayServer::send(QWebSocket* client, QJsonObject const& message)
+{
+    client->sendTextMessage(compactText(message));
+}

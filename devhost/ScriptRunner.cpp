@@ -1,0 +1,169 @@
+#include "devhost/ScriptRunner.h"
+
+#include "devhost/DevHost.h"
+#include "devhost/JsonMatch.h"
+
+#include <QJsonDocument>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString excerpt(QJsonObject const& object)
+{
+    QString const text = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    constexpr qsizetype longest = 400;
+    return text.size() <= longest ? text : text.left(longest) + u" …"_s;
+}
+
+} // namespace
+
+ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), m_host(host)
+{
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, [this] {
+        ScriptStep const step = *std::exchange(m_current, std::nullopt);
+        if (step.expectation) {
+            finish(Outcome::Failed,
+                u"line %1: %2\n%3"_s.arg(step.lineNumber).arg(step.text, whatCame(*step.expectation)));
+        } else {
+            proceed();
+        }
+    });
+    connect(&host, &DevHost::publicationReceived, this, [this](QJsonObject const& payload) {
+        constexpr qsizetype mostKept = 200; // a scene list may be a megabyte
+        if (m_publications.size() == mostKept) {
+            m_publications.removeFirst();
+        }
+        m_publications.append(payload);
+        check();
+    });
+    connect(&host.relay(), &RelayServer::ledChanged, this,
+        [this](QString const&, QString const& functionName, bool on) {
+            m_leds.insert(functionName, on);
+            check();
+        });
+}
+
+void ScriptRunner::addLine(QString const& line, int lineNumber)
+{
+    auto parsed = ScriptParser::parse(line, lineNumber);
+    if (parsed.step || !parsed.error.isEmpty()) {
+        m_lines.enqueue({std::move(parsed), lineNumber});
+        proceed();
+    }
+}
+
+void ScriptRunner::endOfScript()
+{
+    m_complete = true;
+    proceed();
+}
+
+void ScriptRunner::start()
+{
+    m_started = true;
+    proceed();
+}
+
+void ScriptRunner::proceed()
+{
+    if (!m_started) {
+        return;
+    }
+    while (!m_finished && !m_current && !m_lines.isEmpty()) {
+        run(m_lines.dequeue());
+    }
+    if (!m_finished && !m_current && m_complete) {
+        finish(Outcome::Held);
+    }
+}
+
+void ScriptRunner::run(Line const& line)
+{
+    if (!line.parsed.step) {
+        finish(Outcome::WrongScript, u"line %1: %2"_s.arg(line.number).arg(line.parsed.error));
+        return;
+    }
+    ScriptStep const& step = *line.parsed.step;
+    emit stepStarted(step);
+    if (step.action) {
+        if (QString const problem = step.action(m_host); !problem.isEmpty()) {
+            finish(Outcome::WrongScript, u"line %1: %2: %3"_s.arg(step.lineNumber).arg(step.text, problem));
+            return;
+        }
+    }
+    if (step.quit) {
+        finish(Outcome::Held);
+    } else if (step.expectation || step.waitMs) {
+        m_current = step;
+        m_since.start();
+        m_timer.start(step.expectation ? step.expectation->withinMs : *step.waitMs);
+        settleIfMet();
+    }
+}
+
+void ScriptRunner::check()
+{
+    if (settleIfMet()) {
+        proceed();
+    }
+}
+
+bool ScriptRunner::settleIfMet()
+{
+    if (!m_current || !m_current->expectation || !isMet(*m_current->expectation)) {
+        return false;
+    }
+    m_timer.stop();
+    ScriptStep const step = *std::exchange(m_current, std::nullopt);
+    ++m_held;
+    emit expectationHeld(step, static_cast<int>(m_since.elapsed()));
+    return true;
+}
+
+bool ScriptRunner::isMet(ScriptStep::Expectation const& expectation)
+{
+    if (expectation.kind == ScriptStep::Expectation::Kind::Led) {
+        auto const led = m_leds.constFind(expectation.name);
+        return led != m_leds.constEnd() && *led == expectation.on;
+    }
+    for (qsizetype i = 0; i < m_publications.size(); ++i) {
+        QJsonObject const& payload = m_publications.at(i);
+        if (payload.value("task"_L1) == expectation.name && jsonIncludes(payload, expectation.members)) {
+            m_publications.remove(0, i + 1);
+            return true;
+        }
+    }
+    return false;
+}
+
+QString ScriptRunner::whatCame(ScriptStep::Expectation const& expectation) const
+{
+    if (expectation.kind == ScriptStep::Expectation::Kind::Led) {
+        return m_leds.contains(expectation.name)
+                   ? u"came: the LED is %1"_s.arg(m_leds.value(expectation.name) ? u"on"_s : u"off"_s)
+                   : u"came: nothing for this LED"_s;
+    }
+    QStringList others;
+    for (auto payload = m_publications.crbegin(); payload != m_publications.crend(); ++payload) {
+        QString const task = payload->value("task"_L1).toString();
+        if (task == expectation.name) {
+            return u"came last with this task: %1"_s.arg(excerpt(*payload));
+        }
+        if (!others.contains(task)) {
+            others.append(task);
+        }
+    }
+    return others.isEmpty() ? u"came: nothing"_s
+                            : u"came: nothing with this task, but %1"_s.arg(others.join(u", "_s));
+}
+
+void ScriptRunner::finish(Outcome outcome, QString const& problem)
+{
+    m_finished = true;
+    m_timer.stop();
+    emit finished(outcome, problem);
+}

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "devhost/ScriptParser.h"
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QJsonObject>
+#include <QList>
+#include <QObject>
+#include <QQueue>
+#include <QString>
+#include <QTimer>
+
+class DevHost;
+
+//! Runs the steps of a script on a development host, one after the other, as they come in.
+class ScriptRunner : public QObject
+{
+    Q_OBJECT
+
+public:
+    //! How a run ended; the values are the program's exit codes.
+    enum class Outcome {
+        Held = 0,        //!< every expectation held
+        Failed = 1,      //!< one did not
+        WrongScript = 2, //!< a line could not be understood or done
+    };
+
+    explicit ScriptRunner(DevHost& host, QObject* parent = nullptr);
+
+    //! Adds a line. The first wrong one ends the run when its turn comes.
+    void addLine(QString const& line, int lineNumber);
+    //! No more lines will come: the run ends behind the last.
+    void endOfScript();
+    //! Begins, or goes on.
+    void start();
+
+    int expectationsHeld() const { return m_held; }
+
+signals:
+    void stepStarted(ScriptStep const& step);
+    //! An expectation held after \a elapsedMs.
+    void expectationHeld(ScriptStep const& step, int elapsedMs);
+    //! The run is over. \a problem says for people what was expected and what came, or what is wrong with a
+    //! line.
+    void finished(ScriptRunner::Outcome outcome, QString const& problem);
+
+private:
+    struct Line
+    {
+        ScriptParser::Result parsed;
+        int number = 0;
+    };
+
+    void proceed();
+    void run(Line const& line);
+    //! Goes on when what the current step waits for is there.
+    void check();
+    bool settleIfMet();
+    bool isMet(ScriptStep::Expectation const& expectation);
+    QString whatCame(ScriptStep::Expectation const& expectation) const;
+    void finish(Outcome outcome, QString const& problem = {});
+
+    DevHost& m_host;
+    QQueue<Line> m_lines;
+    bool m_started = false;
+    bool m_complete = false;
+    bool m_finished = false;
+    //! The step that time or an event must end.
+    std::optional<ScriptStep> m_current;
+    QElapsedTimer m_since;
+    QTimer m_timer;
+    int m_held = 0;
+    //! What came since the last publication that was expected, the newest 200 of it.
+    QList<QJsonObject> m_publications;
+    //! LED function to whether it is lit.
+    QHash<QString, bool> m_leds;
+};

@@ -1,0 +1,264 @@
+#include "devhost/SockJsServer.h"
+
+#include <QHostAddress>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+#include <QWebSocket>
+
+#include <algorithm>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// More than any browser or WebSocket library sends as the head of a request.
+constexpr qint64 kMaxRequestHead = 16384;
+
+bool isEndpoint(QByteArray const& requestLine)
+{
+    static QRegularExpression const endpoint(
+        uR"(^GET /api/[0-9]{3}/[^/.?#\s]+/websocket(\?\S*)? HTTP/1\.[01]$)"_s);
+    return endpoint.match(QString::fromLatin1(requestLine)).hasMatch();
+}
+
+void refuse(QTcpSocket* socket, QByteArray const& status)
+{
+    // Unread input would turn the close into a reset, and the client might never see the answer.
+    socket->readAll();
+    socket->write("HTTP/1.1 " + status +
+                  "\r\nContent-Type: text/plain; charset=UTF-8\r\nConnection: close\r\nContent-Length: " +
+                  QByteArray::number(status.size()) + "\r\n\r\n" + status);
+    socket->disconnectFromHost();
+}
+
+QString messageFrame(QStringList const& messages)
+{
+    return u'a' + QString::fromUtf8(
+                      QJsonDocument(QJsonArray::fromStringList(messages)).toJson(QJsonDocument::Compact));
+}
+
+// The messages in a client frame, or nothing when the frame is broken.
+std::optional<QStringList> messagesOf(QString const& frame)
+{
+    // QJsonDocument reads no bare string, therefore the array around it.
+    QJsonArray const wrapped = QJsonDocument::fromJson("[" + frame.toUtf8() + "]").array();
+    if (wrapped.size() != 1)
+        return std::nullopt;
+
+    QJsonArray const messages = wrapped.first().isArray() ? wrapped.first().toArray() : wrapped;
+    QStringList texts;
+    for (QJsonValue const message : messages) {
+        if (!message.isString())
+            return std::nullopt;
+        texts.append(message.toString());
+    }
+    return texts;
+}
+
+} // namespace
+
+SockJsServer::SockJsServer(QObject* parent)
+    : QObject(parent)
+    , m_tcpServer(new QTcpServer(this))
+    , m_upgrader(u"SockJS"_s, QWebSocketServer::NonSecureMode)
+{
+    connect(m_tcpServer, &QTcpServer::newConnection, this, &SockJsServer::acceptTcpConnections);
+    connect(&m_upgrader, &QWebSocketServer::newConnection, this, &SockJsServer::acceptWebSockets);
+}
+
+SockJsServer::~SockJsServer()
+{
+    blockSignals(true); // an owner that is going as well must not hear of it
+    drop();
+}
+
+bool SockJsServer::listen(quint16 port)
+{
+    if (m_tcpServer->listen(QHostAddress::LocalHost, port))
+        return true;
+    qWarning("SockJsServer: cannot listen on port %d: %s", port, qUtf8Printable(m_tcpServer->errorString()));
+    return false;
+}
+
+void SockJsServer::close()
+{
+    m_tcpServer->close();
+    for (int const client : clients()) {
+        sendFrame(client, u"c[3000,\"Go away!\"]"_s);
+        if (QWebSocket* webSocket = forget(client))
+            webSocket->close();
+    }
+    drop();
+}
+
+void SockJsServer::drop()
+{
+    for (int const client : clients()) {
+        if (QWebSocket* webSocket = forget(client))
+            webSocket->abort();
+    }
+    // A copy: each abort takes its socket out of the set.
+    for (QSet<QTcpSocket*> const sockets = m_notUpgraded; QTcpSocket * socket : sockets)
+        socket->abort();
+}
+
+bool SockJsServer::isListening() const
+{
+    return m_tcpServer->isListening();
+}
+
+quint16 SockJsServer::port() const
+{
+    return m_tcpServer->serverPort();
+}
+
+void SockJsServer::send(int client, QString const& message)
+{
+    sendBacklog(client, {message});
+}
+
+void SockJsServer::sendBacklog(int client, QStringList const& messages)
+{
+    sendFrame(client, messageFrame(messages));
+}
+
+void SockJsServer::setHeartbeatInterval(std::chrono::milliseconds interval)
+{
+    m_heartbeatInterval = interval;
+    for (Client const& client : std::as_const(m_clients)) {
+        if (interval.count() > 0)
+            client.heartbeat->start(interval);
+        else
+            client.heartbeat->stop();
+    }
+}
+
+void SockJsServer::sendRawFrame(QString const& frame)
+{
+    for (int const client : clients())
+        sendFrame(client, frame);
+}
+
+void SockJsServer::sendRawBytes(QByteArray const& bytes)
+{
+    for (Client const& client : std::as_const(m_clients))
+        client.tcpSocket->write(bytes);
+}
+
+void SockJsServer::acceptTcpConnections()
+{
+    while (QTcpSocket* socket = m_tcpServer->nextPendingConnection()) {
+        socket->setParent(this);
+        // Otherwise a small frame waits for the client to acknowledge the one before, up to 40 ms.
+        socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        m_notUpgraded.insert(socket);
+        connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
+            m_notUpgraded.remove(socket);
+            socket->deleteLater();
+        });
+        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { readRequestHead(socket); });
+        readRequestHead(socket);
+    }
+}
+
+void SockJsServer::readRequestHead(QTcpSocket* socket)
+{
+    // The upgrader reads the request again, so it stays in the socket.
+    QByteArray const head = socket->peek(kMaxRequestHead);
+    bool const complete = head.contains("\r\n\r\n");
+    if (!complete && head.size() < kMaxRequestHead)
+        return;
+
+    disconnect(socket, &QTcpSocket::readyRead, this, nullptr);
+    if (m_handshake == Handshake::NeverAnswer)
+        return;
+    if (!complete)
+        refuse(socket, "431 Request Header Fields Too Large");
+    else if (m_handshake == Handshake::NotFound || !isEndpoint(head.left(head.indexOf("\r\n"))))
+        refuse(socket, "404 Not Found");
+    else
+        m_upgrader.handleConnection(socket);
+}
+
+void SockJsServer::acceptWebSockets()
+{
+    while (QWebSocket* webSocket = m_upgrader.nextPendingConnection()) {
+        // The WebSocket does not tell its TCP socket, but on the loopback interface the port of the peer
+        // does.
+        auto const tcpSocket = std::find_if(m_notUpgraded.cbegin(), m_notUpgraded.cend(),
+            [webSocket](QTcpSocket const* socket) { return socket->peerPort() == webSocket->peerPort(); });
+        if (tcpSocket == m_notUpgraded.cend()) { // it went away during the upgrade
+            webSocket->deleteLater();
+            continue;
+        }
+
+        int const id = ++m_lastClient;
+        Client const client{webSocket, *tcpSocket, new QTimer(webSocket)};
+        m_notUpgraded.erase(tcpSocket);
+        client.tcpSocket->disconnect(this);
+        client.tcpSocket->setParent(webSocket);
+        m_clients.insert(id, client);
+
+        connect(webSocket, &QWebSocket::textMessageReceived, this,
+            [this, id](auto const& frame) { receiveFrame(id, frame); });
+        connect(webSocket, &QWebSocket::binaryMessageReceived, this, [this, id] { breakOff(id); });
+        connect(webSocket, &QWebSocket::disconnected, this, [this, id] { forget(id)->deleteLater(); });
+        connect(client.heartbeat, &QTimer::timeout, this, [this, id] { sendFrame(id, u"h"_s); });
+        if (m_heartbeatInterval.count() > 0)
+            client.heartbeat->start(m_heartbeatInterval);
+
+        emit clientConnected(id);
+        sendFrame(id, u"o"_s);
+    }
+}
+
+void SockJsServer::receiveFrame(int client, QString const& frame)
+{
+    emit frameReceived(client, frame);
+    if (frame.isEmpty())
+        return;
+    std::optional<QStringList> const messages = messagesOf(frame);
+    if (!messages) {
+        breakOff(client);
+        return;
+    }
+    for (QString const& message : *messages) {
+        if (m_clients.contains(client)) // a receiver may drop the connection
+            emit messageReceived(client, message);
+    }
+}
+
+void SockJsServer::sendFrame(int client, QString const& frame)
+{
+    auto const found = m_clients.constFind(client);
+    if (found == m_clients.cend())
+        return;
+    found->webSocket->sendTextMessage(frame);
+    emit frameSent(client, frame);
+}
+
+// The connection ends because of a frame that SockJS does not know.
+void SockJsServer::breakOff(int client)
+{
+    if (QWebSocket* webSocket = forget(client))
+        webSocket->close(QWebSocketProtocol::CloseCodeProtocolError, u"Broken framing."_s);
+}
+
+// Takes a client out of the books; its socket then only waits for its own end. Null when the client is gone
+// already, which a receiver of our signals may have brought about.
+QWebSocket* SockJsServer::forget(int client)
+{
+    QWebSocket* const webSocket = m_clients.value(client).webSocket;
+    if (!webSocket)
+        return nullptr;
+    m_clients.take(client).heartbeat->stop();
+    webSocket->disconnect(this);
+    connect(webSocket, &QWebSocket::disconnected, webSocket, &QObject::deleteLater);
+    emit clientDisconnected(client);
+    return webSocket;
+}

@@ -1,0 +1,266 @@
+// The development host's scripts, and the program as a person runs it.
+
+#include "devhost/JsonMatch.h"
+#include "devhost/ScriptParser.h"
+#include "tests/TestJson.h"
+
+#include <QJsonArray>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+class tst_DevHost : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void matchesJson_data();
+    void matchesJson();
+    void parsesLines_data();
+    void parsesLines();
+    void runs_data();
+    void runs();
+    void speaksJson();
+    void takesLinesAsTheyCome();
+    void usesARunningDesktop();
+};
+
+void tst_DevHost::matchesJson_data()
+{
+    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<QByteArray>("expected");
+    QTest::addColumn<bool>("matches");
+    auto const row = [](QByteArray const& value, QByteArray const& expected, bool matches) {
+        QTest::addRow("%s in %s", expected.constData(), value.constData()) << value << expected << matches;
+    };
+    row(R"({"a":1,"b":2})", R"({"a":1})", true);
+    row(R"({"a":1})", R"({"a":1,"b":2})", false);
+    row(R"({"a":1})", R"({"b":null})", false);
+    row(R"({"a":"1"})", R"({"a":1})", false);
+    row(R"({"a":{"x":1,"y":[1,2]}})", R"({"a":{"y":[2]}})", true);
+    row(R"({"l":[1,2,3]})", R"({"l":[1,3]})", true);
+    row(R"({"l":[1,2,3]})", R"({"l":[3,1]})", false);
+    row(R"({"l":[1]})", R"({"l":[1,1]})", false);
+    row(R"({"l":[{"n":"a"},{"n":"b"}]})", R"({"l":[{"n":"b"}]})", true);
+    row(R"({"l":[]})", R"({"l":[]})", true);
+    row(R"({"l":{}})", R"({"l":[]})", false);
+}
+
+void tst_DevHost::matchesJson()
+{
+    QFETCH(QByteArray, value);
+    QFETCH(QByteArray, expected);
+    QFETCH(bool, matches);
+    QCOMPARE(jsonIncludes(json(value), json(expected)), matches);
+}
+
+void tst_DevHost::parsesLines_data()
+{
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("error"); // a part of it; empty: the line is good
+
+    for (auto const* good : {"", "   ", "# log", "log it's \"{", "task x", R"(task x {"a":{"b":"}"}})",
+             "host connect", "expect t", R"(expect t {"a":1} within 5)", "expect t within 0",
+             "expect-led STREAM on", "expect-led RECORD off within 9", "desktop start",
+             R"(desktop rename-scene "a b" "ä\u00e4")", "wait 0", "quit"}) {
+        QTest::addRow("good: %s", good) << QString::fromUtf8(good) << QString();
+    }
+    auto const bad = [](char const* line, char const* error) {
+        QTest::addRow("bad: %s", line) << QString::fromUtf8(line) << QString::fromUtf8(error);
+    };
+    bad("make coffee", "\"make\" is no command");
+    bad("task", "NAME is missing");
+    bad(R"(task {"a":1})", "NAME is missing");
+    bad("task x y", "there is more on the line");
+    bad(R"(task x {"a":})", "column 4:");
+    bad(R"(task x {"a":1)", "column 4: this has no end");
+    bad(R"(task "x)", "this has no end");
+    bad("host", "is missing");
+    bad("host sing", "\"sing\" is not connect|disconnect|reconnect");
+    bad("expect t within", "MS is missing");
+    bad("expect t within soon", "\"soon\" is not a number");
+    bad("expect-led BLINK on", "\"BLINK\" is not STREAM|RECORD");
+    bad("expect-led STREAM maybe", "\"maybe\" is not on|off");
+    bad("desktop dance", "\"dance\" is no control");
+    bad("desktop scene", "SCENE is missing");
+    bad("desktop stream loud", "\"loud\" is not on|off");
+    bad("wait -1", "not a number of milliseconds");
+    bad("quit now", "more on the line");
+}
+
+void tst_DevHost::parsesLines()
+{
+    QFETCH(QString, line);
+    QFETCH(QString, error);
+    auto const result = ScriptParser::parse(line, 7);
+    QCOMPARE(result.error.isEmpty(), error.isEmpty());
+    QVERIFY2(result.error.contains(error), qPrintable(result.error));
+    bool const isStep = error.isEmpty() && !line.trimmed().isEmpty() && !line.startsWith(u'#');
+    QCOMPARE(result.step.has_value(), isStep);
+    if (isStep) {
+        QCOMPARE(result.step->lineNumber, 7);
+    }
+}
+
+namespace {
+
+struct Run
+{
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+// Runs the program on the lines of a script.
+Run run(QStringList arguments, QByteArray const& script)
+{
+    QTemporaryDir folder;
+    QString const file = folder.filePath(u"test.script"_s);
+    if (!script.isNull()) {
+        QFile lines(file);
+        if (!lines.open(QIODevice::WriteOnly) || lines.write(script) < 0) {
+            return {};
+        }
+        lines.close();
+        arguments += {u"--script"_s, file};
+    }
+    QProcess program;
+    program.start(QStringLiteral(LUMEN_TEST_DEVHOST),
+        QStringList{u"--headless"_s, u"--config-dir"_s, folder.path()} + arguments);
+    program.waitForFinished(30000);
+    return {program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1,
+        QString::fromUtf8(program.readAllStandardOutput()),
+        QString::fromUtf8(program.readAllStandardError())};
+}
+
+} // namespace
+
+void tst_DevHost::runs_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("script"); // null: none
+    QTest::addColumn<int>("exitCode");
+    QTest::addColumn<QString>("says");
+
+    auto const row = [](char const* name, QStringList const& arguments, QByteArray const& script,
+                         int exitCode, char const* says) {
+        QTest::newRow(name) << arguments << script << exitCode << QString::fromUtf8(says);
+    };
+    row("help", {u"--help"_s}, {}, 0, "desktop rename-scene SCENE NAME");
+    row("tour", {}, {}, 0, "Done:");
+    row("empty script", {}, "\n# nothing\n", 0, "Done: 0 expectations");
+    row("all holds", {}, "expect onQueryScenes {\"list\":[{}]}\nexpect-led STREAM off\nquit\nmake coffee", 0,
+        "Done: 2 expectations held");
+    row("size of the model", {u"--scenes"_s, u"3"_s, u"--items"_s, u"2"_s, u"--audio"_s, u"1"_s},
+        "expect onQueryScenes {\"list\":[{\"name\":\"Scene 3\",\"nodes\":[{},{}]}]}", 0,
+        "3 scenes with 6 nodes");
+    row("something else came", {}, "expect onQueryStreamingStatus {\"streamingStatus\":\"live\"} within 300",
+        1,
+        "line 1: expect onQueryStreamingStatus {\"streamingStatus\":\"live\"} within 300\ncame last with "
+        "this task: "
+        "{\"streamingStatus\":\"offline\",\"task\":\"onQueryStreamingStatus\"}");
+    row("nothing of the kind came", {}, "expect onQueryCollections within 300", 1,
+        "came: nothing with this task, but");
+    row("the LED stays dark", {}, "expect onQueryScenes\nexpect-led STREAM on within 100", 1,
+        "line 2: expect-led STREAM on");
+    row("wrong line", {}, "log a\n\nmake coffee\n", 2, "line 3: \"make\" is no command");
+    row("no such scene", {}, "desktop scene Nowhere", 2,
+        "line 1: desktop scene Nowhere: the stand-in cannot do that");
+    row("no such script", {u"--script"_s, u"/nowhere"_s}, {}, 2, "The script /nowhere cannot be read.");
+    row("unknown option", {u"--dance"_s}, {}, 2, "dance");
+    row("stray word", {u"dance"_s}, {}, 2, "What is \"dance\"?");
+    row("no number", {u"--scenes"_s, u"many"_s}, {}, 2, "--scenes takes a number from 1");
+    row("port without a token", {u"--desktop-port"_s, u"59650"_s}, {}, 2, "go together");
+    row("port and size", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s, u"--audio"_s, u"2"_s},
+        {}, 2, "are for the stand-in");
+    row("control of a real application", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s},
+        "desktop stop", 2, "a running Streamlabs Desktop is used");
+    row("no library", {u"--plugin"_s, u"/nowhere/lib"_s}, {}, 2, "/nowhere/lib");
+    row("not a package", {u"--plugin"_s, QStringLiteral(LUMEN_TEST_QT_LIBRARY)}, {}, 2,
+        "exports no function \"sdk\"");
+}
+
+void tst_DevHost::runs()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, script);
+    QFETCH(int, exitCode);
+    QFETCH(QString, says);
+    Run const result = run(arguments, script);
+    QVERIFY2(result.exitCode == exitCode, qPrintable(result.out + result.err));
+    QVERIFY2((result.out + result.err).contains(says), qPrintable(result.out + result.err));
+}
+
+void tst_DevHost::speaksJson()
+{
+    Run const result =
+        run({u"--json"_s}, "expect onQueryScenes {\"list\":[{}]}\ndesktop stream on\nexpect-led STREAM on\n"
+                           "host disconnect\nexpect onStreamlabsAuthResult {\"authorized\":false}\nwait 1\n");
+    QCOMPARE(result.exitCode, 0);
+    QHash<QString, QList<QJsonObject>> events;
+    for (auto const& line : result.out.split(u'\n', Qt::SkipEmptyParts)) {
+        QJsonObject const event = QJsonDocument::fromJson(line.toUtf8()).object();
+        QVERIFY2(!event.isEmpty(), qPrintable(line));
+        events[event.value("event"_L1).toString()].append(event);
+    }
+    QCOMPARE(
+        events.value(u"publication"_s).first().value("payload"_L1).toObject().value("authorized"_L1), true);
+    QVERIFY(events.value(u"led"_s).contains(
+        json(R"({"event":"led","app":"SLOBS","function":"STREAM","on":true})")));
+    QCOMPARE(events.value(u"link"_s),
+        QList({json(R"({"event":"link","connected":true})"), json(R"({"event":"link","connected":false})")}));
+    QVERIFY(events.value(u"log"_s).contains(json(
+        R"({"event":"log","level":"info","category":"default","text":"connected to Streamlabs server"})")));
+    QCOMPARE(events.value(u"step"_s).size(), 6);
+    QCOMPARE(events.value(u"held"_s).size(), 3);
+    QCOMPARE(
+        events.value(u"finished"_s), QList({json(R"({"event":"finished","exit":0,"held":3,"problem":""})")}));
+}
+
+void tst_DevHost::takesLinesAsTheyCome()
+{
+    QProcess program;
+    program.start(QStringLiteral(LUMEN_TEST_DEVHOST), {u"--headless"_s, u"--script"_s, u"-"_s});
+    QByteArray out;
+    auto const says = [&](char const* text) {
+        return QTest::qWaitFor([&] { return (out += program.readAllStandardOutput()).contains(text); });
+    };
+    program.write("expect onQueryScenes\n");
+    QVERIFY(says("as expected"));
+    program.write("task toggleRecording");
+    program.write("Status\nexpect-led RECORD on\n");
+    QVERIFY(says("LED RECORD                on"));
+    program.write("log without a line end");
+    program.closeWriteChannel();
+    QVERIFY(says("Done: 2 expectations held"));
+    QTRY_COMPARE(program.state(), QProcess::NotRunning);
+    QCOMPARE(program.exitCode(), 0);
+}
+
+// One development host's stand-in is the other one's running Streamlabs Desktop.
+void tst_DevHost::usesARunningDesktop()
+{
+    QProcess desktop;
+    desktop.start(
+        QStringLiteral(LUMEN_TEST_DEVHOST), {u"--headless"_s, u"--script"_s, u"-"_s, u"--verbose"_s});
+    desktop.write("desktop token secret\nexpect onQueryScenes\n");
+    QByteArray err;
+    QVERIFY(QTest::qWaitFor(
+        [&] { return (err += desktop.readAllStandardError()).contains("listening on 127.0.0.1:"); }));
+    qsizetype const begin = err.indexOf("127.0.0.1:") + 10;
+    QVERIFY(
+        QTest::qWaitFor([&] { return (err += desktop.readAllStandardError()).indexOf('\n', begin) > 0; }));
+    QString const port = QString::fromLatin1(err.sliced(begin, err.indexOf('\n', begin) - begin));
+
+    Run const result = run({u"--desktop-port"_s, port, u"--desktop-token"_s, u"secret"_s},
+        "expect onStreamlabsAuthResult {\"authorized\":true}\ntask toggleStreamingStatus\n"
+        "expect onQueryStreamingStatus {\"streamingStatus\":\"live\"}\n");
+    QVERIFY2(result.exitCode == 0, qPrintable(result.out + result.err));
+    desktop.closeWriteChannel();
+    QTRY_COMPARE(desktop.state(), QProcess::NotRunning);
+}
+
+QTEST_GUILESS_MAIN(tst_DevHost)
+#include "tst_DevHost.moc"

@@ -1,0 +1,649 @@
+// The service between a relay and the stand-in for Streamlabs Desktop, over real sockets.
+
+#include "devhost/JsonMatch.h"
+#include "devhost/RelayServer.h"
+#include "devhost/StreamlabsStandIn.h"
+#include "streamlabs/StreamlabsService.h"
+#include "tests/LogRecorder.h"
+#include "tests/TestJson.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <memory>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+class tst_StreamlabsService : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void asksForEverythingOnceAuthenticated();
+    void servesTasks_data();
+    void servesTasks();
+    void logsTasksItDoesNotKnow_data();
+    void logsTasksItDoesNotKnow();
+    void followsEvents_data();
+    void followsEvents();
+    void survivesBadInput_data();
+    void survivesBadInput();
+    void ignoresAnEventBeforeItsSubscriptionIsAnswered();
+    void refusedToken();
+    void collectionSchemaArrivesTwice();
+    void comesBackAfterALoss();
+    void lateAnswersOfTheLastConnection();
+    void closesForGood();
+    void reconnectsAtOnceAfterClosing();
+    void closesDuringAnAttempt();
+    void connectsOnlyWithTokenAndPort();
+    void refreshingReconnects();
+    void letsGoOfTheRelay();
+
+private:
+    void connectAndWait();
+    //! Sends a task as an action does, through the relay.
+    void task(QByteArray const& text)
+    {
+        QJsonObject command = json(text);
+        command.insert("task"_L1, u"remote.command.slobs.service.task"_s);
+        relay->dispatchEvent(command);
+    }
+    //! Whether something published since the last call includes \a expected; what came before it is dropped.
+    bool takePublished(QByteArray const& expected)
+    {
+        for (qsizetype i = 0; i < published.size(); ++i) {
+            if (jsonIncludes(published.at(i), json(expected))) {
+                published.remove(0, i + 1);
+                return true;
+            }
+        }
+        return false;
+    }
+    bool awaitPublished(QByteArray const& expected)
+    {
+        return QTest::qWaitFor([&] { return takePublished(expected); });
+    }
+    //! What was published, by task names, one after the other.
+    QStringList publishedTasks() const
+    {
+        QStringList tasks;
+        for (auto const& payload : published) {
+            tasks.append(payload.value("task"_L1).toString());
+        }
+        return tasks;
+    }
+    //! Everything that the service would tell an action that asks.
+    QList<QJsonObject> state()
+    {
+        published.clear();
+        for (auto const* query : {"queryAuthState", "queryStreamingStatus", "queryRecordingStatus",
+                 "queryScenes", "queryCollections", "queryAudioList"}) {
+            task(R"({"event":")" + QByteArray(query) + R"("})");
+        }
+        return std::exchange(published, {});
+    }
+    //! Waits until what the stand-in has sent so far has been handled.
+    void settle()
+    {
+        static int marker = 0;
+        QString const mark = u"marker %1"_s.arg(++marker);
+        desktop->sendObject({{u"id"_s, QJsonValue::Null},
+            {u"result"_s, QJsonObject{{u"_type"_s, u"EVENT"_s}, {u"resourceId"_s, mark}}}});
+        QTRY_COMPARE(log->count(u"debug: TODO: onEventReceived \"%1\""_s.arg(mark)), 1);
+    }
+
+    std::optional<LogRecorder> log;
+    std::unique_ptr<RelayServer> relay;
+    std::unique_ptr<StreamlabsStandIn> desktop;
+    std::unique_ptr<StreamlabsService> service;
+    QList<QJsonObject> published;
+    QList<QJsonObject> requests;
+    QStringList ledChanges;
+};
+
+void tst_StreamlabsService::init()
+{
+    log.emplace();
+    published.clear();
+    requests.clear();
+    ledChanges.clear();
+    relay = std::make_unique<RelayServer>();
+    connect(relay.get(), &RelayServer::published, this,
+        [this](QString const& subject, QJsonObject const& payload) {
+            QCOMPARE(subject, u"remote.subject.streamlabs.response"_s);
+            published.append(payload);
+        });
+    connect(relay.get(), &RelayServer::ledChanged, this,
+        [this](QString const& app, QString const& function, bool on) {
+            QCOMPARE(app, u"SLOBS"_s);
+            ledChanges.append(function + (on ? u" on"_s : u" off"_s));
+        });
+    desktop = std::make_unique<StreamlabsStandIn>();
+    desktop->model().setTransitionTime(0ms);
+    desktop->model().setLoadingTime(0ms);
+    connect(desktop.get(), &StreamlabsStandIn::requestReceived, this,
+        [this](QJsonObject const& request) { requests.append(request); });
+    QVERIFY(desktop->start());
+    service = std::make_unique<StreamlabsService>();
+    service->init(relay.get());
+}
+
+void tst_StreamlabsService::cleanup()
+{
+    service.reset();
+    desktop.reset();
+    relay.reset();
+    QCOMPARE(log->problems(), QStringList());
+    log.reset();
+}
+
+void tst_StreamlabsService::connectAndWait()
+{
+    service->connectSlobs(desktop->token(), desktop->port());
+    QTRY_COMPARE(requests.size(), 20);
+    settle();
+    published.clear();
+    requests.clear();
+    ledChanges.clear();
+}
+
+void tst_StreamlabsService::asksForEverythingOnceAuthenticated()
+{
+    service->connectSlobs(desktop->token(), desktop->port());
+    QTRY_COMPARE(requests.size(), 20);
+    settle();
+
+    QStringList methods;
+    for (qsizetype i = 0; i < requests.size(); ++i) {
+        QCOMPARE(requests.at(i).value("id"_L1), i + 1);
+        methods.append(requests.at(i).value("method"_L1).toString());
+    }
+    QCOMPARE(methods.join(u' '), u"auth streamingStatusChange recordingStatusChange sceneAdded sceneRemoved "
+                                 u"itemAdded itemRemoved itemUpdated "
+                                 "sourceUpdated sourceAdded sourceRemoved sceneSwitched collectionSwitched "
+                                 "collectionAdded collectionRemoved "
+                                 "getModel activeSceneId getSources getScenes getModel"_s);
+    QCOMPARE(publishedTasks().join(u' '), u"onStreamlabsAuthResult onQueryStreamingStatus "
+                                          u"onQueryRecordingStatus onQueryScenes onQueryAudioList "
+                                          "onQueryScenes onQueryStreamingStatus onQueryRecordingStatus"_s);
+    QCOMPARE(published.first(),
+        json(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"stand-in-token","port":)" +
+             QByteArray::number(desktop->port()) + "}"));
+    QCOMPARE(ledChanges, QStringList({u"STREAM off"_s, u"RECORD off"_s, u"STREAM off"_s, u"RECORD off"_s}));
+    QVERIFY(log->take(u"info: connected to Streamlabs server"_s));
+    for (auto const* line : {"[onGetModel]", "[onGetActiveScene]", "[onGetAudioList]", "[onGetSceneList]"}) {
+        QVERIFY2(log->take(QString::fromLatin1(line)), line);
+    }
+
+    QJsonArray const scenes = published.at(5).value("list"_L1).toArray();
+    QCOMPARE(scenes.size(), desktop->model().scenes().size());
+    QCOMPARE(published.at(5).value("activeId"_L1).toString(), desktop->model().activeSceneId());
+    QCOMPARE(published.at(4).value("list"_L1).toArray().size(), desktop->model().audioSources().size());
+}
+
+// Each task: the request that it leads to, or what is published at once.
+void tst_StreamlabsService::servesTasks_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("request");
+    QTest::addColumn<QByteArray>("publication");
+
+    auto const asks = [](QByteArray const& text, QByteArray const& method, QByteArray const& params) {
+        QTest::newRow(text.constData())
+            << text << R"({"jsonrpc":"2.0","id":21,"method":")" + method + R"(","params":)" + params + "}"
+            << QByteArray();
+    };
+    auto const publishes = [](QByteArray const& text, QByteArray const& publication) {
+        QTest::newRow(text.constData()) << text << QByteArray() << publication;
+    };
+    publishes(R"({"event":"queryAuthState"})",
+        R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"stand-in-token"})");
+    asks(R"({"event":"refreshModel"})", "getModel", R"({"resource":"StreamingService","args":[]})");
+    publishes(R"({"event":"queryStreamingStatus"})",
+        R"({"task":"onQueryStreamingStatus","streamingStatus":"offline"})");
+    asks(R"({"event":"toggleStreamingStatus"})", "toggleStreaming",
+        R"({"resource":"StreamingService","args":[]})");
+    publishes(R"({"event":"queryRecordingStatus"})",
+        R"({"task":"onQueryRecordingStatus","recordingStatus":"offline"})");
+    asks(R"({"event":"toggleRecordingStatus"})", "toggleRecording",
+        R"({"resource":"StreamingService","args":[]})");
+    asks(R"({"event":"refreshScenes"})", "getScenes", R"({"resource":"ScenesService","args":[]})");
+    publishes(R"({"event":"queryScenes"})", R"({"task":"onQueryScenes","list":[{"name":"Just Chatting"}]})");
+    asks(R"({"event":"setActiveScene","activeId":"x"})", "makeSceneActive",
+        R"({"resource":"ScenesService","args":["x"]})");
+    asks(R"({"event":"setSourceVisible","sceneId":"s","sceneItemId":"i","sourceId":"x","visible":false})",
+        "setVisibility", R"({"resource":"SceneItem[\"s\", \"i\", \"x\"]","args":[false]})");
+    asks(R"({"event":"setSourceVisible","visible":"yes"})", "setVisibility",
+        R"({"resource":"SceneItem[\"\", \"\", \"\"]","args":[false]})");
+    asks(R"({"event":"refreshCollections"})", "fetchSceneCollectionsSchema",
+        R"({"resource":"SceneCollectionsService","args":[]})");
+    publishes(R"({"event":"queryCollections"})", R"({"task":"onQueryCollections","list":[]})");
+    asks(R"({"event":"refreshAudioList"})", "getSources", R"({"resource":"AudioService","args":[]})");
+    asks(R"({"event":"refreshAudioList","sceneId":"s"})", "getSourcesForScene",
+        R"({"resource":"AudioService","args":["s"]})");
+    publishes(R"({"event":"queryAudioList"})",
+        R"({"task":"onQueryAudioList","list":[{"name":"Mic/Aux","muted":false}]})");
+    asks(R"({"event":"setAudioMute","sourceId":"a","muted":true})", "setMuted",
+        R"({"resource":"AudioSource[\"a\"]","args":[true]})");
+}
+
+void tst_StreamlabsService::servesTasks()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, request);
+    QFETCH(QByteArray, publication);
+    connectAndWait();
+    task(text);
+    if (publication.isEmpty()) {
+        QTRY_COMPARE(requests.size(), 1);
+        QCOMPARE(requests.first(), json(request));
+        settle();
+    } else {
+        QCOMPARE(published.size(), 1);
+        QVERIFY(takePublished(publication));
+    }
+    // Answers that nobody waits for, and errors of the other side about ids that do not exist.
+    log->take(u"critical: [StreamlabsResponse] WTF WTF"_s);
+    log->take(u"critical: UNABLE set \"slobs.jsonrpc.stream.toggle\" to"_s);
+    log->take(u"critical: UNABLE set \"slobs.jsonrpc.record.toggle\" to"_s);
+    log->take(u"critical: unrecognized response"_s);
+}
+
+void tst_StreamlabsService::logsTasksItDoesNotKnow_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QString>("line");
+    QTest::newRow("no event") << QByteArray(R"({"sceneId":"s"})")
+                              << u"critical: [onServiceTask] Unknown task QJsonObject({\"sceneId\""_s;
+    QTest::newRow("unknown") << QByteArray(R"({"event":"makeCoffee"})")
+                             << u"critical: [onServiceTask] TODO \"makeCoffee\""_s;
+    QTest::newRow("number") << QByteArray(R"({"event":5})") << u"critical: [onServiceTask] TODO \"\""_s;
+    QTest::newRow("request without a connection")
+        << QByteArray(R"({"event":"setActiveScene","activeId":"x"})")
+        << u"warning: makeJsonRpcRequest: ignore \"slobs.jsonrpc.scene.set.active\" QJsonObject({\"jsonrpc\""_s;
+}
+
+void tst_StreamlabsService::logsTasksItDoesNotKnow()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QString, line);
+    task(text);
+    QVERIFY(log->take(line));
+    QCOMPARE(published, QList<QJsonObject>());
+}
+
+// What somebody does in Streamlabs Desktop, and what is published of it, in order.
+void tst_StreamlabsService::followsEvents_data()
+{
+    using Operation = std::function<void(StandInModel&)>;
+    QTest::addColumn<Operation>("operation");
+    QTest::addColumn<QList<QByteArray>>("publications");
+    QTest::addColumn<QStringList>("leds");
+
+    auto const row = [](char const* name, Operation const& operation, QList<QByteArray> const& publications,
+                         QStringList const& leds = {}) {
+        QTest::newRow(name) << operation << publications << leds;
+    };
+    QByteArray const scenes = R"({"task":"onQueryScenes"})";
+    QByteArray const audio = R"({"task":"onQueryAudioList"})";
+    auto const streaming = [](QByteArray const& status) {
+        return R"({"task":"onQueryStreamingStatus","streamingStatus":")" + status + R"("})";
+    };
+    auto const recording = [](QByteArray const& status) {
+        return R"({"task":"onQueryRecordingStatus","recordingStatus":")" + status + R"("})";
+    };
+    row("stream starts", [](StandInModel& m) { m.setStreaming(true); },
+        {streaming("starting"), streaming("live")}, {u"STREAM on"_s, u"STREAM on"_s});
+    row("recording starts", [](StandInModel& m) { m.setRecording(true); },
+        {recording("starting"), recording("recording")}, {u"RECORD off"_s, u"RECORD on"_s});
+    row("scene switched", [](StandInModel& m) { m.switchScene(u"配信終了"_s); },
+        {R"({"task":"onQueryScenes","activeId":"scene_00000000-0000-4000-8000-00000000001e"})"});
+    row("item hidden", [](StandInModel& m) { m.setItemVisible(u"Countdown"_s, false); },
+        {R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Countdown","visible":false,"locked":false}]}]})"});
+    row("item locked", [](StandInModel& m) { m.setItemLocked(u"Countdown"_s, true); },
+        {R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Countdown","visible":true,"locked":true}]}]})"});
+    row("item dragged", [](StandInModel& m) { m.moveItem(u"Countdown"_s, {5, 5}); }, {scenes});
+    row("source renamed in every scene", [](StandInModel& m) { m.renameItem(u"Webcam"_s, u"Kamera"_s); },
+        {R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Kamera"}]},{"nodes":[{"name":"Kamera"}]},)"
+         R"({"nodes":[{"name":"Kamera"}]}]})"});
+    row("scene renamed", [](StandInModel& m) { m.renameScene(u"配信終了"_s, u"The End"_s); },
+        {R"({"task":"onQueryScenes","list":[{"name":"The End"}]})"});
+    row("audio muted", [](StandInModel& m) { m.setMuted(u"Mic/Aux"_s, true); },
+        {R"({"task":"onQueryAudioList","list":[{"name":"Mic/Aux","muted":true}]})", scenes});
+    row("audio renamed", [](StandInModel& m) { m.renameAudioSource(u"Mic/Aux"_s, u"Mikro"_s); },
+        {R"({"task":"onQueryAudioList","list":[{"name":"Mikro","muted":false}]})", scenes});
+    row("audio source added", [](StandInModel& m) { m.addAudioSource(u"Line In"_s); },
+        {scenes, R"({"task":"onQueryAudioList","list":[{"name":"Line In"}]})"});
+    row("collection added", [](StandInModel& m) { m.addCollection(u"New"_s); }, {audio, scenes});
+    row("collection switched", [](StandInModel& m) { m.switchCollection(u"Podcast 🎙"_s); },
+        {R"({"task":"onQueryAudioList","list":[{"name":"Studio Mic"}]})",
+            R"({"task":"onQueryScenes","list":[{"name":"Talk"},{"name":"Break"}]})"});
+}
+
+void tst_StreamlabsService::followsEvents()
+{
+    QFETCH(std::function<void(StandInModel&)>, operation);
+    QFETCH(QList<QByteArray>, publications);
+    QFETCH(QStringList, leds);
+    connectAndWait();
+    operation(desktop->model());
+    for (auto const& publication : publications) {
+        QVERIFY2(awaitPublished(publication), publication.constData());
+    }
+    QCOMPARE(ledChanges, leds);
+}
+
+// Frames that no sane server sends. Nothing changes but the log.
+void tst_StreamlabsService::survivesBadInput_data()
+{
+    QTest::addColumn<QString>("frame");
+    QTest::addColumn<QString>("line"); // none: dropped without a word
+
+    auto const message = [](char const* name, QString const& object, QString const& line) {
+        QTest::newRow(name) << u"a[\"%1\"]"_s.arg(QString(object).replace(u'"', uR"(\")"_s)) << line;
+    };
+    QTest::newRow("cut frame") << uR"(a["{\"id\":1,\"result\")"_s << QString();
+    QTest::newRow("cut message") << uR"(a["{\"id\":1,\"result\""])"_s << QString();
+    QTest::newRow("two messages") << uR"(a["{\"id\":1,\"result\":true}","{\"id\":2,\"result\":true}"])"_s
+                                  << QString();
+    QTest::newRow("close frame") << uR"(c[3000,"Go away!"])"_s << QString();
+    QTest::newRow("no JSON") << uR"(a["hello"])"_s << QString();
+    QTest::newRow("deep nesting") << uR"(a["%1"])"_s.arg(QString(100000, u'[')) << QString();
+    message("array", u"[1]"_s, {});
+    message("no id", uR"({"result":true})"_s, u"critical: unrecognized response"_s);
+    message("error without a result", uR"({"id":1,"error":{"code":-32603,"message":"x"}})"_s,
+        u"critical: unrecognized response"_s);
+    message("id never sent", uR"({"id":4711,"result":true})"_s,
+        u"critical: no such id 4711 QJsonObject({\"id\":4711"_s);
+    message("id answered before", uR"({"id":1,"result":true})"_s, u"critical: no such id 1"_s);
+    message("negative id", uR"({"id":-3,"result":true})"_s, u"critical: no such id -3"_s);
+    message(
+        "fractional id", uR"({"id":1.5,"result":true})"_s, u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
+    message("id above 2^53", uR"({"id":9007199254740993000,"result":5})"_s,
+        u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
+    message("text as id", uR"({"id":"1","result":{"scenes":[]}})"_s,
+        u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
+    message(
+        "null result", uR"({"id":null,"result":null})"_s, u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
+    message("event of an unknown resource",
+        uR"({"id":null,"result":{"_type":"EVENT","resourceId":"Coffee.ready","data":1}})"_s,
+        u"debug: TODO: onEventReceived \"Coffee.ready\""_s);
+    message("event without a resource", uR"({"id":null,"result":{"_type":"EVENT"}})"_s,
+        u"debug: TODO: onEventReceived \"\""_s);
+    message("subscription nobody asked for",
+        uR"({"id":null,"result":{"_type":"SUBSCRIPTION","resourceId":"StreamingService.streamingStatusChange"}})"_s,
+        u"critical: UNABLE set \"\" to \"StreamingService.streamingStatusChange\""_s);
+    message("helper nobody asked for", uR"({"id":null,"result":{"_type":"HELPER","resourceId":"Scene"}})"_s,
+        u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
+}
+
+void tst_StreamlabsService::survivesBadInput()
+{
+    QFETCH(QString, frame);
+    QFETCH(QString, line);
+    connectAndWait();
+    auto const before = state();
+    desktop->transport().sendRawFrame(frame);
+    settle();
+    if (!line.isEmpty()) {
+        QVERIFY(log->take(line));
+    }
+    QCOMPARE(published, QList<QJsonObject>());
+    QCOMPARE(state(), before);
+
+    desktop->model().setStreaming(true); // and it still works
+    QVERIFY(awaitPublished(R"({"task":"onQueryStreamingStatus","streamingStatus":"live"})"));
+}
+
+void tst_StreamlabsService::ignoresAnEventBeforeItsSubscriptionIsAnswered()
+{
+    desktop->setHoldingReplies(true);
+    service->connectSlobs(desktop->token(), desktop->port());
+    QTRY_COMPARE(requests.size(), 1);
+    desktop->scriptReply(
+        u"StreamingService.streamingStatusChange"_s, [](QJsonObject const&) { return QJsonObject(); });
+    desktop->releaseReplies();
+    desktop->setHoldingReplies(false);
+    QTRY_COMPARE(requests.size(), 20);
+    settle();
+    published.clear();
+    desktop->sendObject(json(R"({"id":null,"result":{"_type":"EVENT","emitter":"STREAM",)"
+                             R"("resourceId":"StreamingService.streamingStatusChange","data":"live"}})"));
+    settle();
+    QVERIFY(log->take(u"debug: TODO: onEventReceived \"StreamingService.streamingStatusChange\""_s));
+    QCOMPARE(published, QList<QJsonObject>());
+}
+
+void tst_StreamlabsService::refusedToken()
+{
+    service->connectSlobs(u"wrong"_s, desktop->port());
+    QTRY_VERIFY(log->count(u"critical: unrecognized response"_s) == 1);
+    QVERIFY(log->take(u"critical: unrecognized response"_s));
+    QCOMPARE(requests.size(), 1);
+    QCOMPARE(published, QList<QJsonObject>());
+
+    // A server that answers with a plain "no".
+    service->closeSlobs();
+    log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);
+    published.clear();
+    desktop->scriptResult(u"TcpServerService.auth"_s, false);
+    service->connectSlobs(u"wrong"_s, desktop->port());
+    QTRY_COMPARE(log->count(u"critical: auth failed"_s), 1);
+    QVERIFY(log->take(u"critical: auth failed"_s));
+    QCOMPARE(requests.size(), 2);
+    QCOMPARE(publishedTasks(), QStringList(u"onStreamlabsAuthResult"_s));
+
+    // The connection stays open, and asking again is possible.
+    task(R"({"event":"refreshModel"})");
+    QTRY_COMPARE(requests.size(), 3);
+    QTRY_VERIFY(log->count(u"critical: unrecognized response"_s) == 1);
+    QVERIFY(log->take(u"critical: unrecognized response"_s));
+}
+
+void tst_StreamlabsService::collectionSchemaArrivesTwice()
+{
+    connectAndWait();
+    for (int round = 0; round < 2;
+         ++round) { // as a promise, which the stand-in makes of it like the real one
+        task(R"({"event":"refreshCollections"})");
+        QVERIFY(awaitPublished(
+            R"({"task":"onQueryCollections","list":[{"name":"Main Show"},{"name":"Podcast 🎙"}]})"));
+    }
+    desktop->scriptResult(u"SceneCollectionsService.fetchSceneCollectionsSchema"_s,
+        json(R"({"l":[{"id":"c","name":"Direct","scenes":[],"sources":[]}]})").value("l"_L1));
+    task(R"({"event":"refreshCollections"})");
+    QVERIFY(awaitPublished(R"({"task":"onQueryCollections","list":[{"id":"c","name":"Direct"}]})"));
+
+    auto const before = state();
+    desktop->scriptResult(u"SceneCollectionsService.fetchSceneCollectionsSchema"_s,
+        json(R"({"_type":"SUBSCRIPTION","resourceId":"p","emitter":"PROMISE"})"));
+    task(R"({"event":"refreshCollections"})");
+    desktop->sendObject(json(R"({"id":null,"result":{"_type":"EVENT","emitter":"PROMISE","resourceId":"p",)"
+                             R"("data":"no","isRejected":true}})"));
+    QTRY_COMPARE(requests.size(), 4);
+    settle();
+    QCOMPARE(published, QList<QJsonObject>());
+    log->take(u"warning: [onGetCollectionSchema] rejected"_s);
+    QCOMPARE(state(), before);
+}
+
+void tst_StreamlabsService::comesBackAfterALoss()
+{
+    connectAndWait();
+    desktop->model().setStreaming(true);
+    desktop->model().setRecording(true);
+    QTRY_COMPARE(desktop->model().recordingStatus(), u"recording"_s);
+    settle();
+    quint16 const port = desktop->port();
+    published.clear();
+    ledChanges.clear();
+
+    QElapsedTimer since;
+    since.start();
+    desktop->stop();
+    QTRY_COMPARE(published.size(), 4);
+    QVERIFY(since.elapsed() < 900);
+    QCOMPARE(publishedTasks().join(u' '),
+        u"onStreamlabsAuthResult onQueryStreamingStatus onQueryStreamingStatus onQueryRecordingStatus"_s);
+    QVERIFY(takePublished(R"({"authorized":false,"token":"stand-in-token"})"));
+    QVERIFY(takePublished(R"({"streamingStatus":""})"));
+    QVERIFY(takePublished(R"({"streamingStatus":""})"));
+    QVERIFY(takePublished(R"({"recordingStatus":""})"));
+    QCOMPARE(ledChanges, QStringList({u"STREAM off"_s, u"STREAM off"_s, u"RECORD off"_s}));
+
+    QVERIFY(awaitPublished(R"({"authorized":false})")); // a refused attempt, a second later
+    since.restart();
+    QVERIFY(desktop->start(port));
+    QVERIFY(awaitPublished(R"({"task":"onQueryStreamingStatus","streamingStatus":"live"})"));
+    QVERIFY2(since.elapsed() < 1500, qPrintable(QString::number(since.elapsed())));
+    QVERIFY(awaitPublished(R"({"task":"onQueryRecordingStatus","recordingStatus":"recording"})"));
+    QCOMPARE(desktop->authorizedCount(), 1);
+
+    // Events are handled once, although the streams were subscribed to on both connections.
+    settle();
+    published.clear();
+    desktop->model().switchScene(u"配信終了"_s);
+    settle();
+    QCOMPARE(publishedTasks(), QStringList(u"onQueryScenes"_s));
+    while (log->take(u"critical: QAbstractSocket::SocketError"_s)) {
+    }
+}
+
+void tst_StreamlabsService::lateAnswersOfTheLastConnection()
+{
+    connectAndWait();
+    desktop->setHoldingReplies(true);
+    task(R"({"event":"refreshScenes"})");
+    task(R"({"event":"refreshAudioList"})");
+    QTRY_COMPARE(requests.size(), 2);
+    // The host reconnects: request numbers start again, and old answers must not pass for new ones.
+    service->closeSlobs();
+    log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);
+    published.clear();
+    service->connectSlobs(desktop->token(), desktop->port());
+    QTRY_COMPARE(requests.size(), 3);
+    desktop->releaseReplies(); // answers 21 and 22, then the one that lets the service in
+    desktop->setHoldingReplies(false);
+    QTRY_COMPARE(requests.size(), 22);
+    settle();
+    QVERIFY(log->take(u"critical: no such id 21"_s));
+    QVERIFY(log->take(u"critical: no such id 22"_s));
+    QCOMPARE(publishedTasks().first(), u"onStreamlabsAuthResult"_s);
+    QVERIFY(takePublished(R"({"task":"onQueryScenes","list":[{"name":"Just Chatting"}]})"));
+}
+
+void tst_StreamlabsService::closesForGood()
+{
+    connectAndWait();
+    desktop->model().setStreaming(true);
+    QVERIFY(awaitPublished(R"({"streamingStatus":"live"})"));
+    ledChanges.clear();
+    service->closeSlobs();
+    QTRY_COMPARE(desktop->clientCount(), 0);
+    QTRY_COMPARE(log->count(u"critical: StreamlabsService::connectSlobs \"\" 0"_s), 1);
+    QVERIFY(log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s));
+    QVERIFY(takePublished(R"({"task":"onStreamlabsAuthResult","authorized":false})"));
+    QCOMPARE(ledChanges, QStringList({u"STREAM off"_s, u"STREAM off"_s, u"RECORD off"_s}));
+    auto const empty = state();
+    for (auto const* expected :
+        {R"({"task":"onStreamlabsAuthResult","authorized":false,"token":"","port":0})",
+            R"({"task":"onQueryStreamingStatus","streamingStatus":""})",
+            R"({"task":"onQueryRecordingStatus","recordingStatus":""})",
+            R"({"task":"onQueryScenes","activeId":"","list":[]})",
+            R"({"task":"onQueryCollections","list":[]})", R"({"task":"onQueryAudioList","list":[]})"}) {
+        QVERIFY2(empty.contains(json(expected)), expected);
+    }
+    QSignalSpy clients(desktop.get(), &StreamlabsStandIn::clientCountChanged);
+    QVERIFY(!clients.wait(1300));
+
+    service->connectSlobs(desktop->token(), desktop->port());
+    QVERIFY(awaitPublished(R"({"task":"onQueryStreamingStatus","streamingStatus":"live"})"));
+}
+
+void tst_StreamlabsService::reconnectsAtOnceAfterClosing()
+{
+    connectAndWait();
+    service->closeSlobs();
+    service->connectSlobs(desktop->token(), desktop->port());
+    QTRY_COMPARE(requests.size(), 20);
+    QCOMPARE(requests.first().value("id"_L1), 1);
+    settle();
+    QCOMPARE(desktop->clientCount(), 1);
+    log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);
+}
+
+void tst_StreamlabsService::closesDuringAnAttempt()
+{
+    QSignalSpy clients(desktop.get(), &StreamlabsStandIn::clientCountChanged);
+    service->connectSlobs(desktop->token(), desktop->port());
+    service->closeSlobs();
+    QTRY_COMPARE(clients.size(), 2); // it comes and goes
+    QCOMPARE(desktop->clientCount(), 0);
+    QCOMPARE(requests, QList<QJsonObject>());
+    QTRY_COMPARE(log->count(u"critical: StreamlabsService::connectSlobs \"\" 0"_s), 1);
+    log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);
+}
+
+void tst_StreamlabsService::connectsOnlyWithTokenAndPort()
+{
+    struct
+    {
+        QString token;
+        int port;
+        QString line;
+    } const cases[] = {
+        {{}, desktop->port(), u"critical: StreamlabsService::connectSlobs \"\" %1"_s.arg(desktop->port())},
+        {u"t"_s, 0, u"critical: StreamlabsService::connectSlobs \"t\" 0"_s},
+        {u"t"_s, -1, u"critical: StreamlabsService::connectSlobs \"t\" -1"_s},
+    };
+    QSignalSpy clients(desktop.get(), &StreamlabsStandIn::clientCountChanged);
+    for (auto const& [token, port, line] : cases) {
+        service->connectSlobs(token, port);
+        QVERIFY(log->take(line));
+    }
+    QVERIFY(!clients.wait(200));
+    QVERIFY(state().contains(
+        json(R"({"task":"onStreamlabsAuthResult","authorized":false,"token":"","port":0})")));
+}
+
+void tst_StreamlabsService::refreshingReconnects()
+{
+    desktop->transport().setHandshake(SockJsServer::Handshake::NeverAnswer);
+    service->connectSlobs(desktop->token(), desktop->port());
+    desktop->transport().setHandshake(SockJsServer::Handshake::Answer);
+    for (auto const* text : {R"({"event":"refreshModel"})", R"({"event":"refreshScenes"})",
+             R"({"event":"refreshCollections"})", R"({"event":"refreshAudioList"})"}) {
+        task(text);
+    }
+    QTRY_COMPARE(requests.size(), 20);
+    QCOMPARE(desktop->clientCount(), 1);
+}
+
+void tst_StreamlabsService::letsGoOfTheRelay()
+{
+    service->deinit();
+    task(R"({"event":"queryAuthState"})");
+    QVERIFY(log->take(u"warning: relay: event of the host ignored, \"unknown command\""_s));
+    service->sendRccMessage(u"s"_s, {});
+    service->dispatchRccEvent({});
+    service->addRccTaskHandler(u"c"_s, {});
+    service->deinit();
+
+    service->init(relay.get());
+    connectAndWait();
+    service.reset(); // without deinit
+    task(R"({"event":"queryAuthState"})");
+    QVERIFY(log->take(u"warning: relay: event of the host ignored, \"unknown command\""_s));
+    QCOMPARE(published, QList<QJsonObject>());
+}
+
+QTEST_GUILESS_MAIN(tst_StreamlabsService)
+#include "tst_StreamlabsService.moc"

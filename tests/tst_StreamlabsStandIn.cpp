@@ -1,0 +1,484 @@
+#include "devhost/StreamlabsStandIn.h"
+
+#include <QJsonDocument>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTcpSocket>
+#include <QTest>
+#include <QWebSocket>
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+using Change = std::function<bool(StandInModel&)>;
+Q_DECLARE_METATYPE(Change)
+
+namespace {
+
+QJsonValue parse(QString const& json)
+{
+    return QJsonDocument::fromJson("[" + json.toUtf8() + "]").array().at(0);
+}
+
+QString text(QJsonArray const& array)
+{
+    return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
+}
+
+// A client of its own make, which decodes the frames by the book.
+class Client
+{
+public:
+    QWebSocket socket;
+    QStringList frames;
+    QList<QJsonObject> messages;
+
+    explicit Client(quint16 port)
+    {
+        QObject::connect(&socket, &QWebSocket::textMessageReceived, &socket, [this](QString const& frame) {
+            frames.append(frame);
+            for (QJsonValue const message : parse(frame.mid(1)).toArray())
+                messages.append(parse(message.toString()).toObject());
+        });
+        socket.open(QUrl(u"ws://127.0.0.1:%1/api/087/session/websocket"_s.arg(port)));
+    }
+    bool gets(QString const& frame)
+    {
+        return QTest::qWaitFor([&] { return frames.contains(frame); });
+    }
+    bool ends() const
+    {
+        return QTest::qWaitFor([&] { return socket.state() == QAbstractSocket::UnconnectedState; });
+    }
+    // Sends "<resource> <method> <args>" and waits for the answer.
+    QJsonObject call(QString const& line)
+    {
+        static QRegularExpression const form(u"^(\\w+(?:\\[.*?\\])?) (\\w+) ?(.*)$"_s);
+        QStringList const parts = form.match(line).capturedTexts();
+        messages.clear();
+        QJsonObject const params{{u"resource"_s, parts[1]}, {u"args"_s, parse(u'[' + parts[3] + u']')}};
+        QJsonObject const request{{u"id"_s, 7}, {u"method"_s, parts[2]}, {u"params"_s, params}};
+        socket.sendTextMessage(text({QString::fromUtf8(QJsonDocument(request).toJson())}));
+        QSignalSpy received(&socket, &QWebSocket::textMessageReceived);
+        do {
+            for (QJsonObject const& message : std::as_const(messages)) {
+                if (message[u"id"_s] == 7)
+                    return message;
+            }
+        } while (received.wait());
+        return {};
+    }
+    QJsonValue result(QString const& line) { return call(line).value(u"result"_s); }
+    // The results of the events among the messages.
+    QList<QJsonObject> events() const
+    {
+        QList<QJsonObject> results;
+        for (QJsonObject const& message : messages) {
+            QJsonObject const result = message[u"result"_s].toObject();
+            if (message.contains(u"id"_s) && message[u"id"_s].isNull() && result[u"_type"_s] == u"EVENT"_s)
+                results.append(result);
+        }
+        return results;
+    }
+    // "<event>:<status or name, and what is special about it>|…"
+    QString story() const
+    {
+        QStringList lines;
+        for (QJsonObject const& event : events()) {
+            QJsonValue const data = event[u"data"_s];
+            QString line = event[u"resourceId"_s].toString().section(u'.', 1) + u':' +
+                           data.toString(data[u"name"_s].toString());
+            for (QString const& flag : {u"muted"_s, u"locked"_s})
+                line += data[flag].toBool() ? u' ' + flag : QString();
+            lines.append(line + (data[u"visible"_s].toBool(true) ? QString() : u" hidden"_s));
+        }
+        return lines.join(u'|');
+    }
+};
+
+} // namespace
+
+class tst_StreamlabsStandIn : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<StreamlabsStandIn> m_standIn;
+    std::unique_ptr<Client> m_client;
+
+    void connectClient()
+    {
+        m_client = std::make_unique<Client>(m_standIn->port());
+        QVERIFY(m_client->gets(u"o"_s));
+    }
+    // Bytes of a request that the server has seen and not answered.
+    qint64 pending() const
+    {
+        QTcpSocket const* const socket = m_standIn->transport().findChild<QTcpSocket*>();
+        return socket ? socket->bytesAvailable() : 0;
+    }
+    void authorize() { QCOMPARE(m_client->result(u"TcpServerService auth \"secret\""_s), true); }
+    void subscribe()
+    {
+        authorize();
+        QString const streams =
+            u"StreamingService.streamingStatusChange StreamingService.recordingStatusChange "
+            "ScenesService.sceneAdded ScenesService.sceneRemoved ScenesService.sceneSwitched "
+            "ScenesService.itemAdded ScenesService.itemRemoved ScenesService.itemUpdated "
+            "SceneCollectionsService.collectionAdded SceneCollectionsService.collectionRemoved "
+            "SceneCollectionsService.collectionSwitched SourcesService.sourceAdded "
+            "SourcesService.sourceRemoved SourcesService.sourceUpdated"_s;
+        for (QString const& stream : streams.split(u' ')) {
+            QJsonObject const expected{
+                {u"_type"_s, u"SUBSCRIPTION"_s}, {u"emitter"_s, u"STREAM"_s}, {u"resourceId"_s, stream}};
+            QCOMPARE(m_client->result(QString(stream).replace(u'.', u' ')), expected);
+            QCOMPARE(
+                m_client->result(QString(stream).replace(u'.', u' ')), expected); // no second subscription
+        }
+        m_client->messages.clear();
+    }
+
+private slots:
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u".*"_s));
+        m_standIn = std::make_unique<StreamlabsStandIn>();
+        m_standIn->setToken(u"secret"_s);
+        m_standIn->model().setTransitionTime(0ms);
+        m_standIn->model().setLoadingTime(0ms);
+        QVERIFY(m_standIn->start());
+        connectClient();
+    }
+    void cleanup()
+    {
+        m_client.reset();
+        m_standIn.reset();
+    }
+
+    void handshake_data()
+    {
+        QTest::addColumn<QByteArray>("path"); // at a blank it waits for what came before to arrive
+        QTest::addColumn<QByteArray>("status");
+        QTest::newRow("endless head") << '/' + QByteArray(20000, 'x') << QByteArray("431");
+        for (char const* path :
+            {"/api/999/x-1_y/websocket", "/api/087/s/websocket?t=1", "/api/08 7/s/websocket"})
+            QTest::newRow(path) << QByteArray(path) << QByteArray("101");
+        for (char const* path :
+            {"/", "/api/08/s/websocket", "/api/abc/s/websocket", "/api/087//websocket",
+                "/api/087/a.b/websocket", "/api/087/s/xhr", "/rpc/087/s/websocket", "/api/087/s/websocket/x"})
+            QTest::newRow(path) << QByteArray(path) << QByteArray("404");
+    }
+    void handshake()
+    {
+        QFETCH(QByteArray, path);
+        QFETCH(QByteArray, status);
+        m_standIn->drop();
+        QVERIFY(m_client->ends());
+        QTcpSocket socket;
+        socket.connectToHost(u"127.0.0.1"_s, m_standIn->port());
+        QList<QByteArray> const pieces = path.split(' ');
+        socket.write("GET " + pieces.first());
+        if (pieces.size() > 1)
+            QTRY_COMPARE(pending(), 4 + pieces.first().size());
+        socket.write(pieces.mid(1).join() +
+                     " HTTP/1.1\r\nHost: x\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+                     "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n");
+        QTRY_VERIFY(socket.canReadLine());
+        QCOMPARE(socket.readLine().mid(9, 3), status);
+        QTRY_COMPARE(socket.state() == QAbstractSocket::ConnectedState, status == "101");
+    }
+
+    void clientFrames_data()
+    {
+        QTest::addColumn<QString>("frame");
+        QTest::addColumn<QString>("messages"); // followed by "end", unless the frame is broken
+        for (auto const& [frame, messages] :
+            {std::pair(R"(["a\t😀"])", "a\t😀,end,"), {R"(["a","b"])", "a,b,end,"}, {R"("a")", "a,end,"},
+                {"[]", "end,"}, {"", "end,"}, {"a", ""}, {R"(["a")", ""}, {"[1]", ""}, {R"(["a",null])", ""},
+                {R"({"a":"b"})", ""}, {"5", ""}, {R"("a","b")", ""}})
+            QTest::addRow("<%s>", frame) << QString::fromUtf8(frame) << QString::fromUtf8(messages);
+    }
+    void clientFrames()
+    {
+        QFETCH(QString, frame);
+        QFETCH(QString, messages);
+        QString received;
+        connect(&m_standIn->transport(), &SockJsServer::messageReceived, m_standIn.get(),
+            [&](int, QString const& message) { received += message + u','; });
+        m_client->socket.sendTextMessage(frame);
+        m_client->socket.sendTextMessage(u"[\"end\"]"_s);
+        QVERIFY(!messages.isEmpty() || m_client->ends());
+        QTRY_COMPARE(received, messages);
+        QCOMPARE(m_standIn->clientCount(), messages.isEmpty() ? 0 : 1);
+    }
+
+    void serverFrames()
+    {
+        SockJsServer& transport = m_standIn->transport();
+        int const id = transport.clients().constFirst();
+        transport.send(id, u"\"\\\n😀é"_s);
+        QVERIFY(m_client->gets(u"a[\"\\\"\\\\\\n😀é\"]"_s));
+        transport.sendBacklog(id, {u"1"_s, u"2"_s});
+        QVERIFY(m_client->gets(u"a[\"1\",\"2\"]"_s));
+        transport.sendRawFrame(u"a[\"cut"_s);
+        QVERIFY(m_client->gets(u"a[\"cut"_s) && !m_client->frames.contains(u"h"_s));
+        transport.setHeartbeatInterval(1ms);
+        QVERIFY(m_client->gets(u"h"_s));
+        transport.sendRawBytes("\x81\x02\xff\xff"); // a text frame that is not UTF-8
+        QVERIFY(m_client->ends());
+        QCOMPARE(m_client->socket.closeCode(), QWebSocketProtocol::CloseCodeWrongDatatype);
+
+        transport.setHandshake(SockJsServer::Handshake::NotFound);
+        QVERIFY(Client(m_standIn->port()).ends());
+        transport.setHandshake(SockJsServer::Handshake::NeverAnswer);
+        QTcpSocket ignored;
+        ignored.connectToHost(u"127.0.0.1"_s, m_standIn->port());
+        ignored.write("GET / HTTP/1.1\r\n\r\n");
+        QTRY_COMPARE(pending(), 18);
+        transport.setHandshake(SockJsServer::Handshake::Answer);
+        connectClient();
+        QCOMPARE(ignored.bytesAvailable(), 0);
+    }
+
+    void endsAndRestarts()
+    {
+        quint16 const port = m_standIn->port();
+        m_standIn->drop();
+        QVERIFY(m_client->ends());
+        QCOMPARE(m_client->frames, QStringList{u"o"_s});
+        connectClient();
+        m_standIn->stop();
+        QVERIFY(m_standIn->clientCount() == 0 && !m_standIn->isRunning() && m_client->ends());
+        QCOMPARE(m_client->frames.constLast(), u"c[3000,\"Go away!\"]"_s);
+        QVERIFY(m_standIn->start(port));
+        connectClient();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot listen"_s));
+        QVERIFY(!StreamlabsStandIn().start(port));
+    }
+
+    void requests_data()
+    {
+        QTest::addColumn<QString>("answer"); // id and result, or id and code of the error
+        auto const raw = [](char const* request, char const* answer) {
+            QTest::newRow(request) << QString::fromLatin1(answer);
+        };
+        raw(R"({"id":"s","method":"getModel","params":{"resource":"StreamingService"}})", R"(["s",-32603])");
+        raw(R"({"id":1,"method":"auth","params":{"resource":"TcpServerService","args":["no"]}})",
+            "[1,-32603]");
+        raw(R"({"id":1,"method":"auth","params":{"resource":"TcpServerService"}})", "[1,-32603]");
+        raw("{", "[null,-32700]");
+        raw("[7]", "[null,-32600]");
+        raw(R"({"method":"getModel","params":{"resource":"StreamingService"}})", "[null,-32600]");
+        raw(R"({"id":0,"method":"getModel","params":{"resource":"StreamingService"}})", "[0,-32600]");
+        raw(R"({"id":1,"method":"getModel"})", "[1,-32600]");
+        raw(R"({"id":1,"method":"getModel","params":{"args":[]}})", "[1,-32600]");
+        // With authorization; %1 to %4 are the ids of a scene, its item, the item's source and an audio
+        // source.
+        raw("ScenesService activeSceneId", "[7,\"%1\"]");
+        raw("ScenesService makeSceneActive \"%1\"", "[7,true]");
+        raw("ScenesService makeSceneActive \"Gameplay\"", "[7,false]");
+        raw("ScenesService nope", "[7,-32601]");
+        raw("Nope getScenes", "[7,-32601]");
+        raw("StreamingService toggleRecording", "[7,null]");
+        raw(R"(SceneItem["%1", "%2", "%3"] setVisibility false)", "[7,null]");
+        raw(R"(SceneItem["%1","%3","%2"] setVisibility false)", "[7,-32602]");
+        raw("SceneItem['%1', '%2', '%3'] setVisibility false", "[7,-32601]");
+        raw("SceneItem setVisibility false", "[7,-32602]");
+        raw(R"(AudioSource["%4"] setMuted true)", "[7,null]");
+        raw(R"(AudioSource["Mic/Aux"] setMuted true)", "[7,-32602]");
+        raw(R"(AudioService getSourcesForScene "x")", "[7,-32602]");
+    }
+    void requests()
+    {
+        QFETCH(QString, answer);
+        QString request = QString::fromLatin1(QTest::currentDataTag());
+        StandInModel& model = m_standIn->model();
+        QJsonObject const item = model.item(u"Фон"_s);
+        QStringList const ids{model.activeSceneId(), item[u"id"_s].toString(), item[u"sourceId"_s].toString(),
+            model.audioSourceId(u"Mic/Aux"_s)};
+        for (int i = 0; i < ids.size(); ++i)
+            for (QString* string : {&request, &answer})
+                string->replace(u'%' + QString::number(i + 1), ids[i]);
+        if (answer.startsWith("[7"_L1)) {
+            authorize();
+            m_client->call(request);
+        } else {
+            m_client->socket.sendTextMessage(text({request}));
+        }
+        QTRY_COMPARE(m_client->messages.size(), 1);
+        QJsonObject const message = m_client->messages.constLast();
+        bool const failed = message.contains(u"error"_s);
+        QVERIFY(message.contains(u"id"_s) && message.contains(u"result"_s) != failed);
+        QJsonValue const result = failed ? message[u"error"_s][u"code"_s] : message[u"result"_s];
+        QCOMPARE(text({message[u"id"_s], result}), answer);
+        bool const hides = request.contains(u"setVisibility"_s) && !failed;
+        QCOMPARE(model.item(u"Фон"_s)[u"visible"_s].toBool(), !hides);
+    }
+
+    void changes_data()
+    {
+        using M = StandInModel;
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<QString>("story");
+        auto const row = [](char const* name, Change const& change, QString const& story) {
+            QTest::newRow(name) << change << story;
+        };
+        row(
+            "stream", [](M& m) { return m.toggleStreaming() && m.toggleStreaming(); },
+            u"streamingStatusChange:starting|streamingStatusChange:ending|"
+            "streamingStatusChange:offline"_s);
+        row(
+            "scenes",
+            [](M& m) {
+                return m.switchScene(u"配信終了"_s) && m.switchScene(m.activeSceneId()) &&
+                       m.addScene(u"New"_s) && m.renameScene(u"New"_s, u"Old"_s) && m.removeScene(u"Old"_s);
+            },
+            u"sceneSwitched:配信終了|sceneAdded:New|sourceUpdated:Old|sceneRemoved:Old"_s);
+        row(
+            "active scene with sources of its own", [](M& m) { return m.removeScene(m.activeSceneId()); },
+            u"sceneSwitched:Gameplay 🎮|sceneRemoved:Starting Soon ⏳|sourceRemoved:Фон|"
+            "sourceRemoved:Countdown|sourceRemoved:音楽 🎵"_s);
+        row(
+            "items",
+            [](M& m) {
+                return m.addItem(u"Gameplay 🎮"_s, u"New"_s, u"Overlays"_s) &&
+                       m.renameItem(u"New"_s, u"Old"_s) && m.setItemVisible(u"Old"_s, false) &&
+                       m.setItemLocked(u"Old"_s, true) && m.moveItem(u"Old"_s, {1, 2}) &&
+                       m.removeItem(u"Old"_s) && m.removeItem(u"Webcam"_s) && m.removeItem(u"Overlays"_s);
+            },
+            u"sourceAdded:New|itemAdded:New|sourceUpdated:Old|itemUpdated:Old hidden|"
+            "itemUpdated:Old locked hidden|itemUpdated:Old locked hidden|"
+            "itemRemoved:Old locked hidden|sourceRemoved:Old|itemRemoved:Webcam"_s);
+        row(
+            "audio",
+            [](M& m) {
+                return m.addAudioSource(u"New"_s) && m.renameAudioSource(u"New"_s, u"Old"_s) &&
+                       m.setMuted(u"Old"_s, true) && m.setMuted(u"Old"_s, true) &&
+                       m.removeAudioSource(u"音楽 🎵"_s);
+            },
+            u"sourceAdded:New|sourceUpdated:Old|sourceUpdated:Old muted|itemRemoved:音楽 🎵|"
+            "sourceRemoved:音楽 🎵"_s);
+        row(
+            "collections",
+            [](M& m) { return m.addCollection(u"New"_s) && m.removeCollection(m.activeCollectionId()); },
+            u"collectionAdded:New|collectionRemoved:Main Show|sceneSwitched:Talk|"
+            "collectionSwitched:Podcast 🎙"_s);
+        row(
+            "nothing there",
+            [no = u"no"_s](M& m) {
+                return !(m.switchScene(no) || m.removeScene(no) ||
+                         m.addItem(u"配信終了"_s, no, u"Overlays"_s) || m.removeItem(no) ||
+                         m.setItemVisible(u"Overlays"_s, false) || m.removeAudioSource(no) ||
+                         m.setMuted(u"Фон"_s, true) || m.removeCollection(no) || m.switchCollection(no));
+            },
+            u""_s);
+    }
+    void changes()
+    {
+        QFETCH(Change, change);
+        QFETCH(QString, story);
+        subscribe();
+        QVERIFY(change(m_standIn->model()));
+        QTRY_COMPARE(m_client->story(), story);
+        m_client->call(u"ScenesService getScenes"_s); // what is still under way comes before the answer
+        QCOMPARE(m_client->story(), QString());
+    }
+
+    void objects()
+    {
+        authorize();
+        QJsonValue const scene = m_client->result(u"ScenesService getScenes"_s)[1];
+        QCOMPARE(scene[u"resourceId"_s].toString(), u"Scene[\"%1\"]"_s.arg(scene[u"id"_s].toString()));
+        QJsonObject const folder = scene[u"nodes"_s][1].toObject();
+        QJsonObject const item = scene[u"nodes"_s][2].toObject();
+        QCOMPARE(folder.keys().join(u' '), u"_type childrenIds id name resourceId sceneId sceneNodeType"_s);
+        QCOMPARE(item.keys().join(u' '),
+            u"_type id locked name parentId recordingVisible resourceId sceneId "
+            "sceneItemId sceneNodeType sourceId streamVisible transform visible"_s);
+        QVERIFY(folder[u"childrenIds"_s][0] == item[u"id"_s] && item[u"parentId"_s] == folder[u"id"_s]);
+        QJsonArray const audio = m_client->result(u"AudioService getSources"_s).toArray();
+        QString const heard = u"AudioService getSourcesForScene \"%1\""_s.arg(scene[u"id"_s].toString());
+        QCOMPARE(m_client->result(heard).toArray().size(), audio.size() - 1); // not another scene's music
+        for (QString const& call : {item[u"resourceId"_s].toString() + u" setVisibility false"_s,
+                 audio[0][u"resourceId"_s].toString() + u" setMuted true"_s})
+            QVERIFY2(m_client->call(call).contains(u"result"_s), qPrintable(call));
+    }
+
+    void promises()
+    {
+        subscribe();
+        QJsonObject const promise =
+            m_client->result(u"SceneCollectionsService fetchSceneCollectionsSchema"_s).toObject();
+        QCOMPARE(promise[u"_type"_s].toString(), u"SUBSCRIPTION"_s);
+        QTRY_COMPARE(m_client->events().size(), 1);
+        QJsonObject const kept = m_client->events().constFirst();
+        QVERIFY(kept[u"emitter"_s] == u"PROMISE"_s && promise[u"emitter"_s] == u"PROMISE"_s);
+        QVERIFY(kept[u"resourceId"_s] == promise[u"resourceId"_s] && kept[u"isRejected"_s] == false);
+        QCOMPARE(kept[u"data"_s][0][u"scenes"_s].toArray().size(), 5);
+        QVERIFY(m_client->result(u"StreamingService toggleStreaming"_s)[u"resourceId"_s] !=
+                promise[u"resourceId"_s]);
+        QCOMPARE(m_client->messages[0][u"id"_s], QJsonValue(7)); // the answer comes before any event
+        QTRY_COMPARE(m_client->events().size(), 3);
+    }
+
+    void loadsCollection()
+    {
+        subscribe();
+        StandInModel& model = m_standIn->model();
+        model.setLoadingTime(1h);
+        QVERIFY(
+            model.switchCollection(u"Podcast 🎙"_s) && model.setRecording(true) && !model.addScene(u"x"_s));
+        QTRY_COMPARE(model.recordingStatus(), u"recording"_s);
+        QCOMPARE(m_client->result(u"ScenesService getScenes"_s), QJsonValue(QJsonArray()));
+        QVERIFY(m_client->events().isEmpty());
+        model.setLoadingTime(0ms);
+        QVERIFY(model.switchCollection(u"Main Show"_s));
+        QTRY_COMPARE(m_client->story(), u"recordingStatusChange:starting|recordingStatusChange:recording|"
+                                        "sceneSwitched:Starting Soon ⏳|collectionSwitched:Main Show"_s);
+    }
+
+    void replyFaults()
+    {
+        authorize();
+        m_standIn->setHoldingReplies(true);
+        QSignalSpy requests(m_standIn.get(), &StreamlabsStandIn::requestReceived);
+        m_client->socket.sendTextMessage(
+            text({uR"({"id":9,"method":"getModel","params":{"resource":"StreamingService"}})"_s}));
+        QVERIFY(requests.wait());
+        m_standIn->setHoldingReplies(false);
+        m_standIn->drop();
+        connectClient();
+        authorize();
+        QCOMPARE(m_client->messages.size(), 1);
+        m_standIn->releaseReplies();
+        QTRY_COMPARE(m_client->messages.size(), 2);
+        QCOMPARE(m_client->messages[1][u"id"_s], QJsonValue(9));
+
+        m_standIn->scriptReply(u"ScenesService.getScenes"_s, [this](QJsonObject const& request) {
+            m_standIn->sendObject({{u"id"_s, request[u"id"_s]}, {u"result"_s, u"scripted"_s}});
+            return QJsonObject();
+        });
+        QCOMPARE(m_client->result(u"ScenesService getScenes"_s).toString(), u"scripted"_s);
+        m_standIn->scriptResult(u"ScenesService.getScenes"_s, 5);
+        QCOMPARE(m_client->result(u"ScenesService getScenes"_s), QJsonValue(5));
+    }
+
+    void largeCollection()
+    {
+        m_standIn->model().generate(50, 60, 30);
+        subscribe();
+        QJsonArray const scenes = m_client->result(u"ScenesService getScenes"_s).toArray();
+        QVERIFY(m_client->frames.constLast().size() > 1'000'000);
+        for (QJsonValue const scene : scenes) {
+            for (QJsonValue const item : scene[u"nodes"_s].toArray())
+                QVERIFY(m_standIn->model().setItemVisible(item[u"id"_s].toString(), false));
+        }
+        QTRY_COMPARE(m_client->events().size(), 3000);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_StreamlabsStandIn)
+#include "tst_StreamlabsStandIn.moc"
