@@ -60,7 +60,7 @@ void SlobsAgent::disconnectRcc()
 
 void SlobsAgent::addRccEventHandler(QString const& task, Handler handler)
 {
-    handlers.insert(task, std::move(handler));
+    handlers[task] = std::move(handler);
 }
 
 void SlobsAgent::sendRccEvent(QJsonObject const& event)

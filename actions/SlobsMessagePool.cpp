@@ -84,7 +84,9 @@ std::shared_ptr<SlobsMessage> SlobsMessagePool::take(QString const& text)
         }
         entries.push_back({text, std::make_shared<SlobsMessage>(text)});
         entry = std::prev(entries.end());
-        expiry.start();
+        if (!expiry.isActive()) {
+            expiry.start();
+        }
     }
     ++entry->taken;
     return entry->message;

@@ -76,7 +76,7 @@ int RelayServer::subscriberCount(QString const& subject) const
 
 void RelayServer::addCommandHandler(QString const& command, CommandHandler handler)
 {
-    m_handlers.insert(command, std::move(handler));
+    m_handlers[command] = std::move(handler);
 }
 
 void RelayServer::removeCommandHandler(QString const& command)

@@ -110,7 +110,7 @@ public:
             fail(u"%1 is missing"_s.arg(what));
             return {};
         }
-        QString const word = m_tokens.takeFirst().text;
+        QString word = m_tokens.takeFirst().text;
         if (what.contains(u'|') && !what.split(u'|').contains(word)) {
             fail(u"\"%1\" is not %2"_s.arg(word, what));
         }

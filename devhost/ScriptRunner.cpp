@@ -5,6 +5,7 @@
 
 #include <QJsonDocument>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -130,14 +131,14 @@ bool ScriptRunner::isMet(ScriptStep::Expectation const& expectation)
         auto const led = m_leds.constFind(expectation.name);
         return led != m_leds.constEnd() && *led == expectation.on;
     }
-    for (qsizetype i = 0; i < m_publications.size(); ++i) {
-        QJsonObject const& payload = m_publications.at(i);
-        if (payload.value("task"_L1) == expectation.name && jsonIncludes(payload, expectation.members)) {
-            m_publications.remove(0, i + 1);
-            return true;
-        }
+    auto const match = std::ranges::find_if(m_publications, [&expectation](QJsonObject const& payload) {
+        return payload.value("task"_L1) == expectation.name && jsonIncludes(payload, expectation.members);
+    });
+    if (match == m_publications.end()) {
+        return false;
     }
-    return false;
+    m_publications.erase(m_publications.begin(), std::next(match));
+    return true;
 }
 
 QString ScriptRunner::whatCame(ScriptStep::Expectation const& expectation) const

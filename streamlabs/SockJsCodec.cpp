@@ -9,23 +9,24 @@ using namespace Qt::StringLiterals;
 QString SockJsCodec::encodeClientFrame(QJsonObject const& object)
 {
     QByteArray const json = QJsonDocument(object).toJson(QJsonDocument::Compact);
-    QByteArray frame;
-    frame.reserve(json.size() + json.size() / 4 + 4);
-    frame += R"([")";
+    constexpr auto prefix = R"([")"_L1;
+    constexpr auto suffix = R"("])"_L1;
+    constexpr auto quote = R"(\")"_L1;
+    constexpr auto apostrophe = R"(\\\")"_L1;
+
+    QByteArray frame(prefix.size() + json.size() * apostrophe.size() + suffix.size(), Qt::Uninitialized);
+    char* write = std::ranges::copy(prefix, frame.data()).out;
     for (char const c : json) {
-        switch (c) {
-        case '\'':
-            frame += R"(\\\")";
-            break;
-        case '"':
-            frame += R"(\")";
-            break;
-        default:
-            frame += c;
+        if (c == '"') {
+            write = std::ranges::copy(quote, write).out;
+        } else if (c == '\'') {
+            write = std::ranges::copy(apostrophe, write).out;
+        } else {
+            *write++ = c;
         }
     }
-    frame += R"("])";
-    return QString::fromUtf8(frame);
+    write = std::ranges::copy(suffix, write).out;
+    return QString::fromUtf8(frame.constData(), write - frame.constData());
 }
 
 std::optional<QStringView> SockJsCodec::messageOf(QStringView frame)
@@ -46,36 +47,32 @@ QString SockJsCodec::unescape(QStringView inner)
 {
     QString out(inner.size(), Qt::Uninitialized);
     QChar* write = out.data();
-    qsizetype backslashes = 0;   // read but not yet written
-    bool afterBackslash = false; // the character just read was one of them
     QChar const* read = inner.begin();
     QChar const* const end = inner.end();
-    auto const flush = [&] {
-        write = std::fill_n(write, backslashes, u'\\');
-        backslashes = 0;
-    };
 
     while (read != end) {
-        QChar const c = *read++;
-        if (c == u'\\') {
-            ++backslashes;
-            afterBackslash = true;
+        if (*read != u'\\') { // most of any text
+            *write++ = *read++;
             continue;
         }
-        if (c == u'n' && afterBackslash) {
-            --backslashes;
-        } else if (c == u'"' && backslashes > 0) {
-            bool const apostrophe = backslashes >= 3;
-            backslashes -= apostrophe ? 3 : 1;
-            flush();
-            *write++ = apostrophe ? u'\'' : u'"';
-        } else {
-            flush();
-            *write++ = c;
+        qsizetype backslashes = 0;
+        while (read != end && *read == u'\\') {
+            ++backslashes;
+            ++read;
+            if (read != end && *read == u'n') {
+                --backslashes; // what was before the pair and what comes behind it now stand together
+                ++read;
+            }
         }
-        afterBackslash = false;
+        if (read != end && *read == u'"' && backslashes > 0) {
+            bool const apostrophe = backslashes >= 3;
+            write = std::fill_n(write, backslashes - (apostrophe ? 3 : 1), u'\\');
+            *write++ = apostrophe ? u'\'' : u'"';
+            ++read;
+        } else {
+            write = std::fill_n(write, backslashes, u'\\');
+        }
     }
-    flush();
     out.truncate(write - out.constData());
     return out;
 }

@@ -471,7 +471,7 @@ void StreamlabsService::Impl::onServiceTask(QJsonObject const& task)
 
 void StreamlabsService::Impl::subscribe(QString const& name, QJsonObject const& subscription, Handler handler)
 {
-    responseHandlers.insert(name, std::move(handler));
+    responseHandlers[name] = std::move(handler);
     request(name, subscription);
 }
 

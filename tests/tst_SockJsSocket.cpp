@@ -141,7 +141,7 @@ void tst_SockJsSocket::receivesAVeryLargeFrame()
 {
     open();
     QSignalSpy objects(socket.get(), &SockJsSocket::jsonMessageReceived);
-    constexpr qsizetype size = 20 * 1024 * 1024;
+    constexpr qsizetype size = 20'000'000;
     server->sendRawFrame(uR"(a["{\"a\":\"%1\"}"])"_s.arg(QString(size, u'x')));
     QTRY_COMPARE_WITH_TIMEOUT(objects.size(), 1, 20000);
     QCOMPARE(objects.first().first().toJsonObject().value("a"_L1).toString().size(), size);

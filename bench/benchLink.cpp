@@ -1,0 +1,191 @@
+#include "actions/SlobsAgent.h"
+#include "bench/BareHops.h"
+#include "bench/BenchRow.h"
+#include "devhost/RelayServer.h"
+#include "devhost/StreamlabsStandIn.h"
+#include "relay/ZoRemoteCommands.h"
+#include "streamlabs/SockJsCodec.h"
+#include "streamlabs/StreamlabsService.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QJsonDocument>
+#include <QTimer>
+
+#include <chrono>
+#include <ctime>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+template <typename Condition>
+void waitUntil(Condition const& condition)
+{
+    while (!condition()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+}
+
+//! An agent, the relay, the service and the stand-in, connected, in one process as in the host.
+struct Chain
+{
+    RelayServer relay;
+    StreamlabsStandIn desktop;
+    StreamlabsService service;
+    SlobsAgent agent;
+    bool answered = false;
+
+    Chain()
+    {
+        relay.listen();
+        desktop.start();
+        service.init(&relay);
+        service.connectSlobs(desktop.token(), desktop.port());
+        agent.connectRcc(u"ws://127.0.0.1:%1"_s.arg(relay.port()));
+        waitUntil([this] { return desktop.authorizedCount() == 1 && relay.clientCount() == 1; });
+        agent.subscribe(ZoRemoteSubjects::kSubjectStreamlabsResponse, {}, {});
+        waitUntil(
+            [this] { return relay.subscriberCount(ZoRemoteSubjects::kSubjectStreamlabsResponse) == 1; });
+        // What the start has set going must be over.
+        QEventLoop settle;
+        QTimer::singleShot(std::chrono::milliseconds(300), &settle, &QEventLoop::quit);
+        settle.exec();
+        agent.addRccEventHandler(
+            SlobsAgentPrivate::kQueryStreamingStatusResult, [this](QJsonObject const&) { answered = true; });
+    }
+
+    void run()
+    {
+        answered = false;
+        agent.toggleStreaming();
+        waitUntil([this] { return answered; });
+    }
+};
+
+BenchRow roundTrip()
+{
+    Chain chain;
+    // One event per press, so that each round is like the others. The frames are ready-made: what the other
+    // application does to make them is not ours.
+    QString const answer =
+        uR"(a["{\"jsonrpc\":\"2.0\",\"id\":%1,\"result\":{\"_type\":\"SUBSCRIPTION\",\"resourceId\":\"promise\",)"
+        uR"(\"emitter\":\"PROMISE\"}}"])"_s;
+    QString const event =
+        uR"(a["{\"jsonrpc\":\"2.0\",\"id\":null,\"result\":{\"_type\":\"EVENT\",\"emitter\":\"STREAM\",)"
+        uR"(\"resourceId\":\"StreamingService.streamingStatusChange\",\"data\":\"starting\"}}"])"_s;
+    chain.desktop.scriptReply(u"StreamingService.toggleStreaming"_s, [&](QJsonObject const& request) {
+        chain.desktop.transport().sendRawFrame(answer.arg(request.value("id"_L1).toInt()));
+        chain.desktop.transport().sendRawFrame(event);
+        return QJsonObject();
+    });
+
+    // The same bytes for the floor, listened to on one round.
+    BareHops::Texts texts;
+    auto const compact = [](QJsonObject const& object) {
+        return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    };
+    {
+        QObject listener;
+        QObject::connect(&chain.relay, &RelayServer::commandReceived, &listener,
+            [&](QJsonObject const& command) { texts.there = compact(command); });
+        QObject::connect(&chain.desktop.transport(), &SockJsServer::frameReceived, &listener,
+            [&](int, QString const& frame) { texts.request = frame; });
+        QObject::connect(&chain.desktop.transport(), &SockJsServer::frameSent, &listener,
+            [&](int, QString const& frame) { texts.answers.append(frame); });
+        QObject::connect(&chain.relay, &RelayServer::published, &listener,
+            [&](QString const&, QJsonObject const& payload) { texts.back = compact(payload); });
+        chain.run();
+    }
+    BareHops hops(texts);
+    hops.connectBoth();
+
+    constexpr int warmUp = 200;
+    constexpr int rounds = 3000;
+    for (int i = 0; i < warmUp; ++i) {
+        chain.run();
+        hops.run();
+    }
+    return compare(
+        {.what = u"key press to Streamlabs Desktop and its status back to the key"_s,
+            .floorIs = u"the same bytes over bare WebSockets"_s,
+            .limit = 1.3},
+        rounds, [&] { chain.run(); }, [&] { hops.run(); });
+}
+
+BenchRow decodeLargeFrame()
+{
+    StreamlabsStandIn desktop;
+    constexpr int scenes = 50;
+    constexpr int items = 40;
+    desktop.model().generate(scenes, items, 0);
+    QString frame;
+    {
+        Chain chain;
+        chain.desktop.model().generate(scenes, items, 0);
+        QObject listener;
+        QObject::connect(
+            &chain.desktop.transport(), &SockJsServer::frameSent, &listener, [&](int, QString const& sent) {
+                if (sent.size() > frame.size()) {
+                    frame = sent;
+                }
+            });
+        chain.agent.refreshScenes();
+        waitUntil([&] { return !frame.isEmpty(); });
+    }
+
+    QByteArray const clean = SockJsCodec::unescape(*SockJsCodec::messageOf(frame)).toUtf8();
+    qsizetype members = 0;
+    constexpr int rounds = 101;
+    return compare(
+        {.what = u"decode one frame of 50 scenes with 40 items (%1 kB)"_s.arg(clean.size() / 1000),
+            .floorIs = u"QJsonDocument::fromJson of the clean bytes"_s,
+            .limit = 1.4},
+        rounds,
+        [&] {
+            auto const message = SockJsCodec::messageOf(frame);
+            members += QJsonDocument::fromJson(SockJsCodec::unescape(*message).toUtf8()).object().size();
+        },
+        [&] { members += QJsonDocument::fromJson(clean).object().size(); });
+}
+
+//! CPU time in per cent of one core while the event loop runs for ten seconds.
+double idleCpu()
+{
+    constexpr auto duration = std::chrono::seconds(10);
+    std::clock_t const before = std::clock();
+    QEventLoop loop;
+    QTimer::singleShot(duration, &loop, &QEventLoop::quit);
+    loop.exec();
+    constexpr double percent = 100;
+    return percent * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC /
+           std::chrono::duration<double>(duration).count();
+}
+
+//! The limit is absolute here: 1 % of one core.
+BenchRow cpuWhileClosed()
+{
+    StreamlabsStandIn desktop;
+    desktop.start();
+    quint16 const port = desktop.port();
+    desktop.stop();
+
+    RelayServer relay;
+    StreamlabsService service;
+    service.init(&relay);
+    service.connectSlobs(u"token"_s, port);
+    return {.what = u"CPU of the service while Streamlabs Desktop is closed, over 10 s"_s,
+        .floorIs = u"1 % of one core"_s,
+        .unit = u"%"_s,
+        .ours = idleCpu(),
+        .floor = 1,
+        .limit = 1};
+}
+
+} // namespace
+
+Benchmarks benchLink()
+{
+    return {{u"round-trip"_s, roundTrip}, {u"decode"_s, decodeLargeFrame}, {u"closed"_s, cpuWhileClosed}};
+}

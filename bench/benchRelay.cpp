@@ -1,0 +1,136 @@
+#include "actions/SlobsAgent.h"
+#include "actions/SlobsMessagePool.h"
+#include "bench/BenchRow.h"
+#include "streamlabs/SceneListCache.h"
+
+#include <QJsonDocument>
+
+using namespace Qt::StringLiterals;
+using namespace StreamlabsApiPrivate;
+
+namespace {
+
+QList<Scene> largeCollection()
+{
+    constexpr int scenes = 50;
+    constexpr int items = 40;
+    QList<Scene> list;
+    for (int s = 0; s < scenes; ++s) {
+        Scene scene{
+            u"scene_6f1c0c52-9d6e-4f0e-8a52-%1"_s.arg(s, 12, 10, QChar(u'0')), u"Scene %1"_s.arg(s), {}};
+        for (int i = 0; i < items; ++i) {
+            Source node;
+            node.id = u"6f1c0c52-9d6e-4f0e-%1-%2"_s.arg(s, 4, 10, QChar(u'0')).arg(i, 12, 10, QChar(u'0'));
+            node.sceneItemId = node.id;
+            node.sceneId = scene.id;
+            node.sourceId = u"image_source_6f1c0c52-9d6e-%1-%2"_s.arg(s).arg(i);
+            node.name = u"Item %1 of %2"_s.arg(i).arg(s);
+            node.sceneNodeType = u"item"_s;
+            scene.nodes.append(node);
+        }
+        list.append(scene);
+    }
+    return list;
+}
+
+//! A list that changes by one item at a time, as a drag or a click on an eye does it.
+class ChangingList
+{
+public:
+    ChangingList() { m_cache.replace(largeCollection()); }
+
+    QJsonObject publishAfterOneChange()
+    {
+        Scene const& scene = m_cache.scenes().at(m_turn % m_cache.scenes().size());
+        Source item = scene.nodes.at(m_turn % scene.nodes.size());
+        item.visible = !item.visible;
+        ++m_turn;
+        m_cache.updateItem(item);
+        return SlobsAgent::toSceneList(m_cache.json(), u"active"_s);
+    }
+
+    QJsonObject encodeAnew() const { return SlobsAgent::toSceneList(m_cache.scenes(), u"active"_s); }
+
+private:
+    SceneListCache m_cache;
+    qsizetype m_turn = 0;
+};
+
+//! What agents do with one text, of which each gets its own copy.
+class Agents
+{
+public:
+    explicit Agents(std::size_t agents)
+    {
+        for (std::size_t i = 0; i < agents; ++i) {
+            m_pools.push_back(SlobsMessagePool::shared());
+        }
+    }
+
+    //! Microseconds that they take together. Their sockets' work, making a copy each, does not count.
+    double handle(QString const& text)
+    {
+        double sum = 0;
+        for (auto const& pool : m_pools) {
+            QString const copy(text.constData(), text.size());
+            sum += microseconds([&] {
+                auto const message = pool->take(copy);
+                SlobsMessagePool::Handling const handling(message);
+                QString activeId;
+                SlobsAgent::fromSceneList(*message->object(), m_scenes, activeId);
+            });
+        }
+        return sum;
+    }
+
+private:
+    std::vector<std::shared_ptr<SlobsMessagePool>> m_pools;
+    QList<Scene> m_scenes;
+};
+
+BenchRow publishOneChange()
+{
+    ChangingList list;
+    list.publishAfterOneChange();
+    qsizetype members = 0;
+    constexpr int rounds = 301;
+    return compare(
+        {.what = u"publish one changed item of 2,000"_s,
+            .floorIs = u"encode the whole list anew"_s,
+            .limit = 0.2},
+        rounds, [&] { members += list.publishAfterOneChange().size(); },
+        [&] { members += list.encodeAnew().size(); });
+}
+
+BenchRow publishToAgents()
+{
+    constexpr std::size_t many = 32;
+    constexpr int rounds = 101;
+    constexpr double half = 0.5;
+    std::vector<double> oneTimes;
+    std::vector<double> manyTimes;
+    ChangingList list;
+    auto const measure = [&list](std::size_t count, std::vector<double>& times) {
+        Agents agents(count);
+        QJsonObject payload;
+        double const publishing = microseconds([&] { payload = list.publishAfterOneChange(); });
+        times.push_back(publishing + agents.handle(QString::fromUtf8(
+                                         QJsonDocument(payload).toJson(QJsonDocument::Compact))));
+    };
+    for (int round = 0; round < rounds; ++round) {
+        measure(1, oneTimes);
+        measure(many, manyTimes);
+    }
+    return {.what = u"publish one changed item of 2,000 and decode it in 32 agents, transport excluded"_s,
+        .floorIs = u"the same with 1 agent"_s,
+        .ours = quantile(std::move(manyTimes), half),
+        .floor = quantile(std::move(oneTimes), half),
+        .limit = 1.5};
+}
+
+} // namespace
+
+Benchmarks benchRelay()
+{
+    return {{u"publish"_s, publishOneChange}, {u"agents"_s, publishToAgents}};
+}
