@@ -62,9 +62,10 @@ public:
     {
         return eventReceived(event, reply);
     }
-    //! The key face, 150 x 108 px. Never null for the actions of this package.
+    //! The key face, 150 x 108 px. For the actions of this package never null until the host deletes it.
     virtual QWidget* pluginWidget() = 0;
-    //! The settings panel for the host's property inspector. Never null for the actions of this package.
+    //! The settings panel for the host's property inspector. For the actions of this package never null until
+    //! the host deletes it.
     virtual QWidget* propertyWidget() = 0;
     virtual QString actionTitle() const = 0;
     virtual QString actionIconFilePath() const = 0;

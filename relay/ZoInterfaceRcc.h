@@ -31,7 +31,8 @@ public:
     //! One handler per command: a second registration replaces the first.
     virtual void addCommandHandler(QString const& command, CommandHandler handler) = 0;
     //! Drops the handler of \a command and destroys it before returning, for its code lives in the package,
-    //! which may be unloaded next. An unknown command does nothing.
+    //! which may be unloaded next; a handler that drops itself is destroyed when it returns. An unknown
+    //! command does nothing.
     virtual void removeCommandHandler(QString const& command) = 0;
     //! Sends \a payload, unchanged and as one text message, to every relay client that has subscribed to
     //! \a subject, such as "remote.subject.streamlabs.response".

@@ -3,8 +3,8 @@
 #include <QString>
 
 //! The relay's vocabulary. Every relay message is one JSON object in one WebSocket text frame, serialised
-//! compactly,
-//! {"task": command name, …arguments at top level}. The texts are the protocol, capital letters included.
+//! compactly, {"task": command name, …arguments at top level}. The texts are the protocol, capital letters
+//! included.
 //!
 //! The strings are built on the heap and not literals: whatever the package hands to the host may outlive the
 //! library's static data.

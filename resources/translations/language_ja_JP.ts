@@ -2,6 +2,160 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="ja_JP" sourcelanguage="en_US">
 <context>
+    <name>BaseKnobPropertyWidget</name>
+    <message>
+        <source>LAB_PLUGIN_TITLE</source>
+        <translation>タイトル</translation>
+    </message>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>設定を開く</translation>
+    </message>
+</context>
+<context>
+    <name>BasePropertyWidget</name>
+    <message>
+        <source>LAB_PLUGIN_TITLE</source>
+        <translation>タイトル</translation>
+    </message>
+</context>
+<context>
+    <name>BaseSlobsPropertyView</name>
+    <message>
+        <source>LAB_PLUGIN_LAUNCH_STLOBS</source>
+        <translation>Streamlabs Desktopを起動し、設定ボタンをクリックして連携してください。</translation>
+    </message>
+    <message>
+        <source>LAB_INVALID_SELECTION</source>
+        <translation>選択したシーンまたはソースはもう存在しません。リストから選択し直してください。</translation>
+    </message>
+</context>
+<context>
+    <name>DialogIconBuilder</name>
+    <message>
+        <source>LAB_FILTER_IMAGE_SELECT</source>
+        <translation>画像を選択</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_FIT</source>
+        <translation>合わせる</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_FILL</source>
+        <translation>いっぱいに表示</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_STRETCH</source>
+        <translation>引き伸ばす</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_TILE</source>
+        <translation>並べて表示</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_CENTER</source>
+        <translation>中央に表示</translation>
+    </message>
+    <message>
+        <source>LAB_CANCEL</source>
+        <translation>キャンセル</translation>
+    </message>
+    <message>
+        <source>LAB_OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>LAB_FILTER_IMAGE_FILES</source>
+        <translation>画像ファイル </translation>
+    </message>
+</context>
+<context>
+    <name>DialogIconEditMenu</name>
+    <message>
+        <source>LAB_ICON_EDIT_LOCAL</source>
+        <translation>コンピューターから選択</translation>
+    </message>
+    <message>
+        <source>LAB_ICON_EDIT_ICONBUILDER</source>
+        <translation>アイコンビルダー</translation>
+    </message>
+</context>
+<context>
+    <name>IconStateWidget</name>
+    <message>
+        <source>LAB_TEXT_EDIT</source>
+        <translation>文字スタイル</translation>
+    </message>
+    <message>
+        <source>LAB_IMG_PX</source>
+        <translation>画像を選択（推奨サイズ：150 × 108 px）</translation>
+    </message>
+    <message>
+        <source>LAB_FILTER_IMAGE_SELECT</source>
+        <translation>画像を選択</translation>
+    </message>
+    <message>
+        <source>LAB_FILTER_IMAGE_FILES</source>
+        <translation>画像ファイル </translation>
+    </message>
+</context>
+<context>
+    <name>SlobsAudioPropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>設定を開く</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SOURCE</source>
+        <translation>ソース</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_SLOBS_COLLECTION_SWITCH</source>
+        <translation>リストは現在のシーンコレクションに応じて切り替わります</translation>
+    </message>
+</context>
+<context>
+    <name>SlobsOutputPropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>設定を開く</translation>
+    </message>
+</context>
+<context>
+    <name>SlobsScenePropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>設定を開く</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SCENE</source>
+        <translation>シーン</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_RELOAD_DEVICES</source>
+        <translation>リストを再読み込み</translation>
+    </message>
+</context>
+<context>
+    <name>SlobsSourcePropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>設定を開く</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SCENE</source>
+        <translation>シーン</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SOURCE</source>
+        <translation>ソース</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_RELOAD_DEVICES</source>
+        <translation>リストを再読み込み</translation>
+    </message>
+</context>
+<context>
     <name>StreamlabsDll</name>
     <message>
         <source>LAB_SIDEBAR_GROUP_STLOBS</source>
@@ -9,7 +163,7 @@
     </message>
     <message>
         <source>LAB_SIDEBAR_STLOBS_MIXER_AUDIO</source>
-        <translation>音声ミュート</translation>
+        <translation>音声ミュート/解除</translation>
     </message>
     <message>
         <source>LAB_SIDEBAR_STLOBS_RECORD</source>
@@ -26,6 +180,53 @@
     <message>
         <source>LAB_SIDEBAR_STLOBS_STREAM</source>
         <translation>配信</translation>
+    </message>
+</context>
+<context>
+    <name>ZoDisplayViewTextSetting</name>
+    <message>
+        <source>LAB_TEXT_EDIT</source>
+        <translation>文字スタイル</translation>
+    </message>
+    <message>
+        <source>LAB_CANCEL</source>
+        <translation>キャンセル</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_FAMILY</source>
+        <translation>フォント</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_SIZE</source>
+        <translation>文字サイズ</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_BLOD</source>
+        <translation>太字</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_ITALIC</source>
+        <translation>斜体</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_UNDERLINE</source>
+        <translation>下線</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_LEFT</source>
+        <translation>左揃え</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_CENTER</source>
+        <translation>中央揃え</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_RIGHT</source>
+        <translation>右揃え</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_COLOR</source>
+        <translation>文字の色</translation>
     </message>
 </context>
 </TS>

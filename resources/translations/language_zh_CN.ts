@@ -2,6 +2,160 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_CN" sourcelanguage="en_US">
 <context>
+    <name>BaseKnobPropertyWidget</name>
+    <message>
+        <source>LAB_PLUGIN_TITLE</source>
+        <translation>标题</translation>
+    </message>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>打开设置</translation>
+    </message>
+</context>
+<context>
+    <name>BasePropertyWidget</name>
+    <message>
+        <source>LAB_PLUGIN_TITLE</source>
+        <translation>标题</translation>
+    </message>
+</context>
+<context>
+    <name>BaseSlobsPropertyView</name>
+    <message>
+        <source>LAB_PLUGIN_LAUNCH_STLOBS</source>
+        <translation>请启动 Streamlabs Desktop，然后点击设置按钮完成关联。</translation>
+    </message>
+    <message>
+        <source>LAB_INVALID_SELECTION</source>
+        <translation>所选场景或来源已不存在，请从列表中重新选择。</translation>
+    </message>
+</context>
+<context>
+    <name>DialogIconBuilder</name>
+    <message>
+        <source>LAB_FILTER_IMAGE_SELECT</source>
+        <translation>选择图片</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_FIT</source>
+        <translation>适应</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_FILL</source>
+        <translation>填充</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_STRETCH</source>
+        <translation>拉伸</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_TILE</source>
+        <translation>平铺</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_CENTER</source>
+        <translation>居中</translation>
+    </message>
+    <message>
+        <source>LAB_CANCEL</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>LAB_OK</source>
+        <translation>确定</translation>
+    </message>
+    <message>
+        <source>LAB_FILTER_IMAGE_FILES</source>
+        <translation>图片文件 </translation>
+    </message>
+</context>
+<context>
+    <name>DialogIconEditMenu</name>
+    <message>
+        <source>LAB_ICON_EDIT_LOCAL</source>
+        <translation>从电脑选择</translation>
+    </message>
+    <message>
+        <source>LAB_ICON_EDIT_ICONBUILDER</source>
+        <translation>图标制作工具</translation>
+    </message>
+</context>
+<context>
+    <name>IconStateWidget</name>
+    <message>
+        <source>LAB_TEXT_EDIT</source>
+        <translation>文字样式</translation>
+    </message>
+    <message>
+        <source>LAB_IMG_PX</source>
+        <translation>选择图片（建议尺寸：150 × 108 像素）</translation>
+    </message>
+    <message>
+        <source>LAB_FILTER_IMAGE_SELECT</source>
+        <translation>选择图片</translation>
+    </message>
+    <message>
+        <source>LAB_FILTER_IMAGE_FILES</source>
+        <translation>图片文件 </translation>
+    </message>
+</context>
+<context>
+    <name>SlobsAudioPropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>打开设置</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SOURCE</source>
+        <translation>来源</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_SLOBS_COLLECTION_SWITCH</source>
+        <translation>列表随当前场景集合更新</translation>
+    </message>
+</context>
+<context>
+    <name>SlobsOutputPropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>打开设置</translation>
+    </message>
+</context>
+<context>
+    <name>SlobsScenePropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>打开设置</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SCENE</source>
+        <translation>场景</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_RELOAD_DEVICES</source>
+        <translation>刷新列表</translation>
+    </message>
+</context>
+<context>
+    <name>SlobsSourcePropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>打开设置</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SCENE</source>
+        <translation>场景</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SOURCE</source>
+        <translation>来源</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_RELOAD_DEVICES</source>
+        <translation>刷新列表</translation>
+    </message>
+</context>
+<context>
     <name>StreamlabsDll</name>
     <message>
         <source>LAB_SIDEBAR_GROUP_STLOBS</source>
@@ -9,7 +163,7 @@
     </message>
     <message>
         <source>LAB_SIDEBAR_STLOBS_MIXER_AUDIO</source>
-        <translation>音频静音</translation>
+        <translation>音频静音/取消静音</translation>
     </message>
     <message>
         <source>LAB_SIDEBAR_STLOBS_RECORD</source>
@@ -26,6 +180,53 @@
     <message>
         <source>LAB_SIDEBAR_STLOBS_STREAM</source>
         <translation>直播</translation>
+    </message>
+</context>
+<context>
+    <name>ZoDisplayViewTextSetting</name>
+    <message>
+        <source>LAB_TEXT_EDIT</source>
+        <translation>文字样式</translation>
+    </message>
+    <message>
+        <source>LAB_CANCEL</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_FAMILY</source>
+        <translation>字体</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_SIZE</source>
+        <translation>字号</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_BLOD</source>
+        <translation>粗体</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_ITALIC</source>
+        <translation>斜体</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_UNDERLINE</source>
+        <translation>下划线</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_LEFT</source>
+        <translation>左对齐</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_CENTER</source>
+        <translation>居中对齐</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_RIGHT</source>
+        <translation>右对齐</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_COLOR</source>
+        <translation>文字颜色</translation>
     </message>
 </context>
 </TS>

@@ -2,6 +2,160 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="zh_TW" sourcelanguage="en_US">
 <context>
+    <name>BaseKnobPropertyWidget</name>
+    <message>
+        <source>LAB_PLUGIN_TITLE</source>
+        <translation>標題</translation>
+    </message>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>開啟設定</translation>
+    </message>
+</context>
+<context>
+    <name>BasePropertyWidget</name>
+    <message>
+        <source>LAB_PLUGIN_TITLE</source>
+        <translation>標題</translation>
+    </message>
+</context>
+<context>
+    <name>BaseSlobsPropertyView</name>
+    <message>
+        <source>LAB_PLUGIN_LAUNCH_STLOBS</source>
+        <translation>請啟動 Streamlabs Desktop，再按一下設定按鈕完成連結。</translation>
+    </message>
+    <message>
+        <source>LAB_INVALID_SELECTION</source>
+        <translation>所選的場景或來源已不存在，請從清單中重新選擇。</translation>
+    </message>
+</context>
+<context>
+    <name>DialogIconBuilder</name>
+    <message>
+        <source>LAB_FILTER_IMAGE_SELECT</source>
+        <translation>選擇圖片</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_FIT</source>
+        <translation>調整大小</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_FILL</source>
+        <translation>填滿</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_STRETCH</source>
+        <translation>延展</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_TILE</source>
+        <translation>並排</translation>
+    </message>
+    <message>
+        <source>LAB_SET_BG_PIC_CENTER</source>
+        <translation>置中</translation>
+    </message>
+    <message>
+        <source>LAB_CANCEL</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>LAB_OK</source>
+        <translation>確定</translation>
+    </message>
+    <message>
+        <source>LAB_FILTER_IMAGE_FILES</source>
+        <translation>圖片檔案 </translation>
+    </message>
+</context>
+<context>
+    <name>DialogIconEditMenu</name>
+    <message>
+        <source>LAB_ICON_EDIT_LOCAL</source>
+        <translation>從電腦選擇</translation>
+    </message>
+    <message>
+        <source>LAB_ICON_EDIT_ICONBUILDER</source>
+        <translation>圖示製作工具</translation>
+    </message>
+</context>
+<context>
+    <name>IconStateWidget</name>
+    <message>
+        <source>LAB_TEXT_EDIT</source>
+        <translation>文字樣式</translation>
+    </message>
+    <message>
+        <source>LAB_IMG_PX</source>
+        <translation>選擇圖片（建議尺寸：150 × 108 像素）</translation>
+    </message>
+    <message>
+        <source>LAB_FILTER_IMAGE_SELECT</source>
+        <translation>選擇圖片</translation>
+    </message>
+    <message>
+        <source>LAB_FILTER_IMAGE_FILES</source>
+        <translation>圖片檔案 </translation>
+    </message>
+</context>
+<context>
+    <name>SlobsAudioPropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>開啟設定</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SOURCE</source>
+        <translation>來源</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_SLOBS_COLLECTION_SWITCH</source>
+        <translation>清單會隨目前的場景集合更新</translation>
+    </message>
+</context>
+<context>
+    <name>SlobsOutputPropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>開啟設定</translation>
+    </message>
+</context>
+<context>
+    <name>SlobsScenePropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>開啟設定</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SCENE</source>
+        <translation>場景</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_RELOAD_DEVICES</source>
+        <translation>重新載入清單</translation>
+    </message>
+</context>
+<context>
+    <name>SlobsSourcePropertyView</name>
+    <message>
+        <source>LAB_MIC_GOSETTING</source>
+        <translation>開啟設定</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SCENE</source>
+        <translation>場景</translation>
+    </message>
+    <message>
+        <source>LAB_PLUGIN_SOURCE</source>
+        <translation>來源</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_RELOAD_DEVICES</source>
+        <translation>重新載入清單</translation>
+    </message>
+</context>
+<context>
     <name>StreamlabsDll</name>
     <message>
         <source>LAB_SIDEBAR_GROUP_STLOBS</source>
@@ -9,7 +163,7 @@
     </message>
     <message>
         <source>LAB_SIDEBAR_STLOBS_MIXER_AUDIO</source>
-        <translation>音訊靜音</translation>
+        <translation>音訊靜音/取消靜音</translation>
     </message>
     <message>
         <source>LAB_SIDEBAR_STLOBS_RECORD</source>
@@ -26,6 +180,53 @@
     <message>
         <source>LAB_SIDEBAR_STLOBS_STREAM</source>
         <translation>直播</translation>
+    </message>
+</context>
+<context>
+    <name>ZoDisplayViewTextSetting</name>
+    <message>
+        <source>LAB_TEXT_EDIT</source>
+        <translation>文字樣式</translation>
+    </message>
+    <message>
+        <source>LAB_CANCEL</source>
+        <translation>取消</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_FAMILY</source>
+        <translation>字型</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_SIZE</source>
+        <translation>字級</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_BLOD</source>
+        <translation>粗體</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_ITALIC</source>
+        <translation>斜體</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_UNDERLINE</source>
+        <translation>底線</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_LEFT</source>
+        <translation>靠左對齊</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_CENTER</source>
+        <translation>置中對齊</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_RIGHT</source>
+        <translation>靠右對齊</translation>
+    </message>
+    <message>
+        <source>LAB_TIP_TEXT_EDIT_COLOR</source>
+        <translation>文字顏色</translation>
     </message>
 </context>
 </TS>

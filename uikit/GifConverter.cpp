@@ -1,0 +1,318 @@
+#include "uikit/GifConverter.h"
+
+#include "uikit/GifColors.h"
+#include "uikit/GifFile.h"
+
+#include <QColor>
+#include <QDebug>
+#include <QFile>
+#include <QImage>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <exception>
+#include <list>
+#include <Magick++.h>
+#include <mutex>
+
+namespace {
+
+qint64 area(QSize const& size)
+{
+    return qint64{size.width()} * size.height();
+}
+
+//! Once, by whoever comes first. ImageMagick bears it that the host uses it as well and has done so before.
+void prepareMagick()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { Magick::InitializeMagick(nullptr); });
+}
+
+QImage toImage(Magick::Image picture)
+{
+    QImage image(
+        static_cast<int>(picture.columns()), static_cast<int>(picture.rows()), QImage::Format_RGBA8888);
+    picture.write(0, 0, picture.columns(), picture.rows(), "RGBA", Magick::CharPixel, image.bits());
+    return image;
+}
+
+bool isOpaque(QImage const& image)
+{
+    auto const* begin = image.constBits();
+    auto const* end = begin + image.sizeInBytes();
+    for (auto const* alpha = begin + 3; alpha < end; alpha += 4) {
+        if (*alpha != 0xFF) {
+            return false;
+        }
+    }
+    return true;
+}
+
+//! By way of a file: the constructor that takes pixels ends the whole process when a limit is exceeded.
+Magick::Image toMagick(QImage const& image)
+{
+    Magick::Image picture;
+    picture.size(
+        Magick::Geometry(static_cast<std::size_t>(image.width()), static_cast<std::size_t>(image.height())));
+    picture.depth(8);
+    picture.magick("RGBA");
+    picture.read(Magick::Blob(image.constBits(), static_cast<std::size_t>(image.sizeInBytes())));
+    return picture;
+}
+
+//! The frame's own picture, whatever its place on the canvas.
+QImage decoded(GifFile::Frame frame)
+{
+    frame.area.moveTo(0, 0);
+    QByteArray const file = GifFile::head(frame.area.size()) + GifFile::frame(frame) + GifFile::kEnd;
+    std::list<Magick::Image> pictures;
+    Magick::readImages(&pictures, Magick::Blob(file.constData(), static_cast<std::size_t>(file.size())));
+    return toImage(pictures.front());
+}
+
+//! The animation as it is shown: each frame drawn over what its predecessors left.
+class Canvas
+{
+public:
+    explicit Canvas(QSize const& size) : image(size, QImage::Format_RGBA8888) { image.fill(Qt::transparent); }
+
+    QImage const& draw(GifFile::Frame const& frame)
+    {
+        dispose();
+        last = frame.area & image.rect();
+        disposal = frame.disposal;
+        if (disposal == GifFile::Disposal::Previous) {
+            kept = image.copy(last);
+        }
+        if (!last.isEmpty()) {
+            drawOver(decoded(frame), frame.area.topLeft());
+        }
+        return image;
+    }
+
+private:
+    static QRgb* line(QImage& target, int y) { return reinterpret_cast<QRgb*>(target.scanLine(y)); }
+
+    void dispose()
+    {
+        for (int y = 0; y < last.height(); ++y) {
+            auto* to = line(image, last.y() + y) + last.x();
+            if (disposal == GifFile::Disposal::Background) {
+                std::fill_n(to, last.width(), QRgb{0});
+            } else if (disposal == GifFile::Disposal::Previous) {
+                std::copy_n(line(kept, y), last.width(), to);
+            }
+        }
+    }
+
+    void drawOver(QImage const& picture, QPoint corner)
+    {
+        for (int y = last.top(); y <= last.bottom(); ++y) {
+            auto const* from = picture.constScanLine(y - corner.y()) + 4 * qsizetype{last.x() - corner.x()};
+            auto* to = image.scanLine(y) + 4 * qsizetype{last.x()};
+            for (auto const* end = to + 4 * qsizetype{last.width()}; to != end; to += 4, from += 4) {
+                if (from[3] != 0) {
+                    std::copy_n(from, 4, to);
+                }
+            }
+        }
+    }
+
+    QImage image;
+    QImage kept;
+    QRect last;
+    GifFile::Disposal disposal = GifFile::Disposal::Keep;
+};
+
+//! GIF knows no half-transparent pixels: each becomes opaque or wholly transparent, and those all alike.
+QImage resized(QImage const& shown, QSize const& size)
+{
+    auto picture = toMagick(shown);
+    // What a picture without alpha would get. This one has alpha and would get the softer filter, which is
+    // there for the edges of holes.
+    if (isOpaque(shown)) {
+        picture.filterType(Magick::LanczosFilter);
+    }
+    picture.resize(
+        Magick::Geometry(static_cast<std::size_t>(size.width()), static_cast<std::size_t>(size.height())));
+    auto image = toImage(picture);
+    image.convertTo(QImage::Format_ARGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x) {
+            line[x] = qAlpha(line[x]) < 128 ? 0 : line[x] | 0xFF000000U;
+        }
+    }
+    return image;
+}
+
+//! A GIF file of one frame. Left to itself ImageMagick would choose the colours, which can take it half a
+//! second, so it is given a picture that has them already.
+QByteArray encoded(GifColors::Picture const& picture, QSize const& size)
+{
+    auto const columns = static_cast<std::size_t>(size.width());
+    auto const rows = static_cast<std::size_t>(size.height());
+    Magick::Image image(Magick::Geometry(columns, rows), Magick::Color("black"));
+    image.magick("GIF");
+    image.quantizeDither(false);
+    image.colorMapSize(static_cast<std::size_t>(picture.colors.size()));
+    for (qsizetype i = 0; i < picture.colors.size(); ++i) {
+        QColor const color(picture.colors[i]);
+        image.colorMap(
+            static_cast<std::size_t>(i), Magick::ColorRGB(color.redF(), color.greenF(), color.blueF()));
+    }
+    auto* pixels = image.setPixels(0, 0, columns, rows);
+#if MagickLibVersion >= 0x700
+    for (auto const index : picture.indexes) {
+        MagickCore::SetPixelIndex(image.constImage(), static_cast<uchar>(index), pixels);
+        pixels += MagickCore::GetPixelChannels(image.constImage());
+    }
+#else
+    Q_UNUSED(pixels)
+    auto* indexes = image.getIndexes();
+    for (auto const index : picture.indexes) {
+        *indexes++ = static_cast<uchar>(index);
+    }
+#endif
+    image.syncPixels();
+    std::list<Magick::Image> frames{image};
+    Magick::Blob file;
+    Magick::writeImages(frames.begin(), frames.end(), &file, true);
+    return {static_cast<char const*>(file.data()), static_cast<qsizetype>(file.length())};
+}
+
+//! Writes the frames of a file, always one behind, since what comes next decides what becomes of a frame.
+class Writer
+{
+public:
+    Writer(QIODevice& target, std::optional<quint16> loopCount) : device(target), loops(loopCount) {}
+
+    void add(QImage const& shown, quint16 delay)
+    {
+        bool const isFirst = previous.isNull();
+        if (isFirst) {
+            device.write(GifFile::head(shown.size(), loops));
+        } else {
+            flush(opensHole(shown) ? GifFile::Disposal::Background : GifFile::Disposal::Keep);
+        }
+
+        bool const isWhole = isFirst || pending.disposal == GifFile::Disposal::Background;
+        bytes = encoded(colors.reduce(isWhole ? shown : changes(shown)), shown.size());
+        // ImageMagick has just written it, in one piece.
+        pending = GifFile::read(bytes).value().frames.front();
+        pending.delay = delay;
+        pending.transparent = 0;
+        previous = shown;
+    }
+    void end()
+    {
+        flush(GifFile::Disposal::Keep);
+        device.putChar(GifFile::kEnd);
+    }
+
+private:
+    void flush(GifFile::Disposal disposal)
+    {
+        pending.disposal = disposal;
+        device.write(GifFile::frame(pending));
+    }
+
+    template <typename Visit>
+    void forEachPixel(QImage const& shown, Visit visit) const
+    {
+        for (int y = 0; y < shown.height(); ++y) {
+            auto const* before = reinterpret_cast<QRgb const*>(previous.constScanLine(y));
+            auto const* now = reinterpret_cast<QRgb const*>(shown.constScanLine(y));
+            for (int x = 0; x < shown.width(); ++x) {
+                visit(x, y, before[x], now[x]);
+            }
+        }
+    }
+    //! A pixel that was there and is no more cannot be drawn: the canvas has to be cleared before.
+    bool opensHole(QImage const& shown) const
+    {
+        bool opens = false;
+        forEachPixel(shown, [&](int, int, QRgb before, QRgb now) { opens |= now == 0 && before != 0; });
+        return opens;
+    }
+    //! Keeping what has not changed makes files smaller and, as every frame has its own colours, keeps
+    //! pictures at rest from flickering.
+    QImage changes(QImage const& shown) const
+    {
+        QImage changed = shown;
+        forEachPixel(shown, [&](int x, int y, QRgb before, QRgb now) {
+            if (before == now) {
+                reinterpret_cast<QRgb*>(changed.scanLine(y))[x] = 0;
+            }
+        });
+        return changed;
+    }
+
+    QIODevice& device;
+    std::optional<quint16> loops;
+    GifColors colors;
+    QImage previous;
+    QByteArray bytes;
+    GifFile::Frame pending; // points into bytes
+};
+
+bool isWithinLimits(GifFile const& file)
+{
+    auto const isTooLarge = [](GifFile::Frame const& frame) {
+        return area(frame.area.size()) > GifConverter::kMaxPixels;
+    };
+    return area(file.canvas) <= GifConverter::kMaxPixels && file.frames.size() <= GifConverter::kMaxFrames &&
+           area(file.canvas) * file.frames.size() <= GifConverter::kMaxTotalPixels &&
+           std::none_of(file.frames.cbegin(), file.frames.cend(), isTooLarge);
+}
+
+bool refuse(QString const& file, char const* reason)
+{
+    qWarning() << "[GifConverter][convert]" << file << reason;
+    return false;
+}
+
+} // namespace
+
+bool GifConverter::convert(
+    QString const& source, QString const& destination, QSize const& size, Step const& step)
+{
+    QFile input(source);
+    if (!input.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    QByteArray const bytes = input.read(kMaxFileBytes + 1);
+    input.close();
+    auto const file = bytes.size() > kMaxFileBytes ? std::nullopt : GifFile::read(bytes);
+    if (!file || file->frames.isEmpty() || file->canvas.isEmpty()) {
+        return refuse(source, "is not a complete GIF file");
+    }
+    if (!isWithinLimits(*file)) {
+        return refuse(source, "is too large");
+    }
+    if (qMin(size.width(), size.height()) < 0 || size.isNull() || area(size) > kMaxPixels) {
+        return refuse(destination, "cannot have this size");
+    }
+
+    QSaveFile output(destination);
+    if (!output.open(QIODevice::WriteOnly)) {
+        return refuse(destination, "cannot be written");
+    }
+    try {
+        prepareMagick();
+        Canvas canvas(file->canvas);
+        Writer writer(output, file->loops);
+        for (qsizetype done = 0; done < file->frames.size(); ++done) {
+            if (step && !step(done, file->frames.size())) {
+                return false;
+            }
+            auto const& frame = file->frames[done];
+            writer.add(resized(canvas.draw(frame), size), frame.delay);
+        }
+        writer.end();
+    } catch (std::exception const& failure) {
+        return refuse(source, failure.what());
+    }
+    return output.commit() || refuse(destination, "cannot be written");
+}

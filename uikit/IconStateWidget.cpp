@@ -1,0 +1,234 @@
+#include "uikit/IconStateWidget.h"
+
+#include "ui_IconStateWidget.h"
+#include "uikit/AnimatedIcon.h"
+#include "uikit/IconBuilder.h"
+#include "uikit/IconTransform.h"
+#include "uikit/PageButtons.h"
+#include "uikit/ZoDisplayViewAttribute.h"
+#include "uikit/ZoDisplayViewLabelHandler.h"
+
+#include <QButtonGroup>
+#include <QDebug>
+#include <QEvent>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QPixmap>
+#include <QPointer>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Bottom line of the title in the preview, px.
+constexpr int kTitleBottom = 144;
+
+enum IconSource { LocalFile = 0, OnlineBuilder = 1 };
+
+} // namespace
+
+IconStateWidget::IconStateWidget(QWidget* parent)
+    : QWidget(parent), ui(std::make_unique<Ui::IconStateWidget>()), pages(new QButtonGroup(this))
+{
+    ui->setupUi(this);
+    animation = new AnimatedIcon(ui->lblIcon);
+    setAttribute(Qt::WA_StyledBackground);
+    pages->setExclusive(true);
+    connect(ui->btnSelect, &QPushButton::clicked, this, &IconStateWidget::onSelectIconFile);
+}
+
+IconStateWidget::~IconStateWidget() = default;
+
+void IconStateWidget::setIconChangeable(bool changeable)
+{
+    ui->btnSelect->setVisible(changeable);
+}
+
+void IconStateWidget::hideButtons()
+{
+    for (QAbstractButton* button : pages->buttons()) {
+        button->hide();
+    }
+}
+
+void IconStateWidget::hideImageText()
+{
+    ui->lblImageText->hide();
+}
+
+void IconStateWidget::showImageText()
+{
+    ui->lblImageText->show();
+}
+
+void IconStateWidget::hideTextEditButton()
+{
+    ui->btnTextEdit->hide();
+}
+
+void IconStateWidget::showTextEditButton()
+{
+    ui->btnTextEdit->show();
+}
+
+void IconStateWidget::setIconGeometry(QRect const& geometry)
+{
+    if (geometry == ui->lblIcon->geometry()) {
+        return;
+    }
+    ui->lblIcon->setGeometry(geometry);
+    if (!shownPath.isEmpty()) {
+        updateCurrentIcon(shownPath);
+    }
+}
+
+void IconStateWidget::setCurrentTitle(QString const& title)
+{
+    if (title != ui->lblImageText->text()) {
+        ui->lblImageText->setText(title);
+        ZoDisplayViewLabelHandler::fitText(ui->lblImageText);
+    }
+}
+
+void IconStateWidget::updateCurrentIcon(QString const& path)
+{
+    if (!QFile::exists(path)) {
+        qDebug() << "[IconStateWidget][updateCurrentIcon][fileExists]" << false;
+        return;
+    }
+    bool shown = false;
+    if (QFileInfo(path).suffix().toLower().contains("gif"_L1)) {
+        QSize const picture = AnimatedIcon::canvasSize(path);
+        shown = animation->play(path, AnimatedIcon::fitted(picture, ui->lblIcon->size()));
+    } else {
+        shown = showPicture(path);
+    }
+    if (shown) {
+        shownPath = path;
+    }
+}
+
+bool IconStateWidget::showPicture(QString const& path)
+{
+    double const ratio = ui->lblIcon->devicePixelRatioF();
+    QPixmap pixmap;
+    if (AnimatedIcon::canvasSize(path, IconPicture::kMaxPixels).isValid()) {
+        QImageReader reader(path);
+        reader.setAutoTransform(true); // as the key face does
+        reader.setScaledSize((QSizeF(ui->lblIcon->size()) * ratio).toSize());
+        pixmap = QPixmap::fromImageReader(&reader);
+    }
+    if (pixmap.isNull()) {
+        qWarning() << "[IconStateWidget][updateCurrentIcon] Not a readable picture" << path;
+        return false;
+    }
+    animation->stop();
+    pixmap.setDevicePixelRatio(ratio);
+    ui->lblIcon->setPixmap(pixmap);
+    ui->lblIcon->setScaledContents(true);
+    return true;
+}
+
+void IconStateWidget::clickButton(int id)
+{
+    if (QAbstractButton* const button = pages->button(id)) {
+        button->click();
+    }
+}
+
+void IconStateWidget::generateButtonsByStateNames(QList<QString> const& names, bool fromLeft)
+{
+    disconnect(pages, &QButtonGroup::idClicked, nullptr, nullptr);
+    PageButtons::retire(pages);
+    PageButtons::append(ui->widgetIcon, pages, names, fromLeft);
+    // Made later than the rest of the window, they would be its last stops.
+    QWidget* previous = ui->btnSelect;
+    for (QAbstractButton* button : pages->buttons()) {
+        setTabOrder(previous, button);
+        previous = button;
+    }
+    clickButton(0);
+    // Only now: making the buttons is no choice of the user.
+    connect(pages, &QButtonGroup::idClicked, this, &IconStateWidget::iconIndexChanged);
+}
+
+void IconStateWidget::setButtonTooltip(int id, QString const& tooltip)
+{
+    if (QAbstractButton* const button = pages->button(id)) {
+        button->setToolTip(tooltip);
+        button->setAccessibleName(tooltip);
+    }
+}
+
+int IconStateWidget::totalButtonNum() const
+{
+    return static_cast<int>(pages->buttons().size());
+}
+
+void IconStateWidget::adjustView(ZoDisplayViewAttribute const& attribute)
+{
+    ZoDisplayViewLabelHandler::modifyPropertyWidgetLabel(ui->lblImageText, kTitleBottom, attribute);
+}
+
+void IconStateWidget::initPushButtonMenu(std::function<void(QPushButton*)> const& initialise)
+{
+    if (initialise) {
+        initialise(ui->btnTextEdit);
+    }
+}
+
+void IconStateWidget::onSelectIconFile()
+{
+    // The host may delete the panel while one of the dialogs is open.
+    QPointer<IconStateWidget> const self(this);
+    int const source = IconBuilder::showIconEditMenu(ui->btnSelect->mapFromGlobal(QPoint(0, 0)));
+    if (!self) {
+        return;
+    }
+    if (source == OnlineBuilder) {
+        emit buildIcon();
+        return;
+    }
+    if (source != LocalFile) {
+        return;
+    }
+    QString const file = askForFile();
+    if (!self || file.isEmpty()) {
+        return;
+    }
+    emit iconFolderChanged(QFileInfo(file).absolutePath());
+    QString const path = IconBuilder::getOpenFileName(file);
+    qDebug() << "[IconStateWidget][onSelectIconFile][imagePath]" << path;
+    if (!self || !QFile::exists(path)) {
+        return;
+    }
+    updateCurrentIcon(path);
+    emit iconPathChanged(std::max(0, pages->checkedId()), path);
+}
+
+QString IconStateWidget::askForFile()
+{
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    emit iconFolderChanging(folder);
+    // Not on the stack: when the panel is deleted meanwhile, the dialog goes with it.
+    QPointer<QFileDialog> const dialog(new QFileDialog(this, tr("LAB_FILTER_IMAGE_SELECT"), folder,
+        tr("LAB_FILTER_IMAGE_FILES") + "(*.jpg *.png *.gif)"_L1));
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    bool const accepted = dialog->exec() == QDialog::Accepted;
+    QString file = dialog && accepted ? dialog->selectedFiles().value(0) : QString();
+    delete dialog;
+    return file;
+}
+
+void IconStateWidget::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::LanguageChange) {
+        ui->retranslateUi(this);
+    }
+}

@@ -1,0 +1,195 @@
+#include "uikit/ZoBaseHotkeyWidget.h"
+
+#include "ui_ZoBaseHotkeyWidget.h"
+#include "uikit/AnimatedIcon.h"
+#include "uikit/MekMixerHelper.h"
+#include "uikit/ZoDisplayViewAttribute.h"
+#include "uikit/ZoDisplayViewLabelHandler.h"
+
+#include <QFileInfo>
+#include <QIcon>
+#include <QPixmapCache>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Of the title, px.
+constexpr int kTitleBottom = 108;
+
+bool isGif(QString const& path)
+{
+    return QFileInfo(path).suffix().compare("gif"_L1, Qt::CaseInsensitive) == 0;
+}
+
+// A style sheet would load the picture once for every key, shown or not.
+void showMask(QLabel* mask, QString const& path)
+{
+    qreal const ratio = mask->devicePixelRatioF();
+    if (mask->pixmap().isNull() || mask->pixmap().devicePixelRatio() != ratio) {
+        QString const key = u"ZoBaseHotkeyWidget %1 %2"_s.arg(ratio).arg(path);
+        QPixmap picture;
+        if (!QPixmapCache::find(key, &picture)) {
+            picture = QIcon(path).pixmap(mask->size(), ratio);
+            QPixmapCache::insert(key, picture);
+        }
+        mask->setAlignment(Qt::AlignCenter);
+        mask->setPixmap(picture);
+    }
+    mask->show();
+}
+
+} // namespace
+
+ZoBaseHotkeyWidget::ZoBaseHotkeyWidget(QWidget* parent)
+    : QWidget(parent), ui(std::make_unique<Ui::ZoBaseHotkeyWidget>())
+{
+    ui->setupUi(this);
+    setAttribute(Qt::WA_StyledBackground);
+    animation = new AnimatedIcon(ui->lblIcon);
+    ui->lblMaskClick->hide();
+    ui->lblMaskInvalid->hide();
+    ui->lblMaskInactive->hide();
+}
+
+ZoBaseHotkeyWidget::~ZoBaseHotkeyWidget() = default;
+
+void ZoBaseHotkeyWidget::setIconPixmap(QPixmap const& pixmap)
+{
+    covered.reset();
+    shown = {};
+    showPixmap(pixmap, true);
+}
+
+void ZoBaseHotkeyWidget::setIconAsset(QString const& path)
+{
+    QFileInfo const file(path);
+    qreal const ratio = devicePixelRatioF();
+    Asset const asset{path, file.lastModified(), file.size(), ratio};
+    if (!path.isEmpty() && asset == shown) {
+        uncover();
+        return;
+    }
+    if (!isGif(path)) {
+        // Keys switch between the same few pictures all the time.
+        QString const key = u"ZoBaseHotkeyWidget %1 %2 %3 %4"_s.arg(asset.modified.toMSecsSinceEpoch())
+                                .arg(asset.bytes)
+                                .arg(ratio)
+                                .arg(path);
+        QPixmap icon;
+        if (!QPixmapCache::find(key, &icon)) {
+            icon = MekMixerHelper::readIcon(path, ui->lblIcon->size(), ratio);
+            if (!icon.isNull()) {
+                QPixmapCache::insert(key, icon);
+            }
+        }
+        showPixmap(icon, true);
+    } else if (!play(path)) {
+        showPixmap({}, true); // an empty face is honest, the picture of another state is not
+    }
+    covered.reset();
+    shown = asset;
+    // A host may have framed the label.
+    QString const look = u"border:0px;background-color:#00000000;"_s;
+    if (ui->lblIcon->styleSheet() != look) {
+        ui->lblIcon->setStyleSheet(look);
+    }
+}
+
+void ZoBaseHotkeyWidget::setIconTitle(QString const& title)
+{
+    if (title != ui->lblTitle->text()) {
+        ui->lblTitle->setText(title);
+        ZoDisplayViewLabelHandler::fitText(ui->lblTitle);
+    }
+}
+
+void ZoBaseHotkeyWidget::setDownImage(QPixmap const& pixmap)
+{
+    if (!covered) {
+        bool const isPlaying = animation->isPlaying();
+        animation->stop();
+        covered = std::make_unique<Covered>(
+            Covered{ui->lblIcon->pixmap(), ui->lblIcon->hasScaledContents(), isPlaying});
+    }
+    showPixmap(pixmap, false);
+}
+
+void ZoBaseHotkeyWidget::keyDown()
+{
+    showMask(ui->lblMaskClick, u":/images/mainpage_btn_click.png"_s);
+}
+
+void ZoBaseHotkeyWidget::keyUp()
+{
+    ui->lblMaskClick->hide();
+    uncover();
+}
+
+void ZoBaseHotkeyWidget::uncover()
+{
+    if (auto const icon = std::move(covered)) {
+        // Also for an animation: its file may have gone meanwhile.
+        showPixmap(icon->pixmap, icon->isScaled);
+        if (icon->isPlaying) {
+            play(shown.path);
+        }
+    }
+}
+
+void ZoBaseHotkeyWidget::showInvalid()
+{
+    showMask(ui->lblMaskInvalid, u":/images/mainpage_btn_invalid.svg"_s);
+}
+
+void ZoBaseHotkeyWidget::hideInvalid()
+{
+    ui->lblMaskInvalid->hide();
+}
+
+void ZoBaseHotkeyWidget::showInactive()
+{
+    showMask(ui->lblMaskInactive, u":/images/mainpage_btn_disable.png"_s);
+}
+
+void ZoBaseHotkeyWidget::hideInactive()
+{
+    ui->lblMaskInactive->hide();
+}
+
+void ZoBaseHotkeyWidget::showText()
+{
+    ui->lblTitle->show();
+}
+
+void ZoBaseHotkeyWidget::hideText()
+{
+    ui->lblTitle->hide();
+}
+
+void ZoBaseHotkeyWidget::adjustView(ZoDisplayViewAttribute const& attribute)
+{
+    ZoDisplayViewLabelHandler::modifyIconWidgetLabel(ui->lblTitle, kTitleBottom, attribute);
+}
+
+QImage ZoBaseHotkeyWidget::processHotkeyIcon(QImage const& image, QSize const& size)
+{
+    return MekMixerHelper::getProcessPluginIcon(image, size);
+}
+
+bool ZoBaseHotkeyWidget::play(QString const& path)
+{
+    return animation->play(path, AnimatedIcon::fittedToKeyFace(AnimatedIcon::canvasSize(path)));
+}
+
+void ZoBaseHotkeyWidget::showPixmap(QPixmap const& pixmap, bool scaled)
+{
+    QLabel* const label = ui->lblIcon;
+    if (!label->movie() && label->hasScaledContents() == scaled &&
+        label->pixmap().cacheKey() == pixmap.cacheKey()) {
+        return;
+    }
+    animation->stop();
+    label->setScaledContents(scaled);
+    label->setPixmap(pixmap);
+}
