@@ -276,12 +276,22 @@ void SlobsAgent::fromAudioList(QJsonObject const& message, QList<AudioSource>& s
 
 // ---- Key LEDs
 
+bool SlobsAgent::isStreaming(QString const& streamingStatus)
+{
+    return streamingStatus == "live"_L1 || streamingStatus == "starting"_L1;
+}
+
+bool SlobsAgent::isRecording(QString const& recordingStatus)
+{
+    return recordingStatus == "recording"_L1;
+}
+
 QJsonObject SlobsAgent::setStreamingLed(QString const& streamingStatus)
 {
-    return toLed(u"STREAM"_s, streamingStatus == "live"_L1 || streamingStatus == "starting"_L1);
+    return toLed(u"STREAM"_s, isStreaming(streamingStatus));
 }
 
 QJsonObject SlobsAgent::setRecordingLed(QString const& recordingStatus)
 {
-    return toLed(u"RECORD"_s, recordingStatus == "recording"_L1);
+    return toLed(u"RECORD"_s, isRecording(recordingStatus));
 }

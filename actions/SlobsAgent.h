@@ -50,8 +50,7 @@ inline QString const kCcGetWidgetSettings = QString::fromLatin1("getWidgetSettin
 //!
 //! Every message is one JSON object in one WebSocket text frame with its name under "task". What the service
 //! publishes on "remote.subject.streamlabs.response" arrives as it was published, so handlers are registered
-//! under result names
-//! ("onQueryScenes"); the relay's own answers arrive under the relay command's name.
+//! under result names ("onQueryScenes"); the relay's own answers arrive under the relay command's name.
 //!
 //! Agents do not reconnect: after `disconnected` the agent is idle until `connectRcc` is called again. What
 //! is sent while not connected is lost. GUI thread only.
@@ -130,9 +129,14 @@ public:
     static void fromCollectionList(QJsonObject const& message, QList<CollectionSchema>& collections);
     static void fromAudioList(QJsonObject const& message, QList<AudioSource>& sources);
 
+    //! What counts as on, for key faces and LEDs alike: a stream that is "starting" or "live", a recording
+    //! only once it runs.
+    static bool isStreaming(QString const& streamingStatus);
+    static bool isRecording(QString const& recordingStatus);
+
     //! Key LED commands for the relay: {"task": "remote.command.update.function.key.led.App.Control",
     //! "sender": "", "appName": "SLOBS", "functionName": "STREAM" or "RECORD", "status": bool}. The stream's
-    //! LED is lit from "starting" on; the record's only once the status is "recording".
+    //! LED is lit while it is "starting" or "live", the record's only while it is "recording".
     static QJsonObject setStreamingLed(QString const& streamingStatus);
     static QJsonObject setRecordingLed(QString const& recordingStatus);
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstring>
+#include <type_traits>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -19,6 +21,14 @@ std::shared_ptr<SlobsMessage>& handled()
 {
     static std::shared_ptr<SlobsMessage> message;
     return message;
+}
+
+//! The C library compares with the widest registers that the processor has, which QString does not: each
+//! agent compares some hundred kilobytes.
+bool equal(QString const& a, QString const& b)
+{
+    return a.size() == b.size() &&
+           std::memcmp(a.constData(), b.constData(), sizeof(QChar) * static_cast<std::size_t>(a.size())) == 0;
 }
 
 template <typename Record>
@@ -47,7 +57,12 @@ template <typename Record>
 QList<Record> const& SlobsMessage::list()
 {
     if (!std::holds_alternative<QList<Record>>(records)) {
-        records = decodeList<Record>(content.value_or(QJsonObject()));
+        QJsonObject const object = content.value_or(QJsonObject());
+        if constexpr (std::is_same_v<Record, Scene>) {
+            records = SlobsMessagePool::shared()->decodeScenes(object.value("list"_L1).toArray());
+        } else {
+            records = decodeList<Record>(object);
+        }
     }
     return std::get<QList<Record>>(records);
 }
@@ -77,7 +92,8 @@ std::shared_ptr<SlobsMessage> SlobsMessagePool::take(QString const& text)
     auto const agents = self.use_count();
     std::erase_if(entries, [agents](Entry const& entry) { return entry.taken >= agents; });
 
-    auto entry = std::ranges::find(entries, text, &Entry::text);
+    auto entry =
+        std::ranges::find_if(entries, [&text](Entry const& known) { return equal(known.text, text); });
     if (entry == entries.end()) {
         if (entries.size() == keepCount) {
             entries.erase(entries.begin());
@@ -90,6 +106,23 @@ std::shared_ptr<SlobsMessage> SlobsMessagePool::take(QString const& text)
     }
     ++entry->taken;
     return entry->message;
+}
+
+QList<Scene> SlobsMessagePool::decodeScenes(QJsonArray const& list)
+{
+    QList<Scene> decoded;
+    decoded.reserve(list.size());
+    for (qsizetype i = 0; i < list.size(); ++i) {
+        QJsonObject const scene = list.at(i).toObject();
+        if (i < scenes.size() && sceneList.at(i).toObject() == scene) {
+            decoded.append(scenes.at(i));
+        } else {
+            fromJson(scene, decoded.emplaceBack());
+        }
+    }
+    sceneList = list;
+    scenes = decoded;
+    return decoded;
 }
 
 template <typename Record>

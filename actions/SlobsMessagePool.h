@@ -2,6 +2,7 @@
 
 #include "streamlabs/StreamlabsApi.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
 #include <QString>
@@ -67,6 +68,11 @@ public:
     };
 
 private:
+    friend class SlobsMessage;
+
+    //! Decodes \a list; a scene that was the same in the list before is taken from there.
+    QList<StreamlabsApiPrivate::Scene> decodeScenes(QJsonArray const& list);
+
     struct Entry
     {
         QString text;
@@ -78,5 +84,8 @@ private:
 
     std::weak_ptr<SlobsMessagePool> self;
     std::vector<Entry> entries;
+    //! What was decoded last.
+    QJsonArray sceneList;
+    QList<StreamlabsApiPrivate::Scene> scenes;
     QTimer expiry;
 };

@@ -34,6 +34,8 @@ bool DevHost::start(Options const& options)
         return false;
     }
 
+    m_console = std::make_unique<Console>(options.keepsKeys ? options.configDir : QString());
+
     ZoLumenProxy::getInstance().port = m_relay.port();
     m_client = std::make_unique<ZoMixerPluginDelegate>();
     connect(m_client.get(), &ZoMixerPluginDelegate::response, this, &DevHost::onClientMessage);
@@ -45,6 +47,7 @@ bool DevHost::stop()
 {
     m_plugin.stopService();
     m_client.reset();
+    m_console.reset();
     return m_plugin.unload();
 }
 
@@ -69,14 +72,14 @@ DevHost::Desktop DevHost::desktop() const
     return m_options.desktop.value_or(Desktop{m_standInPort, m_standIn.token()});
 }
 
-void DevHost::connectDesktop()
+void DevHost::connectDesktop(QString const& token)
 {
-    m_plugin.connectDesktop(desktop().token, desktop().port);
+    m_plugin.connectDesktop(token.isEmpty() ? desktop().token : token, desktop().port);
 }
 
-void DevHost::reconnectDesktop()
+void DevHost::reconnectDesktop(QString const& token)
 {
-    m_plugin.reconnectDesktop(desktop().token, desktop().port);
+    m_plugin.reconnectDesktop(token.isEmpty() ? desktop().token : token, desktop().port);
 }
 
 void DevHost::onClientMessage(QJsonObject const& message)
@@ -86,9 +89,11 @@ void DevHost::onClientMessage(QJsonObject const& message)
         m_client->subscribeSubject(ZoRemoteSubjects::kSubjectStreamlabsResponse);
     } else if (task == ZoRemoteCommands::kSubscribeSubject) {
         m_plugin.startService(m_relay, desktop().token, desktop().port);
+        m_console->setPackage(m_plugin.package()); // its keys ask the service at once
         emit ready();
     } else {
         emit publicationReceived(message);
+        m_console->checkFacesSoon();
     }
 }
 

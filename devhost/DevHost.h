@@ -1,5 +1,6 @@
 #pragma once
 
+#include "devhost/Console.h"
 #include "devhost/PluginHost.h"
 #include "devhost/RelayServer.h"
 #include "devhost/StreamlabsStandIn.h"
@@ -13,8 +14,8 @@
 
 class ZoMixerPluginDelegate;
 
-//! A whole console host without a console: the relay, the loaded package with its service, a relay client
-//! that listens to what the service publishes, and Streamlabs Desktop, pretended or real.
+//! A whole console host but for the window: the keys, the relay, the loaded package with its service, a relay
+//! client that listens to what the service publishes, and Streamlabs Desktop, pretended or real.
 //!
 //! After `start` the pieces come up in the order of a real host, and the service starts once the client
 //! hears. Destruction takes everything down in reverse.
@@ -34,8 +35,10 @@ public:
     {
         //! The package library; empty for the one that was built with this program.
         QString pluginFile;
-        //! Folder for package data, absolute.
+        //! Folder for package data and for the keys, absolute.
         QString configDir;
+        //! Whether the keys of the last time are placed again, and those of this time kept.
+        bool keepsKeys = true;
         //! Language code such as "en_US".
         QString language = QString::fromLatin1("en_US");
         //! Without a value the stand-in is used.
@@ -53,6 +56,8 @@ public:
 
     RelayServer& relay() { return m_relay; }
     PluginHost& plugin() { return m_plugin; }
+    //! Exists once started, and has its keys when `ready`.
+    Console& console() { return *m_console; }
     //! Not running when a real Streamlabs Desktop is used.
     StreamlabsStandIn& standIn() { return m_standIn; }
     bool usesStandIn() const { return !m_options.desktop; }
@@ -62,27 +67,30 @@ public:
     //! Sends the service a task through the relay, {"task": the relay's command, "event": \a name, …\a
     //! arguments}.
     void sendTask(QString const& name, QJsonObject arguments);
-    void connectDesktop();
-    void reconnectDesktop();
+    //! With the token of the Streamlabs Desktop in use, unless another one is given.
+    void connectDesktop(QString const& token = {});
+    void reconnectDesktop(QString const& token = {});
+    //! Where the Streamlabs Desktop that is used listens, with the token that it has now.
+    Desktop desktop() const;
 
     //! The library that was built with this program.
     static QString builtPluginFile();
 
 signals:
-    //! The client hears, and the service has been started.
+    //! The client hears, the service has been started, and the keys are there.
     void ready();
     //! Something was published on the package's subject and has arrived at the client.
     void publicationReceived(QJsonObject const& payload);
 
 private:
     void onClientMessage(QJsonObject const& message);
-    Desktop desktop() const;
 
     Options m_options;
     StreamlabsStandIn m_standIn;
     quint16 m_standInPort = 0;
     RelayServer m_relay;
     PluginHost m_plugin;
+    std::unique_ptr<Console> m_console;
     std::unique_ptr<ZoMixerPluginDelegate> m_client;
     QString m_errorString;
 };

@@ -124,6 +124,23 @@ void EventReport::watch(DevHost& host)
     });
 }
 
+void EventReport::watch(Console& console)
+{
+    connect(&console, &Console::faceChanged, this, [this, &console](int index) {
+        ConsoleKey const* const key = console.key(index);
+        if (!key) {
+            return;
+        }
+        auto const face = key->face();
+        if (m_format == Format::Json) {
+            print(u"key"_s, {{u"index"_s, index}, {u"title"_s, face.title}, {u"invalid"_s, face.invalid}});
+        } else {
+            tell(u"%1  \"%2\"%3"_s.arg(u"key %1"_s.arg(index), -24)
+                     .arg(face.title, face.invalid ? u", invalid"_s : QString()));
+        }
+    });
+}
+
 void EventReport::watch(ScriptRunner& runner)
 {
     connect(&runner, &ScriptRunner::stepStarted, this, &EventReport::onStep);
@@ -186,6 +203,15 @@ void EventReport::onMessage(QtMsgType type, QMessageLogContext const& context, Q
     } else if (m_verbose || category == QLatin1StringView(devHostLog().categoryName())) {
         std::fflush(stdout);
         std::fprintf(stderr, "      %s: %s\n", qPrintable(levelName(type)), qPrintable(text));
+    }
+}
+
+void EventReport::note(QString const& text)
+{
+    if (m_format == Format::Json) {
+        print(u"note"_s, {{u"text"_s, text}});
+    } else {
+        print(u"\n%1"_s.arg(text));
     }
 }
 

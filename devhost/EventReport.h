@@ -10,13 +10,15 @@
 
 #include <optional>
 
+class Console;
 class DevHost;
 
 //! Tells on standard output what happens in a development host: for people, or as one JSON object per line.
 //!
 //! JSON lines: {"event": "publication", "payload": {…}}, {"event": "led", "app", "function", "on": bool},
 //! {"event": "link", "connected": bool} (what the service says of Streamlabs Desktop, when it changes),
-//! {"event": "settings-page", "page": number}, {"event": "log", "level", "category", "text"},
+//! {"event": "key", "index", "title", "invalid": bool} (a face, when it changes), {"event": "settings-page",
+//! "page": number}, {"event": "log", "level", "category", "text"},
 //! {"event": "step", "line": number, "text"}, {"event": "held", "line": number, "ms": number},
 //! {"event": "finished", "exit": number, "held": number, "problem"}.
 //!
@@ -33,8 +35,11 @@ public:
     ~EventReport() override;
 
     void watch(DevHost& host);
+    void watch(Console& console);
     void watch(ScriptRunner& runner);
 
+    //! A line of the program itself for people; JSON has {"event": "note", "text"}.
+    void note(QString const& text);
     //! The last line of a run.
     void finish(int exitCode, int held, QString const& problem);
 

@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 PluginHost::PluginHost(QObject* parent) : QObject(parent)
 {
-    // Symbols of two packages must never meet.
+    // A library with a missing symbol is refused now, and does not fail in the middle of a call.
     m_library.setLoadHints(QLibrary::ResolveAllSymbolsHint);
 }
 
@@ -37,9 +37,7 @@ bool PluginHost::load(Parameters const& parameters)
     }
     if (int const version = sdk(); version != sdkVersion) {
         return fail(tr("%1 speaks version %2 of the package interface, this host speaks %3.")
-                        .arg(m_library.fileName())
-                        .arg(version)
-                        .arg(sdkVersion));
+                        .arg(m_library.fileName(), QString::number(version), QString::number(sdkVersion)));
     }
 
     m_package.reset(instance());

@@ -5,8 +5,10 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QMetaMethod>
 #include <QWebSocket>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -33,6 +35,9 @@ RelayServer::RelayServer(QObject* parent)
         }
     });
     connect(&m_upgrader, &QWebSocketServer::newConnection, this, &RelayServer::acceptClients);
+    m_turn.setSingleShot(true);
+    m_turn.setInterval(0);
+    m_turn.callOnTimeout(this, &RelayServer::sendNextWaiting);
 }
 
 RelayServer::~RelayServer()
@@ -87,16 +92,60 @@ void RelayServer::removeCommandHandler(QString const& command)
 void RelayServer::publish(QString const& subject, QJsonObject const& payload)
 {
     if (auto const subscribers = m_subscribers.value(subject); !subscribers.isEmpty()) {
-        QString const text = compactText(payload);
+        // Lists are published again and again as they are, when keys ask for them and while an item is
+        // dragged.
+        if (payload != m_lastPayload) {
+            m_lastPayload = payload;
+            m_lastText = compactText(payload);
+        }
         for (auto* client : subscribers) {
-            client->sendTextMessage(text);
+            deliver(client, payload.value("task"_L1).toString(), m_lastText);
         }
     }
     emit published(subject, payload);
 }
 
+// Some hundred kilobytes to each of many clients would hold up the thread that all of them share, so such
+// texts go to one client at a time, and what has not gone when the next of its kind comes never does.
+void RelayServer::deliver(QWebSocket* client, QString const& task, QString const& text)
+{
+    constexpr qsizetype large = 8192;
+    bool const isLarge = text.size() >= large;
+    auto const waits = std::ranges::find_if(
+        m_waiting, [client](Waiting const& waiting) { return waiting.client == client; });
+    if (!isLarge && waits == m_waiting.end()) {
+        sendText(client, text);
+        return;
+    }
+    auto const superseded = std::find_if(waits, m_waiting.end(),
+        [&](Waiting const& waiting) { return isLarge && waiting.client == client && waiting.task == task; });
+    if (superseded != m_waiting.end()) {
+        superseded->text = text; // in its place, or the last in the queue would never have their turn
+    } else {
+        m_waiting.push_back({client, task, text});
+    }
+    m_turn.start();
+}
+
+void RelayServer::sendNextWaiting()
+{
+    auto const next = std::ranges::find_if(
+        m_waiting, [](Waiting const& waiting) { return waiting.client->bytesToWrite() == 0; });
+    if (next == m_waiting.end()) {
+        return; // one that has taken all it was sent starts the next turn
+    }
+    sendText(next->client, next->text);
+    m_waiting.erase(next);
+    if (!m_waiting.empty()) {
+        m_turn.start();
+    }
+}
+
 void RelayServer::dispatchEvent(QJsonObject const& event)
 {
+    if (isSignalConnected(QMetaMethod::fromSignal(&RelayServer::messageReceived))) {
+        emit messageReceived(0, compactText(event));
+    }
     if (QString const problem = handle(nullptr, event); !problem.isEmpty()) {
         qCWarning(devHostLog) << "relay: event of the host ignored," << problem << event;
     }
@@ -109,13 +158,21 @@ void RelayServer::acceptClients()
     while (auto* client = m_upgrader.nextPendingConnection()) {
         client->setParent(this);
         m_clients.append(client);
+        m_numbers.insert(client, ++m_lastNumber);
         connect(client, &QWebSocket::textMessageReceived, this,
             [this, client](QString const& text) { receive(client, text); });
+        connect(client, &QWebSocket::bytesWritten, this, [this] {
+            if (!m_waiting.empty()) {
+                m_turn.start();
+            }
+        });
         connect(client, &QWebSocket::disconnected, this, [this, client] {
             m_clients.removeOne(client);
+            m_numbers.remove(client);
             for (auto& subscribers : m_subscribers) {
                 subscribers.removeOne(client);
             }
+            std::erase_if(m_waiting, [client](Waiting const& waiting) { return waiting.client == client; });
             client->deleteLater();
             emit clientCountChanged();
         });
@@ -128,6 +185,9 @@ void RelayServer::acceptClients()
 
 void RelayServer::receive(QWebSocket* client, QString const& text)
 {
+    if (isSignalConnected(QMetaMethod::fromSignal(&RelayServer::messageReceived))) {
+        emit messageReceived(m_numbers.value(client), text);
+    }
     QJsonParseError error;
     auto const document = QJsonDocument::fromJson(text.toUtf8(), &error);
     QJsonObject const command = document.object();
@@ -140,7 +200,7 @@ void RelayServer::receive(QWebSocket* client, QString const& text)
 
 QString RelayServer::handle(QWebSocket* client, QJsonObject const& command)
 {
-    auto const acknowledge = [client](QJsonObject message) {
+    auto const acknowledge = [this, client](QJsonObject message) {
         if (client) {
             message.insert("success"_L1, true);
             send(client, message);
@@ -200,12 +260,20 @@ void RelayServer::subscribe(QWebSocket* client, QStringList const& subjects)
 
 void RelayServer::sendToAll(QString const& text)
 {
-    for (auto* client : std::as_const(m_clients)) {
-        client->sendTextMessage(text);
+    for (auto* client : QList(m_clients)) {
+        sendText(client, text);
     }
 }
 
 void RelayServer::send(QWebSocket* client, QJsonObject const& message)
 {
-    client->sendTextMessage(compactText(message));
+    sendText(client, compactText(message));
+}
+
+void RelayServer::sendText(QWebSocket* client, QString const& text)
+{
+    client->sendTextMessage(text);
+    if (isSignalConnected(QMetaMethod::fromSignal(&RelayServer::messageSent))) {
+        emit messageSent(m_numbers.value(client), text);
+    }
 }

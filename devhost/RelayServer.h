@@ -9,7 +9,10 @@
 #include <QString>
 #include <QStringList>
 #include <QTcpServer>
+#include <QTimer>
 #include <QWebSocketServer>
+
+#include <vector>
 
 //! The host's relay: a WebSocket server (RFC 6455) on the loopback interface that carries commands and
 //! published payloads between action objects, services and the host.
@@ -22,6 +25,9 @@
 //!
 //! Acknowledgements repeat the command, {"task": command, "success": true, "subject" or "subjects"}. Anything
 //! else is logged and answered with {"task": what came, "error": why}.
+//!
+//! What is published goes to each client in the order in which it was published. Of large lists (8192
+//! characters or more) that come faster than the clients take them, a client is sent the newest.
 //!
 //! Everything runs on the thread of the object.
 class RelayServer : public QObject, public ZoInterfaceRcc
@@ -65,6 +71,13 @@ signals:
     void ledChanged(QString const& appName, QString const& functionName, bool on);
     //! An action asks for the host's settings at this page.
     void settingsPageRequested(int page);
+    //! \name Traffic
+    //! Every message for an inspector, which costs nothing while nobody is connected. Clients are numbered
+    //! from 1 in the order of their connections; 0 is a service in the host's process, which calls.
+    //!@{
+    void messageReceived(int client, QString const& text);
+    void messageSent(int client, QString const& text);
+    //!@}
 
 private:
     void acceptClients();
@@ -72,12 +85,29 @@ private:
     //! What is wrong with \a command, or nothing. \a client is null for the host's own commands.
     QString handle(QWebSocket* client, QJsonObject const& command);
     void subscribe(QWebSocket* client, QStringList const& subjects);
-    static void send(QWebSocket* client, QJsonObject const& message);
+    void deliver(QWebSocket* client, QString const& task, QString const& text);
+    void sendNextWaiting();
+
+    //! Something published that a client has not been sent yet.
+    struct Waiting
+    {
+        QWebSocket* client;
+        QString task;
+        QString text;
+    };
+    void send(QWebSocket* client, QJsonObject const& message);
+    void sendText(QWebSocket* client, QString const& text);
 
     QTcpServer m_tcpServer;
     QWebSocketServer m_upgrader;
     QList<QWebSocket*> m_clients;
+    QHash<QWebSocket*, int> m_numbers;
+    int m_lastNumber = 0;
     QHash<QString, QList<QWebSocket*>> m_subscribers;
     QHash<QString, CommandHandler> m_handlers;
+    std::vector<Waiting> m_waiting;
+    QTimer m_turn;
+    QJsonObject m_lastPayload;
+    QString m_lastText;
     bool m_acknowledgesAtOnce = true;
 };

@@ -1,6 +1,8 @@
 #include "devhost/ScriptParser.h"
 
+#include "devhost/ConsoleSheet.h"
 #include "devhost/DevHost.h"
+#include "devhost/PanelUser.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -117,16 +119,8 @@ public:
         return word;
     }
 
-    int milliseconds()
-    {
-        QString const word = this->word(u"MS"_s);
-        bool ok = false;
-        int const value = word.toInt(&ok);
-        if (!ok || value < 0) {
-            fail(u"\"%1\" is not a number of milliseconds"_s.arg(word));
-        }
-        return value;
-    }
+    int milliseconds() { return number(u"MS"_s, u"a number of milliseconds"_s); }
+    int key() { return number(u"N"_s, u"a key, counted from 0"_s); }
 
     int withinIfAny()
     {
@@ -152,6 +146,17 @@ public:
     }
 
 private:
+    int number(QString const& what, QString const& meaning)
+    {
+        QString const word = this->word(what);
+        bool ok = false;
+        int const value = word.toInt(&ok);
+        if (!ok || value < 0) {
+            fail(u"\"%1\" is not %2"_s.arg(word, meaning));
+        }
+        return value;
+    }
+
     QList<Token> m_tokens;
     QString m_error;
 };
@@ -267,13 +272,15 @@ void readTask(ScriptStep& step, Arguments& arguments)
 void readHost(ScriptStep& step, Arguments& arguments)
 {
     QString const what = arguments.word(u"connect|disconnect|reconnect"_s);
-    step.action = [what](DevHost& host) {
+    bool const connects = what != "disconnect"_L1;
+    QString const token = connects && !arguments.atEnd() ? arguments.word(u"TOKEN"_s) : QString();
+    step.action = [what, token](DevHost& host) {
         if (what == "connect"_L1) {
-            host.connectDesktop();
+            host.connectDesktop(token);
         } else if (what == "disconnect"_L1) {
             host.plugin().disconnectDesktop();
         } else {
-            host.reconnectDesktop();
+            host.reconnectDesktop(token);
         }
         return QString();
     };
@@ -298,15 +305,148 @@ void readExpectLed(ScriptStep& step, Arguments& arguments)
     step.expectation = expectation;
 }
 
+//! Does something with a key that must be taken.
+void onKey(ScriptStep& step, int index, std::function<QString(ConsoleKey&)> const& action)
+{
+    step.action = [index, action](DevHost& host) {
+        ConsoleKey* const key = host.console().key(index);
+        return key ? action(*key) : u"there is nothing on key %1"_s.arg(index);
+    };
+}
+
+void readPlace(ScriptStep& step, Arguments& arguments)
+{
+    QString const action = arguments.word(u"ACTION"_s);
+    step.action = [action, settings = arguments.objectIfAny()](DevHost& host) {
+        QString const id = host.console().actionIdOf(action == "audio"_L1 ? u"mute"_s : action);
+        return host.console().place(host.console().firstFreeIndex(), id, settings)
+                   ? QString()
+                   : u"the package has no action \"%1\""_s.arg(action);
+    };
+}
+
+void readExpectKey(ScriptStep& step, Arguments& arguments)
+{
+    ScriptStep::Expectation expectation;
+    expectation.kind = ScriptStep::Expectation::Kind::Key;
+    expectation.key = arguments.key();
+    expectation.members = arguments.objectIfAny();
+    expectation.withinMs = arguments.withinIfAny();
+    step.expectation = expectation;
+}
+
+void readExpectSettings(ScriptStep& step, Arguments& arguments)
+{
+    readExpectKey(step, arguments);
+    step.expectation->kind = ScriptStep::Expectation::Kind::Settings;
+}
+
+void readExpectPanel(ScriptStep& step, Arguments& arguments)
+{
+    ScriptStep::Expectation expectation;
+    expectation.kind = ScriptStep::Expectation::Kind::Panel;
+    expectation.key = arguments.key();
+    expectation.objectName = arguments.word(u"OBJECTNAME"_s);
+    expectation.members = arguments.objectIfAny();
+    expectation.withinMs = arguments.withinIfAny();
+    step.expectation = expectation;
+}
+
+//! A line about a widget in a key's panel.
+void readPanel(ScriptStep& step, Arguments& arguments, bool withText,
+    QString (*operate)(QWidget& panel, QString const& objectName, QString const& text))
+{
+    int const index = arguments.key();
+    QString const objectName = arguments.word(u"OBJECTNAME"_s);
+    QString const text = withText ? arguments.word(u"TEXT"_s) : QString();
+    onKey(step, index, [=](ConsoleKey& key) {
+        return key.panelWidget() ? operate(*key.panelWidget(), objectName, text) : u"the key has no panel"_s;
+    });
+}
+
+QString savePicture(QPixmap const& picture, QString const& file)
+{
+    return picture.save(file) ? QString() : u"%1 cannot be written"_s.arg(file);
+}
+
+//! A line that saves a picture of a key's widget.
+void readPicture(ScriptStep& step, Arguments& arguments, QWidget* (ConsoleKey::*widget)() const)
+{
+    int const index = arguments.key();
+    QString const file = arguments.word(u"FILE"_s);
+    onKey(step, index, [=](ConsoleKey& key) {
+        QWidget* const shown = (key.*widget)();
+        return shown ? savePicture(shown->grab(), file) : u"the key has none"_s;
+    });
+}
+
 std::span<Command const> commands()
 {
     static std::array const commands = std::to_array<Command>({
         {u"task"_s, u"NAME [JSON]"_s, u"send the service a task, such as toggleStreamingStatus"_s, readTask},
-        {u"host"_s, u"connect|disconnect|reconnect"_s, u"what the host's settings page does"_s, readHost},
+        {u"host"_s, u"connect|disconnect|reconnect [TOKEN]"_s,
+            u"what the host's settings page does, with the right token or this one"_s, readHost},
         {u"expect"_s, u"TASK [JSON] [within MS]"_s,
             u"wait for a publication with that \"task\" and these members, newer than the last one expected"_s,
             readExpect},
         {u"expect-led"_s, u"STREAM|RECORD on|off [within MS]"_s, u"wait for a key LED"_s, readExpectLed},
+        {u"place"_s, u"ACTION [JSON]"_s,
+            u"put an action (stream, record, scene, source, mute), with these settings, on the next free key"_s,
+            readPlace},
+        {u"press"_s, u"N"_s, u"press key N, counted from 0: down, triggered, up"_s,
+            [](ScriptStep& step, Arguments& arguments) {
+                onKey(step, arguments.key(), [](ConsoleKey& key) {
+                    key.press();
+                    return QString();
+                });
+            }},
+        {u"remove"_s, u"N"_s, u"take the action off key N"_s,
+            [](ScriptStep& step, Arguments& arguments) {
+                step.action = [index = arguments.key()](DevHost& host) {
+                    return host.console().remove(index) ? QString()
+                                                        : u"there is nothing on key %1"_s.arg(index);
+                };
+            }},
+        {u"settings"_s, u"N JSON"_s, u"initialise the action on key N anew with this settings document"_s,
+            [](ScriptStep& step, Arguments& arguments) {
+                int const index = arguments.key();
+                onKey(step, index, [settings = arguments.objectIfAny()](ConsoleKey& key) {
+                    key.setSettings(settings);
+                    return QString();
+                });
+            }},
+        {u"expect-key"_s, uR"(N {"title", "invalid", "icon"} [within MS])"_s,
+            u"wait for a key to show this; any of the three"_s, readExpectKey},
+        {u"expect-settings"_s, u"N JSON [within MS]"_s,
+            u"wait for a key's settings document to include this"_s, readExpectSettings},
+        {u"expect-panel"_s, uR"(N OBJECTNAME {"visible", "text", "entries", …} [within MS])"_s,
+            u"wait for a widget in the panel of key N to look like this"_s, readExpectPanel},
+        {u"choose"_s, u"N OBJECTNAME TEXT"_s, u"choose an entry of a list in the panel of key N"_s,
+            [](ScriptStep& step, Arguments& arguments) {
+                readPanel(step, arguments, true, PanelUser::choose);
+            }},
+        {u"click"_s, u"N OBJECTNAME"_s, u"click a button in the panel of key N"_s,
+            [](ScriptStep& step, Arguments& arguments) {
+                readPanel(step, arguments, false, PanelUser::click);
+            }},
+        {u"type"_s, u"N OBJECTNAME TEXT"_s, u"replace the text of a field in the panel of key N"_s,
+            [](ScriptStep& step, Arguments& arguments) {
+                readPanel(step, arguments, true, PanelUser::type);
+            }},
+        {u"snapshot"_s, u"N FILE"_s, u"save a picture of key N"_s,
+            [](ScriptStep& step, Arguments& arguments) {
+                readPicture(step, arguments, &ConsoleKey::faceWidget);
+            }},
+        {u"panel"_s, u"N FILE"_s, u"save a picture of the panel of key N"_s,
+            [](ScriptStep& step, Arguments& arguments) {
+                readPicture(step, arguments, &ConsoleKey::panelWidget);
+            }},
+        {u"sheet"_s, u"FILE"_s, u"save a picture of the whole console"_s,
+            [](ScriptStep& step, Arguments& arguments) {
+                step.action = [file = arguments.word(u"FILE"_s)](DevHost& host) {
+                    return savePicture(ConsoleSheet::paint(host.console()), file);
+                };
+            }},
         {u"desktop"_s, u"CONTROL …"_s, u"operate the stand-in, see below"_s, readDesktop},
         {u"wait"_s, u"MS"_s, u"let time pass"_s,
             [](ScriptStep& step, Arguments& arguments) { step.waitMs = arguments.milliseconds(); }},

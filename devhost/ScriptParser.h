@@ -15,13 +15,16 @@ struct ScriptStep
     //! A condition that must come true in time.
     struct Expectation
     {
-        enum class Kind { Publication, Led };
+        enum class Kind { Publication, Led, Key, Settings, Panel };
 
         Kind kind = Kind::Publication;
         //! The "task" of the publication, or the function of the LED ("STREAM", "RECORD").
         QString name;
-        //! Members that the publication must include.
+        //! Members that the publication, the key's face or its settings must include.
         QJsonObject members;
+        int key = 0;
+        //! The widget of the key's panel.
+        QString objectName;
         bool on = false;
         int withinMs = 0;
     };

@@ -2,6 +2,7 @@
 
 #include "devhost/DevHost.h"
 #include "devhost/JsonMatch.h"
+#include "devhost/PanelUser.h"
 
 #include <QJsonDocument>
 
@@ -11,6 +12,13 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+
+bool isOfKey(ScriptStep::Expectation const& expectation)
+{
+    using Kind = ScriptStep::Expectation::Kind;
+    return expectation.kind == Kind::Key || expectation.kind == Kind::Settings ||
+           expectation.kind == Kind::Panel;
+}
 
 QString excerpt(QJsonObject const& object)
 {
@@ -33,6 +41,9 @@ ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), m_
             proceed();
         }
     });
+    constexpr int lookingInterval = 5;
+    m_looking.setInterval(lookingInterval);
+    m_looking.callOnTimeout(this, &ScriptRunner::check);
     connect(&host, &DevHost::publicationReceived, this, [this](QJsonObject const& payload) {
         constexpr qsizetype mostKept = 200; // a scene list may be a megabyte
         if (m_publications.size() == mostKept) {
@@ -97,10 +108,14 @@ void ScriptRunner::run(Line const& line)
         }
     }
     if (step.quit) {
+        m_quit = true;
         finish(Outcome::Held);
     } else if (step.expectation || step.waitMs) {
         m_current = step;
         m_since.start();
+        if (step.expectation && isOfKey(*step.expectation)) {
+            m_looking.start();
+        }
         m_timer.start(step.expectation ? step.expectation->withinMs : *step.waitMs);
         settleIfMet();
     }
@@ -119,6 +134,7 @@ bool ScriptRunner::settleIfMet()
         return false;
     }
     m_timer.stop();
+    m_looking.stop();
     ScriptStep const step = *std::exchange(m_current, std::nullopt);
     ++m_held;
     emit expectationHeld(step, static_cast<int>(m_since.elapsed()));
@@ -130,6 +146,10 @@ bool ScriptRunner::isMet(ScriptStep::Expectation const& expectation)
     if (expectation.kind == ScriptStep::Expectation::Kind::Led) {
         auto const led = m_leds.constFind(expectation.name);
         return led != m_leds.constEnd() && *led == expectation.on;
+    }
+    if (isOfKey(expectation)) {
+        return m_host.console().key(expectation.key) &&
+               jsonIncludes(keyState(expectation), expectation.members);
     }
     auto const match = std::ranges::find_if(m_publications, [&expectation](QJsonObject const& payload) {
         return payload.value("task"_L1) == expectation.name && jsonIncludes(payload, expectation.members);
@@ -148,6 +168,10 @@ QString ScriptRunner::whatCame(ScriptStep::Expectation const& expectation) const
                    ? u"came: the LED is %1"_s.arg(m_leds.value(expectation.name) ? u"on"_s : u"off"_s)
                    : u"came: nothing for this LED"_s;
     }
+    if (isOfKey(expectation)) {
+        return m_host.console().key(expectation.key) ? u"it is: %1"_s.arg(excerpt(keyState(expectation)))
+                                                     : u"there is nothing on that key"_s;
+    }
     QStringList others;
     for (auto payload = m_publications.crbegin(); payload != m_publications.crend(); ++payload) {
         QString const task = payload->value("task"_L1).toString();
@@ -162,9 +186,24 @@ QString ScriptRunner::whatCame(ScriptStep::Expectation const& expectation) const
                             : u"came: nothing with this task, but %1"_s.arg(others.join(u", "_s));
 }
 
+QJsonObject ScriptRunner::keyState(ScriptStep::Expectation const& expectation) const
+{
+    ConsoleKey const& key = *m_host.console().key(expectation.key);
+    if (expectation.kind == ScriptStep::Expectation::Kind::Settings) {
+        return key.settings();
+    }
+    if (expectation.kind == ScriptStep::Expectation::Kind::Panel) {
+        return key.panelWidget() ? PanelUser::look(*key.panelWidget(), expectation.objectName)
+                                 : QJsonObject();
+    }
+    auto const face = key.face();
+    return {{u"title"_s, face.title}, {u"invalid"_s, face.invalid}, {u"icon"_s, face.icon}};
+}
+
 void ScriptRunner::finish(Outcome outcome, QString const& problem)
 {
     m_finished = true;
     m_timer.stop();
+    m_looking.stop();
     emit finished(outcome, problem);
 }

@@ -36,6 +36,8 @@ public:
     void start();
 
     int expectationsHeld() const { return m_held; }
+    //! Whether the script itself ended the run.
+    bool hasQuit() const { return m_quit; }
 
 signals:
     void stepStarted(ScriptStep const& step);
@@ -59,6 +61,7 @@ private:
     bool settleIfMet();
     bool isMet(ScriptStep::Expectation const& expectation);
     QString whatCame(ScriptStep::Expectation const& expectation) const;
+    QJsonObject keyState(ScriptStep::Expectation const& expectation) const;
     void finish(Outcome outcome, QString const& problem = {});
 
     DevHost& m_host;
@@ -66,10 +69,13 @@ private:
     bool m_started = false;
     bool m_complete = false;
     bool m_finished = false;
+    bool m_quit = false;
     //! The step that time or an event must end.
     std::optional<ScriptStep> m_current;
     QElapsedTimer m_since;
     QTimer m_timer;
+    //! A key's face tells of no change while nobody sees it, so it is looked at while a step waits for it.
+    QTimer m_looking;
     int m_held = 0;
     //! What came since the last publication that was expected, the newest 200 of it.
     QList<QJsonObject> m_publications;

@@ -416,6 +416,45 @@ QJsonArray StandInModel::audioSourcesOfScene(QString const& target) const
     return models;
 }
 
+QList<StandInModel::Entry> StandInModel::sceneEntries() const
+{
+    QList<Entry> entries;
+    if (Collection const* const collection = loaded()) {
+        for (Scene const& scene : collection->scenes)
+            entries.append({scene.id, scene.name, scene.id == collection->activeSceneId, false});
+    }
+    return entries;
+}
+
+QList<StandInModel::Entry> StandInModel::nodeEntries(QString const& target) const
+{
+    Collection const* const collection = loaded();
+    Scene const* const scene = collection ? find(collection->scenes, target) : nullptr;
+    QList<Entry> entries;
+    if (!scene)
+        return entries;
+    entries.reserve(scene->nodes.size());
+    for (QString const& nodeId : scene->nodes) {
+        Node const& node = *collection->nodes.constFind(nodeId);
+        QString const& name =
+            node.isFolder() ? node.folderName : collection->sources.constFind(node.sourceId)->name;
+        entries.append({node.id, name, node.visible, node.isFolder()});
+    }
+    return entries;
+}
+
+QList<StandInModel::Entry> StandInModel::audioEntries() const
+{
+    QList<Entry> entries;
+    if (Collection const* const collection = loaded()) {
+        for (QString const& id : collection->sourceIds) {
+            if (Source const& source = *collection->sources.constFind(id); source.audio)
+                entries.append({source.id, source.name, source.muted, false});
+        }
+    }
+    return entries;
+}
+
 QJsonArray StandInModel::collections() const
 {
     QJsonArray models;

@@ -4,6 +4,7 @@
 #include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QList>
 #include <QObject>
 #include <QPointF>
 #include <QString>
@@ -119,6 +120,22 @@ public:
     //! [{"id", "name", "scenes": [{"id", "name", "sceneItems": [{"sceneItemId", "sourceId"}, …]}, …],
     //! "sources": [{"id", "name", "type", "channel"}, …]}, …]
     QJsonArray collectionSchemas() const;
+
+    //! One row of a list in a window, without the weight of the API's models.
+    struct Entry
+    {
+        QString id;
+        QString name;
+        //! The scene is the active one, the item is visible, the audio source is muted.
+        bool on = false;
+        bool isFolder = false;
+
+        bool operator==(Entry const&) const = default;
+    };
+    QList<Entry> sceneEntries() const;
+    //! Items and folders of a scene in display order.
+    QList<Entry> nodeEntries(QString const& target) const;
+    QList<Entry> audioEntries() const;
     //!@}
 
     //! \name Stream and recording

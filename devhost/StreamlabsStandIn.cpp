@@ -222,12 +222,14 @@ bool StreamlabsStandIn::start(quint16 port)
     if (!m_transport.listen(port))
         return false;
     qInfo("StreamlabsStandIn: listening on 127.0.0.1:%d", m_transport.port());
+    emit runningChanged();
     return true;
 }
 
 void StreamlabsStandIn::stop()
 {
     m_transport.close();
+    emit runningChanged();
 }
 
 void StreamlabsStandIn::drop()

@@ -86,6 +86,8 @@ signals:
     void replySent(QJsonObject const& reply);
     //! The number of clients or of authorized ones has changed.
     void clientCountChanged();
+    //! It was started or stopped.
+    void runningChanged();
 
 private:
     struct Client

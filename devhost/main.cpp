@@ -1,16 +1,16 @@
 // lumen-devhost: runs the action package without the console and without Streamlabs Desktop.
 
-#include "devhost/DevHost.h"
-#include "devhost/EventReport.h"
+#include "devhost/CommandLine.h"
+#include "devhost/DarkTheme.h"
+#include "devhost/MainWindow.h"
 #include "devhost/ScriptRunner.h"
 #include "devhost/ScriptSource.h"
 
-#include <QCommandLineParser>
-#include <QCoreApplication>
-#include <QDir>
-#include <QStandardPaths>
+#include <QApplication>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 using namespace Qt::StringLiterals;
 
@@ -18,180 +18,144 @@ namespace {
 
 constexpr int exitUsage = 2;
 
-struct CommandLine
+// One run of the program, between its first line and its last.
+class Run : public QObject
 {
-    DevHost::Options host;
-    QString script = u":/devhost/demo.script"_s;
-    EventReport::Format format = EventReport::Format::Text;
-    bool verbose = false;
-    //! Size of the stand-in's model; without one it has its demo collection.
-    struct Size
-    {
-        int scenes = 0;
-        int items = 0;
-        int audio = 0;
-    };
-    std::optional<Size> size;
+public:
+    explicit Run(CommandLine const& commandLine);
+
+    //! The exit code.
+    int execute();
+
+private:
+    bool start();
+    void onScriptFinished(ScriptRunner::Outcome outcome, QString const& why);
+    void takePicture();
+    void fail(int code, QString const& why);
+
+    CommandLine m_commandLine;
+    EventReport m_report;
+    DevHost m_host;
+    ScriptRunner m_runner;
+    ScriptSource m_source;
+    std::unique_ptr<MainWindow> m_window;
+    bool m_scriptRuns = false;
+    int m_exitCode = 0;
+    QString m_problem;
 };
 
-QString scriptHelp()
+Run::Run(CommandLine const& commandLine)
+    : m_commandLine(commandLine), m_report(commandLine.format, commandLine.verbose), m_runner(m_host)
 {
-    return QCoreApplication::translate(
-               "main", "Lines of a script (# begins a comment; words with blanks stand in double quotes):") +
-           u"\n"_s + ScriptParser::help().join(u'\n') +
-           QCoreApplication::translate("main",
-               "\n\nExit code: 0, the script ran and every expectation held; 1, one did not; 2, a line or an "
-               "option "
-               "is wrong, or the library cannot be used.\n\n"
-               "Examples:\n"
-               "  lumen-devhost --headless\n"
-               "  echo 'expect onQueryScenes' | lumen-devhost --headless --script - --scenes 50 --items 40\n"
-               "  lumen-devhost --headless --desktop-port 59650 --desktop-token TOKEN --script my.script "
-               "--json\n");
+    if (auto const& size = commandLine.size) {
+        m_host.standIn().model().generate(size->scenes, size->items, size->audio);
+    }
+    m_report.watch(m_host); // before the runner, so that what comes is told before what it leads to
+    m_report.watch(m_runner);
+    connect(&m_runner, &ScriptRunner::finished, this, &Run::onScriptFinished);
+    connect(&m_source, &ScriptSource::lineRead, &m_runner, &ScriptRunner::addLine);
+    connect(&m_source, &ScriptSource::ended, &m_runner, &ScriptRunner::endOfScript);
 }
 
-//! Fills \a result, or answers with what is wrong.
-QString read(QCommandLineParser& parser, CommandLine& result)
+int Run::execute()
 {
-    QCommandLineOption const headless(u"headless"_s, u"Run without a window (there is none yet)."_s);
-    QCommandLineOption const plugin(
-        u"plugin"_s, u"Load this package library (default: the one built with this program)."_s, u"FILE"_s);
-    QCommandLineOption const script(u"script"_s,
-        u"Run these lines, - being standard input (default: a tour of all that the service does)."_s,
-        u"FILE"_s);
-    QCommandLineOption const desktopPort(u"desktop-port"_s,
-        u"Use the Streamlabs Desktop whose remote control listens on this port, not the stand-in."_s, u"N"_s);
-    QCommandLineOption const desktopToken(u"desktop-token"_s, u"Its API token."_s, u"T"_s);
-    QCommandLineOption const configDir(
-        u"config-dir"_s, u"Folder for package data (default: the user's)."_s, u"DIR"_s);
-    QCommandLineOption const language(
-        u"language"_s, u"Language of the package, such as de_DE (default: en_US)."_s, u"CODE"_s);
-    QCommandLineOption const scenes(u"scenes"_s, u"Give the stand-in this many scenes …"_s, u"N"_s);
-    QCommandLineOption const items(u"items"_s, u"… with this many items each …"_s, u"N"_s);
-    QCommandLineOption const audio(u"audio"_s, u"… and this many audio sources."_s, u"N"_s);
-    QCommandLineOption const json(u"json"_s, u"Print one JSON object per line instead of text."_s);
-    QCommandLineOption const verbose(u"verbose"_s, u"Print the package's log as well."_s);
-    QCommandLineOption const help({u"h"_s, u"help"_s}, u"Show this."_s);
-
-    parser.setApplicationDescription(u"Loads the LUMEN action package as the console's host does and drives "
-                                     u"Streamlabs Desktop, or a stand-in "
-                                     "for it, through it."_s);
-    parser.addOptions({headless, plugin, script, desktopPort, desktopToken, configDir, language, scenes,
-        items, audio, json, verbose, help});
-    if (!parser.parse(QCoreApplication::arguments())) {
-        return parser.errorText();
-    }
-    if (parser.isSet(help)) {
-        std::printf("%s\n%s", qPrintable(parser.helpText()), qPrintable(scriptHelp()));
-        std::exit(0);
-    }
-    if (!parser.positionalArguments().isEmpty()) {
-        return u"What is \"%1\"?"_s.arg(parser.positionalArguments().first());
-    }
-
-    QString problem;
-    auto const number = [&](QCommandLineOption const& option, int fallback, int least, int most) {
-        if (!parser.isSet(option)) {
-            return fallback;
+    if (start()) {
+        QCoreApplication::exec();
+        if (m_scriptRuns) {
+            fail(1, u"The window was closed before the script had ended."_s);
+        } else if (m_commandLine.script.isEmpty()) {
+            takePicture();
         }
-        bool ok = false;
-        int const value = parser.value(option).toInt(&ok);
-        if (!ok || value < least || value > most) {
-            problem =
-                u"--%1 takes a number from %2 to %3."_s.arg(option.names().constFirst()).arg(least).arg(most);
-        }
-        return value;
-    };
-
-    constexpr int mostPort = 65535;
-    constexpr int mostObjects = 100000;
-    if (parser.isSet(desktopPort) || parser.isSet(desktopToken)) {
-        result.host.desktop = {number(desktopPort, 0, 1, mostPort), parser.value(desktopToken)};
-        if (!parser.isSet(desktopPort) || result.host.desktop->token.isEmpty()) {
-            return u"--desktop-port and --desktop-token go together."_s;
+        if (!m_host.stop()) {
+            fail(1, u"The library stayed in memory when it was unloaded."_s);
         }
     }
-    if (parser.isSet(scenes) || parser.isSet(items) || parser.isSet(audio)) {
-        constexpr int fewScenes = 5;
-        constexpr int fewItems = 10;
-        constexpr int fewAudio = 4;
-        result.size = {number(scenes, fewScenes, 1, mostObjects), number(items, fewItems, 0, mostObjects),
-            number(audio, fewAudio, 0, mostObjects)};
-        if (result.host.desktop) {
-            return u"--scenes, --items and --audio are for the stand-in, and --desktop-port is without it."_s;
-        }
-    }
-    if (!problem.isEmpty()) {
-        return problem;
-    }
+    m_report.finish(m_exitCode, m_runner.expectationsHeld(), m_problem);
+    return m_exitCode;
+}
 
-    result.host.pluginFile = parser.value(plugin);
-    result.host.configDir = parser.isSet(configDir)
-                                ? QDir(parser.value(configDir)).absolutePath()
-                                : QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
-    if (!QDir().mkpath(result.host.configDir)) {
-        return u"The folder %1 cannot be made."_s.arg(result.host.configDir);
+bool Run::start()
+{
+    bool const scripted = !m_commandLine.script.isEmpty();
+    if (scripted && !m_source.read(m_commandLine.script)) {
+        fail(exitUsage, u"The script %1 cannot be read."_s.arg(m_commandLine.script));
+        return false;
     }
-    if (parser.isSet(language)) {
-        result.host.language = parser.value(language);
+    if (!m_host.start(m_commandLine.host)) {
+        fail(exitUsage, m_host.errorString());
+        return false;
     }
-    if (parser.isSet(script)) {
-        result.script = parser.value(script);
+    m_report.watch(m_host.console());
+    if (!m_commandLine.headless || !m_commandLine.picture.isEmpty()) {
+        auto const& host = m_commandLine.host;
+        m_window = std::make_unique<MainWindow>(
+            m_host, host.keepsKeys && !scripted ? host.configDir + u"/window.ini"_s : QString());
+        m_window->show();
     }
-    result.format = parser.isSet(json) ? EventReport::Format::Json : EventReport::Format::Text;
-    result.verbose = parser.isSet(verbose);
-    return {};
+    if (scripted) {
+        m_scriptRuns = true;
+        connect(&m_host, &DevHost::ready, &m_runner, &ScriptRunner::start);
+    }
+    return true;
+}
+
+void Run::onScriptFinished(ScriptRunner::Outcome outcome, QString const& why)
+{
+    m_scriptRuns = false;
+    if (outcome != ScriptRunner::Outcome::Held) {
+        fail(static_cast<int>(outcome), why);
+    }
+    takePicture();
+    if (m_commandLine.headless || m_runner.hasQuit()) {
+        QCoreApplication::quit();
+    } else {
+        m_window->tell(
+            why.isEmpty() ? u"The script has run: every expectation held."_s : why.section(u'\n', 0, 0));
+    }
+}
+
+void Run::takePicture()
+{
+    QString const& file = m_commandLine.picture;
+    if (file.isEmpty()) {
+        return;
+    }
+    if (m_window->savePicture(file)) {
+        m_report.note(u"The window's picture: %1"_s.arg(file));
+    } else {
+        fail(1, u"The picture %1 cannot be written."_s.arg(file));
+    }
+}
+
+// The first problem counts.
+void Run::fail(int code, QString const& why)
+{
+    if (m_exitCode == 0) {
+        m_exitCode = code;
+        m_problem = why;
+    }
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    QCoreApplication const app(argc, argv);
+    if (CommandLine::isHeadless(argc, argv)) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    // Qt has a --plugin of its own and would take ours away.
+    QStringList arguments;
+    std::transform(argv, argv + argc, std::back_inserter(arguments),
+        [](char const* word) { return QString::fromLocal8Bit(word); });
+    int programNameOnly = 1;
+    QApplication app(programNameOnly, argv);
     QCoreApplication::setApplicationName(u"lumen-devhost"_s);
 
-    QCommandLineParser parser;
     CommandLine commandLine;
-    if (QString const problem = read(parser, commandLine); !problem.isEmpty()) {
+    if (QString const problem = commandLine.read(arguments); !problem.isEmpty()) {
         std::fprintf(stderr, "%s\nlumen-devhost --help tells more.\n", qPrintable(problem));
         return exitUsage;
     }
-
-    EventReport report(commandLine.format, commandLine.verbose);
-    DevHost host;
-    if (auto const& size = commandLine.size) {
-        host.standIn().model().generate(size->scenes, size->items, size->audio);
-    }
-    report.watch(host); // before the runner, so that what comes is told before what it leads to
-    ScriptRunner runner(host);
-    report.watch(runner);
-    ScriptSource source;
-
-    int exitCode = 0;
-    QString problem;
-    QObject::connect(
-        &runner, &ScriptRunner::finished, &app, [&](ScriptRunner::Outcome outcome, QString const& why) {
-            exitCode = static_cast<int>(outcome);
-            problem = why;
-            QCoreApplication::quit();
-        });
-    QObject::connect(&host, &DevHost::ready, &runner, &ScriptRunner::start);
-    QObject::connect(&source, &ScriptSource::lineRead, &runner, &ScriptRunner::addLine);
-    QObject::connect(&source, &ScriptSource::ended, &runner, &ScriptRunner::endOfScript);
-
-    if (!source.read(commandLine.script)) {
-        problem = u"The script %1 cannot be read."_s.arg(commandLine.script);
-        exitCode = exitUsage;
-    } else if (!host.start(commandLine.host)) {
-        problem = host.errorString();
-        exitCode = exitUsage;
-    } else {
-        QCoreApplication::exec();
-        if (!host.stop()) {
-            problem = u"The library stayed in memory when it was unloaded."_s;
-            exitCode = std::max(exitCode, 1);
-        }
-    }
-    report.finish(exitCode, runner.expectationsHeld(), problem);
-    return exitCode;
+    DarkTheme::apply(app);
+    return Run(commandLine).execute();
 }

@@ -47,10 +47,10 @@ QString IBuiltInPackageLibrary::versionName()
 {
     auto const library = config.value("library"_L1);
     if (library.isObject()) {
-        return library.toObject().value("versionName"_L1).toString();
+        return library.toObject().value("versionName"_L1).toVariant().toString();
     }
     if (config.contains("versionName"_L1)) {
-        return config.value("versionName"_L1).toString();
+        return config.value("versionName"_L1).toVariant().toString();
     }
     return QString::fromLatin1("x.x.x");
 }

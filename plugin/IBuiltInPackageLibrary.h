@@ -15,8 +15,7 @@ class ZoInterfaceRcc;
 //! operations and of the fields is binary interface: nothing is reordered, inserted or removed.
 //!
 //! A package library exports two C functions:
-//! - `int sdk()`: the version of this interface, 4. A host refuses another version before it calls anything
-//! else.
+//! - `int sdk()`: the version of this interface, 4. A host refuses another version before it calls more.
 //! - `IBuiltInPackageLibrary* instance()`: a new object on every call, owned by the caller, to be deleted
 //! with
 //!   `delete` (the package and the host use the same C++ runtime and the same Qt).

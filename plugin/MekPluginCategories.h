@@ -12,7 +12,7 @@ inline QString const kStreamlabsStream = QString::fromLatin1("com.zentrix.slobs.
 inline QString const kStreamlabsRecord = QString::fromLatin1("com.zentrix.slobs.webapp.record");
 inline QString const kStreamlabsScene = QString::fromLatin1("com.zentrix.slobs.webapp.scene");
 inline QString const kStreamlabsSource = QString::fromLatin1("com.zentrix.slobs.webapp.source");
-//! Ends in "mute" and not in "audio": the id is older than the constant's name, and stored on users' keys.
+//! Ends in "mute" and not in "audio", as keys have it stored.
 inline QString const kStreamlabsAudio = QString::fromLatin1("com.zentrix.slobs.webapp.mute");
 
 } // namespace MekPluginCategories

@@ -1,10 +1,29 @@
 #include "plugin/StreamlabsDll.h"
 
+#include "actions/SlobsAudioWidget.h"
+#include "actions/SlobsRecordWidget.h"
+#include "actions/SlobsSceneWidget.h"
+#include "actions/SlobsSourceWidget.h"
+#include "actions/SlobsStreamWidget.h"
+#include "plugin/MekPluginCategories.h"
 #include "streamlabs/StreamlabsService.h"
 
 #include <QDebug>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
+using namespace MekPluginCategories;
+
+namespace {
+
+template <typename Action>
+ZOPlugin* make()
+{
+    return new Action;
+}
+
+} // namespace
 
 class StreamlabsDll::Impl
 {
@@ -56,6 +75,22 @@ QMap<QString, QString> StreamlabsDll::mapping()
 ZOPlugin* StreamlabsDll::makeWidget(QString const& actionId, int index)
 {
     qDebug() << "[dll] makeInstance()" << actionId << index;
+
+    using Maker = ZOPlugin* (*)();
+    static std::pair<QString, Maker> const makers[] = {
+        {kStreamlabsStream, make<SlobsStreamWidget>},
+        {kStreamlabsRecord, make<SlobsRecordWidget>},
+        {kStreamlabsScene, make<SlobsSceneWidget>},
+        {kStreamlabsSource, make<SlobsSourceWidget>},
+        {kStreamlabsAudio, make<SlobsAudioWidget>},
+    };
+    for (auto const& [id, maker] : makers) {
+        if (id == actionId) {
+            ZOPlugin* const action = maker();
+            action->actionId = actionId;
+            return action;
+        }
+    }
     return nullptr;
 }
 

@@ -16,12 +16,10 @@
 namespace SockJsCodec {
 
 //! The client frame for \a object: compact JSON, in which each apostrophe leaves as `\\\"` and each double
-//! quote as
-//! `\"`. Backslashes are not doubled.
+//! quote as `\"`. Backslashes are not doubled.
 QString encodeClientFrame(QJsonObject const& object);
 
-//! The inner text of a server frame that holds one message; nothing for any other frame (`o`, `h`, `c[…]`,
-//! …).
+//! The inner text of a server frame that holds one message; nothing for any other (`o`, `h`, `c[…]`, …).
 std::optional<QStringView> messageOf(QStringView frame);
 
 //! Takes the escapes off an inner text. The outcome is that of three passes: drop every `\n` (backslash, n),

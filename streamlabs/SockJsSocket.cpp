@@ -126,8 +126,9 @@ void SockJsSocket::onConnectTimeout()
 {
     socket->abort();
     // A URL that the socket refuses to try, such as one with port 70000, leaves nothing to abort and no
-    // signal.
-    if (attempt.isValid()) {
+    // signal. Otherwise there was one, and who heard it may have opened again: that attempt has its timer
+    // running.
+    if (attempt.isValid() && !connectTimer->isActive()) {
         onDisconnected();
     }
 }

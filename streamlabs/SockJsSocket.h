@@ -14,8 +14,8 @@ class QWebSocket;
 //! needs.
 //!
 //! It hands whole JSON objects up and knows nothing of JSON-RPC. It never reconnects; `open` may be called
-//! again at any time and gives up what was there before. Everything happens on the thread that owns the
-//! object.
+//! again at any time and gives up what was there before (for an address that cannot even be tried, such as
+//! port 70000, when the 10 s are over). Everything happens on the thread that owns the object.
 //!
 //! Failures: a socket error is logged, "QAbstractSocket::SocketError" and the error, and shows as
 //! `disconnected`. An attempt that has not connected within 10 000 ms is aborted. An attempt that fails

@@ -39,8 +39,8 @@ QString const rpcRegSceneSwitch = u"slobs.jsonrpc.register.scene.switch"_s;
 QString const rpcRegSceneItemAdd = u"slobs.jsonrpc.register.scene.item.add"_s;
 QString const rpcRegSceneItemRemove = u"slobs.jsonrpc.register.scene.item.remove"_s;
 QString const rpcRegSceneItemUpdate = u"slobs.jsonrpc.register.scene.item.update"_s;
-// The three collection names stand one off from their texts, and stay so: the texts appear in logs that
-// people compare between versions, and one handler serves all three.
+// The three collection names stand one off from their texts, and stay so: they are only told apart in the
+// log, and one handler serves all three.
 QString const rpcRegCollectionAdd = u"slobs.jsonrpc.register.collection.switch"_s;
 QString const rpcRegCollectionRemove = u"slobs.jsonrpc.register.collection.add"_s;
 QString const rpcRegCollectionSwitch = u"slobs.jsonrpc.register.collection.remove"_s;
@@ -122,6 +122,9 @@ StreamlabsService::~StreamlabsService()
 
 void StreamlabsService::init(ZoInterfaceRcc* relay)
 {
+    if (rcc != relay) {
+        deinit();
+    }
     d->initSocket();
     d->initStreamlabsHandlers();
     rcc = relay;
@@ -284,7 +287,7 @@ void StreamlabsService::Impl::initRccHandlers()
             }},
         {kSetSourceVisibility,
             [this, text](QJsonObject const& task) {
-                // Sent under the scene's request name, which logs of earlier versions show as well.
+                // Shares the scene's request name: neither answer has a handler of its own.
                 request(rpcSetActiveScene, StreamlabsApi::makeSetSourceVisibleObject(text(task, "sceneId"_L1),
                                                text(task, "sceneItemId"_L1), text(task, "sourceId"_L1),
                                                task.value("visible"_L1).toBool()));
@@ -416,7 +419,6 @@ void StreamlabsService::Impl::onAuthorization(QJsonObject const& message)
 // to find it.
 void StreamlabsService::Impl::onCollectionSchema(QJsonObject const& message)
 {
-    qDebug() << "[onGetCollectionSchema]";
     bool const isPromise = !message.contains("result"_L1);
     if (isPromise) {
         QString const resourceId = message.value("resourceId"_L1).toString();
@@ -428,6 +430,7 @@ void StreamlabsService::Impl::onCollectionSchema(QJsonObject const& message)
     }
     fromJson(message.value(isPromise ? "data"_L1 : "result"_L1).toArray(), collections);
     publishCollections();
+    qDebug() << "[onGetCollectionSchema]";
 }
 
 void StreamlabsService::Impl::onEventReceived(QJsonObject const& event)
@@ -478,6 +481,9 @@ void StreamlabsService::Impl::subscribe(QString const& name, QJsonObject const& 
 void StreamlabsService::Impl::subscribeEvent()
 {
     auto const data = [](QJsonObject const& event) { return event.value("data"_L1); };
+    // A promise of the last connection may have taken it along, and its event never came.
+    responseHandlers[rpcGetCollectionSchema] = [this](
+                                                   QJsonObject const& answer) { onCollectionSchema(answer); };
     Handler const refreshScene = [this, data](
                                      QJsonObject const& event) { refreshSceneData(data(event).toObject()); };
     Handler const reloadSources = [this](QJsonObject const&) {
@@ -572,7 +578,7 @@ void StreamlabsService::Impl::publishStatusesLost()
 {
     if (!streamingStatus.isEmpty()) {
         streamingStatus.clear();
-        // Twice on purpose, and the recording status once: hosts in the field count on the pair.
+        // Twice on purpose, and the recording status once: the pair is part of the protocol with the host.
         publishStreamingStatus();
         publishStreamingStatus();
     }

@@ -13,10 +13,9 @@
 //! It keeps the connection open (reconnecting at once after every loss, until `closeSlobs`), authenticates,
 //! subscribes to the events of streaming, recording, scenes, items, sources and collections, and keeps what
 //! it learns. Actions reach it over the host's relay: they send tasks as the relay command
-//! "remote.command.slobs.service.task",
-//! {"task": that command, "event": task name, …}, and it publishes on the relay subject
-//! "remote.subject.streamlabs.response" with the encoders of SlobsAgent. The key LEDs for stream and record
-//! follow through the relay's event dispatch.
+//! "remote.command.slobs.service.task", {"task": that command, "event": task name, …}, and it publishes on
+//! the relay subject "remote.subject.streamlabs.response" with the encoders of SlobsAgent. The key LEDs for
+//! stream and record follow through the relay's event dispatch.
 //!
 //! Order of calls: `init`, then `connectSlobs` and `closeSlobs` as often as wanted, `deinit`, deletion.
 //! Everything happens on the thread that owns the object.

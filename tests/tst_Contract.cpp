@@ -207,7 +207,7 @@ void tst_Contract::packageReadsItsVersion_data()
     QTest::newRow("library is a string")
         << QByteArray(R"({"library":"x","versionName":"1.2"})") << 0 << u"1.2"_s;
     QTest::newRow("name is a number")
-        << QByteArray(R"({"library":"x","versionName":1.2,"versionCode":"7"})") << 0 << QString();
+        << QByteArray(R"({"library":"x","versionName":1.2,"versionCode":"7"})") << 0 << u"1.2"_s;
     QTest::newRow("library is null") << QByteArray(R"({"library":null,"versionCode":5})") << 5 << u"x.x.x"_s;
 }
 

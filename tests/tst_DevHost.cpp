@@ -4,6 +4,7 @@
 #include "devhost/ScriptParser.h"
 #include "tests/TestJson.h"
 
+#include <QImage>
 #include <QJsonArray>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -111,6 +112,8 @@ struct Run
     int exitCode = -1;
     QString out;
     QString err;
+    //! The window, as a run without a script leaves it.
+    QImage picture;
 };
 
 // Runs the program on the lines of a script.
@@ -127,12 +130,13 @@ Run run(QStringList arguments, QByteArray const& script)
         arguments += {u"--script"_s, file};
     }
     QProcess program;
+    program.setWorkingDirectory(folder.path());
     program.start(QStringLiteral(LUMEN_TEST_DEVHOST),
         QStringList{u"--headless"_s, u"--config-dir"_s, folder.path()} + arguments);
     program.waitForFinished(30000);
     return {program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1,
-        QString::fromUtf8(program.readAllStandardOutput()),
-        QString::fromUtf8(program.readAllStandardError())};
+        QString::fromUtf8(program.readAllStandardOutput()), QString::fromUtf8(program.readAllStandardError()),
+        QImage(folder.filePath(u"lumen-console.png"_s))};
 }
 
 } // namespace
@@ -150,6 +154,10 @@ void tst_DevHost::runs_data()
     };
     row("help", {u"--help"_s}, {}, 0, "desktop rename-scene SCENE NAME");
     row("tour", {}, {}, 0, "Done:");
+    row("no place for a picture", {u"--picture"_s, u"/nowhere/a.png"_s}, "expect onQueryScenes", 1,
+        "The picture /nowhere/a.png cannot be written.");
+    row("picture", {u"--picture"_s, u"lumen-console.png"_s}, "expect onQueryScenes", 0,
+        "picture: lumen-console.png");
     row("empty script", {}, "\n# nothing\n", 0, "Done: 0 expectations");
     row("all holds", {}, "expect onQueryScenes {\"list\":[{}]}\nexpect-led STREAM off\nquit\nmake coffee", 0,
         "Done: 2 expectations held");
@@ -191,6 +199,7 @@ void tst_DevHost::runs()
     Run const result = run(arguments, script);
     QVERIFY2(result.exitCode == exitCode, qPrintable(result.out + result.err));
     QVERIFY2((result.out + result.err).contains(says), qPrintable(result.out + result.err));
+    QCOMPARE(!result.picture.isNull(), result.out.contains("The window's picture: "_L1));
 }
 
 void tst_DevHost::speaksJson()

@@ -72,7 +72,8 @@ void tst_Package::exportsTwoFunctions()
 {
 #ifdef Q_OS_LINUX
     QProcess nm;
-    nm.start(u"nm"_s, {u"--dynamic"_s, u"--defined-only"_s, u"--format=just-symbols"_s, libraryFile});
+    nm.start(u"nm"_s,
+        {u"--dynamic"_s, u"--defined-only"_s, u"--extern-only"_s, u"--format=just-symbols"_s, libraryFile});
     QVERIFY2(nm.waitForFinished() && nm.exitCode() == 0, "binutils are needed");
     QStringList symbols = QString::fromLatin1(nm.readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
     symbols.sort();
@@ -83,9 +84,12 @@ void tst_Package::exportsTwoFunctions()
     auto const instance = reinterpret_cast<IBuiltInPackageLibrary* (*)()>(library.resolve("instance"));
     QVERIFY(sdk && instance);
     QCOMPARE(sdk(), 4);
-    std::unique_ptr<IBuiltInPackageLibrary> const one(instance());
-    std::unique_ptr<IBuiltInPackageLibrary> const two(instance());
-    QVERIFY(one && two && one != two);
+    {
+        std::unique_ptr<IBuiltInPackageLibrary> const one(instance());
+        std::unique_ptr<IBuiltInPackageLibrary> const two(instance());
+        QVERIFY(one && two && one != two);
+    }
+    QVERIFY(library.unload());
 }
 
 // From loading to unloading, and again; what the package has handed out stays good.
@@ -143,21 +147,19 @@ void tst_Package::goesWhileItsServiceRuns()
 {
     StreamlabsStandIn desktop;
     QVERIFY(desktop.start());
-    PluginHost host;
-    QVERIFY2(host.load(parameters()), qPrintable(host.errorString()));
-    host.startService(relay, desktop.token(), desktop.port());
-    QTRY_COMPARE(desktop.authorizedCount(), 1);
     QLibrary library(libraryFile);
     auto const instance = reinterpret_cast<IBuiltInPackageLibrary* (*)()>(library.resolve("instance"));
-    std::unique_ptr<IBuiltInPackageLibrary> second(instance());
-    second->startService(&relay, json(R"({"token":"t","port":1})"));
-    second->startService(&relay, json(R"({"token":"t"})")); // the first one is stopped
+    QVERIFY(instance);
+    std::unique_ptr<IBuiltInPackageLibrary> package(instance());
+    package->startService(&relay, json(R"({"token":"t"})"));
     QVERIFY(log->take(u"critical: StreamlabsService::connectSlobs \"t\" 0"_s));
-    second.reset();
+    package->startService(&relay, {{u"token"_s, desktop.token()}, {u"port"_s, desktop.port()}});
+    QTRY_COMPARE(desktop.authorizedCount(), 1); // the first one was stopped
+    package.reset();
     QVERIFY(log->take(u"debug: StreamlabsDll::~StreamlabsDll()"_s));
     relay.dispatchEvent(json(R"({"task":"remote.command.slobs.service.task","event":"queryAuthState"})"));
     QVERIFY(log->take(u"\"unknown command\""_s));
-    QVERIFY(host.unload());
+    QVERIFY(library.unload());
     QVERIFY(!isInMemory(libraryFile));
     QTRY_COMPARE(desktop.clientCount(), 0);
     log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);

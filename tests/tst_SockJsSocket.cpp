@@ -249,12 +249,19 @@ void tst_SockJsSocket::givesUpAfterTenSeconds()
     server->setHandshake(SockJsServer::Handshake::NeverAnswer);
     QVERIFY(server->listen());
     QSignalSpy lost(socket.get(), &SockJsSocket::disconnected);
+    connect(socket.get(), &SockJsSocket::disconnected, this, [this] {
+        server->setHandshake(SockJsServer::Handshake::Answer);
+        socket->open(host, server->port());
+    });
     QElapsedTimer since;
     since.start();
     socket->open(host, port == 0 ? server->port() : port);
     QTRY_COMPARE_WITH_TIMEOUT(lost.size(), 1, 12000);
     QVERIFY2(since.elapsed() >= 10000, qPrintable(QString::number(since.elapsed())));
     log->take(u"critical: QAbstractSocket::SocketError"_s);
+    // The attempt that was begun at once has nothing to do with the end of this one.
+    QTRY_VERIFY(socket->isValid());
+    QVERIFY(!lost.wait(1300));
 }
 
 QTEST_GUILESS_MAIN(tst_SockJsSocket)

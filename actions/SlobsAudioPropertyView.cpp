@@ -1,0 +1,61 @@
+#include "actions/SlobsAudioPropertyView.h"
+
+#include "actions/SlobsAgent.h"
+#include "ui_SlobsAudioPropertyView.h"
+
+#include <QDebug>
+
+using namespace Qt::StringLiterals;
+using namespace SlobsSettingsKeys;
+using StreamlabsApiPrivate::AudioSource;
+
+SlobsAudioPropertyView::SlobsAudioPropertyView(QWidget* parent)
+    : BaseSlobsPropertyView(parent), ui(std::make_unique<Ui::SlobsAudioPropertyView>())
+{
+    ui->setupUi(this);
+    init(ui->base);
+    registerLoginPane(ui->btnGoAuth, ui->txtWarningMessage);
+    connect(ui->dropdownAudioList, &QComboBox::activated, this, &SlobsAudioPropertyView::onAudioSourceChosen);
+}
+
+SlobsAudioPropertyView::~SlobsAudioPropertyView() = default;
+
+void SlobsAudioPropertyView::onWidgetMessageReceived(QJsonObject const& message)
+{
+    QString const task = message.value("task"_L1).toString();
+    if (task == SlobsAgentPrivate::kQueryAudioListResult) {
+        QList<AudioSource> list;
+        SlobsAgent::fromAudioList(message, list);
+        sources = toChoices(list, &AudioSource::sourceId);
+        source.name = nameOf(sources, source.id, source.name);
+    } else if (task == SlobsAgentPrivate::kCcGetWidgetSettings) {
+        source =
+            SlobsTarget::fromJson(message.value("payload"_L1).toObject(), kAudioSourceId, kAudioSourceName);
+    } else {
+        return;
+    }
+    refreshAudioList();
+}
+
+void SlobsAudioPropertyView::refreshAudioList()
+{
+    bool const found = fillChoices(ui->dropdownAudioList, sources, {source.id, source.name});
+    if (!found) {
+        qDebug() << "FIXME: No audio source found in the list";
+    }
+    showInvalidSelection(!found);
+}
+
+void SlobsAudioPropertyView::onAudioSourceChosen()
+{
+    source = {ui->dropdownAudioList->currentData().toString(), ui->dropdownAudioList->currentText()};
+    QJsonObject payload;
+    source.writeTo(payload, kAudioSourceId, kAudioSourceName);
+    refreshAudioList();
+    emit sendToWidget({{u"task"_s, SlobsAgentPrivate::kCcSetWidgetSettings}, {u"payload"_s, payload}});
+}
+
+void SlobsAudioPropertyView::retranslateUi()
+{
+    ui->retranslateUi(this);
+}

@@ -1,0 +1,100 @@
+#include "actions/SlobsSourcePropertyView.h"
+
+#include "actions/SlobsAgent.h"
+#include "ui_SlobsSourcePropertyView.h"
+
+#include <QDebug>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+using namespace SlobsSettingsKeys;
+using StreamlabsApiPrivate::Scene;
+using StreamlabsApiPrivate::Source;
+
+SlobsSourcePropertyView::SlobsSourcePropertyView(QWidget* parent)
+    : BaseSlobsPropertyView(parent), ui(std::make_unique<Ui::SlobsSourcePropertyView>())
+{
+    ui->setupUi(this);
+    init(ui->base);
+    registerLoginPane(ui->btnGoAuth, ui->txtWarningMessage);
+    connect(ui->dropdownSceneList, &QComboBox::activated, this, &SlobsSourcePropertyView::onSceneChosen);
+    connect(
+        ui->dropdownSceneItemList, &QComboBox::activated, this, &SlobsSourcePropertyView::onSceneItemChosen);
+    connect(ui->btnRefresh, &QPushButton::clicked, this, [this] {
+        emit sendToWidget({{u"task"_s, SlobsPanelTasks::kRefreshScene}});
+    });
+}
+
+SlobsSourcePropertyView::~SlobsSourcePropertyView() = default;
+
+void SlobsSourcePropertyView::onWidgetMessageReceived(QJsonObject const& message)
+{
+    QString const task = message.value("task"_L1).toString();
+    if (task == SlobsAgentPrivate::kQueryScenesResult) {
+        QString activeId;
+        SlobsAgent::fromSceneList(message, scenes, activeId);
+    } else if (task == SlobsAgentPrivate::kCcGetWidgetSettings) {
+        QJsonObject const payload = message.value("payload"_L1).toObject();
+        scene = SlobsTarget::fromJson(payload, kSceneId, kSceneName);
+        item = SlobsTarget::fromJson(payload, kSceneItemId, kSceneItemName);
+    } else {
+        return;
+    }
+    refreshLists();
+}
+
+void SlobsSourcePropertyView::refreshLists()
+{
+    auto const choices = toChoices(scenes, &Scene::id);
+    scene.name = nameOf(choices, scene.id, scene.name);
+    bool const sceneFound = fillChoices(ui->dropdownSceneList, choices, {scene.id, scene.name});
+    bool const itemFound = refreshSceneItemList();
+    showInvalidSelection(!sceneFound || !itemFound);
+}
+
+bool SlobsSourcePropertyView::refreshSceneItemList()
+{
+    auto const shown =
+        std::ranges::find(std::as_const(scenes), ui->dropdownSceneList->currentData().toString(), &Scene::id);
+    if (shown == scenes.cend()) {
+        qDebug() << "unable to refresh scene item list";
+        return fillChoices(ui->dropdownSceneItemList, {}, {item.id, item.name});
+    }
+    auto const choices = toChoices(shown->nodes, &Source::sceneItemId);
+    item.name = nameOf(choices, item.id, item.name);
+    return fillChoices(ui->dropdownSceneItemList, choices, {item.id, item.name});
+}
+
+// A scene is chosen together with the item that then shows: what the boxes say is what the key does.
+void SlobsSourcePropertyView::onSceneChosen()
+{
+    SlobsTarget const chosen{
+        ui->dropdownSceneList->currentData().toString(), ui->dropdownSceneList->currentText()};
+    if (chosen.id != scene.id) {
+        item = {};
+    }
+    scene = chosen;
+    refreshSceneItemList();
+    onSceneItemChosen();
+}
+
+void SlobsSourcePropertyView::onSceneItemChosen()
+{
+    scene = {ui->dropdownSceneList->currentData().toString(), ui->dropdownSceneList->currentText()};
+    if (ui->dropdownSceneItemList->count() > 0) {
+        item = {
+            ui->dropdownSceneItemList->currentData().toString(), ui->dropdownSceneItemList->currentText()};
+    }
+    QJsonObject payload;
+    scene.writeTo(payload, kSceneId, kSceneName);
+    item.writeTo(payload, kSceneItemId, kSceneItemName);
+    refreshLists();
+    emit sendToWidget({{u"task"_s, SlobsAgentPrivate::kCcSetWidgetSettings}, {u"payload"_s, payload}});
+}
+
+void SlobsSourcePropertyView::retranslateUi()
+{
+    ui->retranslateUi(this);
+}

@@ -1,0 +1,116 @@
+#include "actions/SlobsSourceWidget.h"
+
+#include "actions/SlobsAgent.h"
+#include "actions/SlobsSourceDisplayView.h"
+#include "actions/SlobsSourcePropertyView.h"
+
+#include <QDebug>
+
+#include <algorithm>
+#include <utility>
+
+using namespace SlobsSettingsKeys;
+using StreamlabsApiPrivate::Scene;
+using StreamlabsApiPrivate::Source;
+
+SlobsSourceWidget::SlobsSourceWidget(QObject* parent)
+    : SlobsTargetWidget(new SlobsSourceDisplayView, new SlobsSourcePropertyView, parent)
+{}
+
+void SlobsSourceWidget::startWithDefault()
+{
+    setStates({QString::fromLatin1("Closing"), QString::fromLatin1("Source")},
+        {QString::fromLatin1(":/Streamlabs/images/slobs_source_off.png"),
+            QString::fromLatin1(":/Streamlabs/images/slobs_source_on.gif")});
+    scene = {};
+    item = {};
+}
+
+void SlobsSourceWidget::readSettings(QJsonObject const& payload)
+{
+    scene = SlobsTarget::fromJson(payload, kSceneId, kSceneName);
+    item = SlobsTarget::fromJson(payload, kSceneItemId, kSceneItemName);
+}
+
+void SlobsSourceWidget::prepareWidgetSettings(QJsonObject& document)
+{
+    scene.writeTo(document, kSceneId, kSceneName);
+    item.writeTo(document, kSceneItemId, kSceneItemName);
+    document.remove(kLegacyItemId);
+    document.remove(kLegacyItemName);
+}
+
+bool SlobsSourceWidget::migrateLegacyPayload(QJsonObject const& document, int version)
+{
+    if (version >= documentVersion) {
+        return false;
+    }
+    scene = SlobsTarget::fromJson(document, kSceneId, kSceneName);
+    // What has no version but today's keys keeps its target.
+    bool const isLegacy = document.contains(kLegacyItemId);
+    item = SlobsTarget::fromJson(
+        document, isLegacy ? kLegacyItemId : kSceneItemId, isLegacy ? kLegacyItemName : kSceneItemName);
+    return true;
+}
+
+void SlobsSourceWidget::onConnectToRcc()
+{
+    SlobsTargetWidget::onConnectToRcc();
+    agent().addRccEventHandler(SlobsAgentPrivate::kQueryScenesResult, [this](QJsonObject const& message) {
+        QString activeId;
+        SlobsAgent::fromSceneList(message, scenes, activeId);
+        rememberNames();
+        sendToViews(message);
+    });
+    agent().queryScenes();
+}
+
+void SlobsSourceWidget::rememberNames()
+{
+    auto const found = std::ranges::find(std::as_const(scenes), scene.id, &Scene::id);
+    if (found != scenes.cend()) {
+        scene.name = found->name;
+    }
+    if (auto const* node = findItem(scenes, scene.id, item.id)) {
+        item.name = node->name;
+    }
+}
+
+Source const* SlobsSourceWidget::findItem(
+    QList<Scene> const& scenes, QString const& sceneId, QString const& itemId)
+{
+    auto const scene = std::ranges::find(scenes, sceneId, &Scene::id);
+    if (scene == scenes.end() || itemId.isEmpty()) {
+        return nullptr;
+    }
+    auto const node = std::ranges::find(scene->nodes, itemId, &Source::sceneItemId);
+    return node == scene->nodes.end() ? nullptr : &*node;
+}
+
+int SlobsSourceWidget::onAppTriggeredEvent([[maybe_unused]] QJsonObject const& event)
+{
+    if (!authorized || item.id.isEmpty()) {
+        qDebug() << "[APP EVENT][APP Triggered]" << scene.id << item.id;
+        return 0;
+    }
+    Source target;
+    target.sceneId = scene.id;
+    target.sceneItemId = item.id;
+    target.visible = false;
+    if (auto const* node = findItem(scenes, scene.id, item.id)) {
+        target.sourceId = node->sourceId;
+        target.visible = node->visible;
+    }
+    agent().setSourceVisible(target, !target.visible);
+    return 0;
+}
+
+QString SlobsSourceWidget::refreshTask() const
+{
+    return SlobsPanelTasks::kRefreshScene;
+}
+
+void SlobsSourceWidget::refreshList()
+{
+    agent().refreshScenes();
+}

@@ -1,0 +1,142 @@
+#include "devhost/CommandLine.h"
+
+#include "devhost/ScriptParser.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString scriptHelp()
+{
+    return QCoreApplication::translate(
+               "main", "Lines of a script (# begins a comment; words with blanks stand in double quotes):") +
+           u"\n"_s + ScriptParser::help().join(u'\n') +
+           QCoreApplication::translate("main",
+               "\n\nThe window stays open when a script has run, unless the script ends with quit. Without a "
+               "display "
+               "the program ends with the script.\n\nExit code: 0, the script ran and every expectation "
+               "held; 1, one did not; 2, a line or an "
+               "option "
+               "is wrong, or the library cannot be used.\n\n"
+               "Examples:\n"
+               "  lumen-devhost --headless\n"
+               "  echo 'expect onQueryScenes' | lumen-devhost --headless --script - --scenes 50 --items 40\n"
+               "  lumen-devhost --headless --desktop-port 59650 --desktop-token TOKEN --script my.script "
+               "--json\n");
+}
+
+} // namespace
+
+bool CommandLine::isHeadless(int argc, char const* const* argv)
+{
+    return std::any_of(argv, argv + argc, [](char const* word) {
+        return qstrcmp(word, "--headless") == 0 || qstrcmp(word, "--help") == 0 || qstrcmp(word, "-h") == 0;
+    });
+}
+
+QString CommandLine::read(QStringList const& arguments)
+{
+    QCommandLineParser parser;
+    QCommandLineOption const headlessOption(
+        u"headless"_s, u"Use no display. Without a script a built-in tour runs."_s);
+    QCommandLineOption const plugin(
+        u"plugin"_s, u"Load this package library (default: the one built with this program)."_s, u"FILE"_s);
+    QCommandLineOption const scriptOption(
+        u"script"_s, u"Run these lines, - being standard input."_s, u"FILE"_s);
+    QCommandLineOption const pictureOption(u"picture"_s,
+        u"Leave a picture of the window when the script has run (default of the tour: lumen-console.png)."_s,
+        u"FILE"_s);
+    QCommandLineOption const desktopPort(u"desktop-port"_s,
+        u"Use the Streamlabs Desktop whose remote control listens on this port, not the stand-in."_s, u"N"_s);
+    QCommandLineOption const desktopToken(u"desktop-token"_s, u"Its API token."_s, u"T"_s);
+    QCommandLineOption const configDir(
+        u"config-dir"_s, u"Folder for package data (default: the user's)."_s, u"DIR"_s);
+    QCommandLineOption const language(
+        u"language"_s, u"Language of the package, such as de_DE (default: en_US)."_s, u"CODE"_s);
+    QCommandLineOption const scenes(u"scenes"_s, u"Give the stand-in this many scenes …"_s, u"N"_s);
+    QCommandLineOption const items(u"items"_s, u"… with this many items each …"_s, u"N"_s);
+    QCommandLineOption const audio(u"audio"_s, u"… and this many audio sources."_s, u"N"_s);
+    QCommandLineOption const json(u"json"_s, u"Print one JSON object per line instead of text."_s);
+    QCommandLineOption const verboseOption(u"verbose"_s, u"Print the package's log as well."_s);
+    QCommandLineOption const help({u"h"_s, u"help"_s}, u"Show this."_s);
+
+    parser.setApplicationDescription(u"Loads the LUMEN action package as the console's host does and drives "
+                                     u"Streamlabs Desktop, or a stand-in "
+                                     "for it, through it."_s);
+    parser.addOptions({headlessOption, plugin, scriptOption, pictureOption, desktopPort, desktopToken,
+        configDir, language, scenes, items, audio, json, verboseOption, help});
+    if (!parser.parse(arguments)) {
+        return parser.errorText();
+    }
+    if (parser.isSet(help)) {
+        std::printf("%s\n%s", qPrintable(parser.helpText()), qPrintable(scriptHelp()));
+        std::exit(0);
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        return u"What is \"%1\"?"_s.arg(parser.positionalArguments().first());
+    }
+
+    QString problem;
+    auto const number = [&](QCommandLineOption const& option, int fallback, int least, int most) {
+        if (!parser.isSet(option)) {
+            return fallback;
+        }
+        bool ok = false;
+        int const value = parser.value(option).toInt(&ok);
+        if (!ok || value < least || value > most) {
+            problem =
+                u"--%1 takes a number from %2 to %3."_s.arg(option.names().constFirst()).arg(least).arg(most);
+        }
+        return value;
+    };
+
+    constexpr int mostPort = 65535;
+    constexpr int mostObjects = 100000;
+    if (parser.isSet(desktopPort) || parser.isSet(desktopToken)) {
+        host.desktop = {number(desktopPort, 0, 1, mostPort), parser.value(desktopToken)};
+        if (!parser.isSet(desktopPort) || host.desktop->token.isEmpty()) {
+            return u"--desktop-port and --desktop-token go together."_s;
+        }
+    }
+    if (parser.isSet(scenes) || parser.isSet(items) || parser.isSet(audio)) {
+        constexpr int fewScenes = 5;
+        constexpr int fewItems = 10;
+        constexpr int fewAudio = 4;
+        size = {number(scenes, fewScenes, 1, mostObjects), number(items, fewItems, 0, mostObjects),
+            number(audio, fewAudio, 0, mostObjects)};
+        if (host.desktop) {
+            return u"--scenes, --items and --audio are for the stand-in, and --desktop-port is without it."_s;
+        }
+    }
+    if (!problem.isEmpty()) {
+        return problem;
+    }
+
+    headless = parser.isSet(headlessOption);
+    bool const tour = headless && !parser.isSet(scriptOption);
+    script = tour ? u":/devhost/demo.script"_s : parser.value(scriptOption);
+    picture = tour && !parser.isSet(pictureOption) ? u"lumen-console.png"_s : parser.value(pictureOption);
+    // A scriptOption starts from an empty console, unless it is told where to keep one.
+    host.keepsKeys = parser.isSet(configDir) || script.isEmpty();
+    host.pluginFile = parser.value(plugin);
+    host.configDir = parser.isSet(configDir)
+                         ? QDir(parser.value(configDir)).absolutePath()
+                         : QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
+    if (!QDir().mkpath(host.configDir)) {
+        return u"The folder %1 cannot be made."_s.arg(host.configDir);
+    }
+    if (parser.isSet(language)) {
+        host.language = parser.value(language);
+    }
+    format = parser.isSet(json) ? EventReport::Format::Json : EventReport::Format::Text;
+    verbose = parser.isSet(verboseOption);
+    return {};
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "devhost/DevHost.h"
+#include "devhost/EventReport.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+//! What the program is asked to do.
+struct CommandLine
+{
+    //! Size of the stand-in's model.
+    struct Size
+    {
+        int scenes = 0;
+        int items = 0;
+        int audio = 0;
+    };
+
+    DevHost::Options host;
+    //! Whether there is a display to show the window on.
+    bool headless = false;
+    //! File of the script, or - for standard input; empty for none.
+    QString script;
+    //! Where a picture of the window goes; empty for none.
+    QString picture;
+    EventReport::Format format = EventReport::Format::Text;
+    bool verbose = false;
+    //! Without one the stand-in has its demo collections.
+    std::optional<Size> size;
+
+    //! Whether an argument asks for it: the platform must know before there is an application.
+    static bool isHeadless(int argc, char const* const* argv);
+    //! Reads \a arguments, the first of which is the program, or answers with what is wrong. Prints the help
+    //! and exits when that is wanted.
+    QString read(QStringList const& arguments);
+};

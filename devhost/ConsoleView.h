@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QHash>
+#include <QPointer>
+#include <QString>
+#include <QWidget>
+
+#include <memory>
+#include <vector>
+
+class Console;
+class KeyView;
+class QGridLayout;
+class QSettings;
+
+namespace Ui {
+class ConsoleView;
+}
+
+//! The console as it lies on the desk: a page of its keys with live faces, and the LEDs.
+//!
+//! One key is always the current one, free or not. Its number is page * keys per page + position.
+class ConsoleView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ConsoleView(QWidget* parent = nullptr);
+    ~ConsoleView() override;
+
+    //! Shows \a console, whose keys may come and go, and which may go as well. \a labels: action id to name.
+    void watch(Console& console, QHash<QString, QString> const& labels);
+
+    int current() const { return m_page * keysPerPage() + m_position; }
+    //! Turns to the page of key \a index.
+    void setCurrent(int index);
+    //! The focus goes to the current key.
+    void focusCurrent();
+    //! Puts an action on the next free key, from the current one on. False when there is none.
+    bool place(QString const& actionId);
+    void pressCurrent();
+    void removeCurrent();
+    void turnPage(int by);
+    void setLed(QString const& function, bool lit);
+
+    void store(QSettings& settings) const;
+    //! What is stored wrongly or not at all stays as it is.
+    void restore(QSettings const& settings);
+
+signals:
+    //! Another key is the current one, or the current one is on another action.
+    void currentChanged(int index);
+
+private:
+    int keysPerPage() const { return m_columns * m_rows; }
+    int pageCount() const;
+    void setSize(int columns, int rows);
+    void setPage(int page);
+    void arrange();
+    void showKey(int index);
+    KeyView* viewOf(int index) const;
+    KeyView* makeView();
+    void moveCurrent(int key);
+    void showMenu(QPoint const& at);
+
+    std::unique_ptr<Ui::ConsoleView> ui;
+    QPointer<Console> m_console;
+    QHash<QString, QString> m_labels;
+    QGridLayout* m_grid;
+    //! Grows and never shrinks: a view takes the faces that it has adopted with it.
+    std::vector<KeyView*> m_views;
+    int m_columns = 5;
+    int m_rows = 3;
+    int m_page = 0;
+    int m_position = 0;
+};

@@ -1,0 +1,71 @@
+#include "devhost/HostSettingsDialog.h"
+
+#include "actions/SlobsAgent.h"
+#include "devhost/DarkTheme.h"
+#include "devhost/DevHost.h"
+#include "ui_HostSettingsDialog.h"
+
+using namespace Qt::StringLiterals;
+
+HostSettingsDialog::HostSettingsDialog(DevHost& host, QWidget* parent)
+    : QDialog(parent), ui(std::make_unique<Ui::HostSettingsDialog>()), m_host(host)
+{
+    ui->setupUi(this);
+    ui->spinPort->setValue(host.desktop().port);
+    ui->edtToken->setText(host.desktop().token);
+    connect(ui->btnConnect, &QPushButton::clicked, this, &HostSettingsDialog::connectDesktop);
+    connect(ui->btnReconnect, &QPushButton::clicked, this, &HostSettingsDialog::reconnectDesktop);
+    connect(ui->btnDisconnect, &QPushButton::clicked, this, &HostSettingsDialog::disconnectDesktop);
+    connect(ui->btnClose, &QPushButton::clicked, this, &QDialog::reject);
+    connect(&host, &DevHost::publicationReceived, this, [this](QJsonObject const& payload) {
+        if (payload.value("task"_L1) == QJsonValue(SlobsAgentPrivate::kQueryAuthStateResult)) {
+            setLinked(payload.value("authorized"_L1).toBool());
+        }
+    });
+    showStatus();
+}
+
+HostSettingsDialog::~HostSettingsDialog() = default;
+
+void HostSettingsDialog::connectDesktop()
+{
+    m_off = false;
+    m_host.plugin().connectDesktop(ui->edtToken->text(), ui->spinPort->value());
+    showStatus();
+}
+
+void HostSettingsDialog::reconnectDesktop()
+{
+    m_off = false;
+    m_host.plugin().reconnectDesktop(ui->edtToken->text(), ui->spinPort->value());
+    showStatus();
+}
+
+void HostSettingsDialog::disconnectDesktop()
+{
+    m_off = true;
+    m_host.plugin().disconnectDesktop();
+    showStatus();
+}
+
+void HostSettingsDialog::setLinked(bool linked)
+{
+    m_linked = linked;
+    showStatus();
+}
+
+QString HostSettingsDialog::status() const
+{
+    return m_linked ? tr("Linked to Streamlabs Desktop")
+           : m_off  ? tr("Disconnected")
+                    : tr("Not linked: not running, or wrong port or token");
+}
+
+void HostSettingsDialog::showStatus()
+{
+    QPalette palette = ui->lblStatus->palette();
+    palette.setColor(QPalette::WindowText, m_linked ? DarkTheme::good : DarkTheme::faintText);
+    ui->lblStatus->setPalette(palette);
+    ui->lblStatus->setText(status());
+    emit statusChanged();
+}

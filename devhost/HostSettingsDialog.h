@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QDialog>
+
+#include <memory>
+
+class DevHost;
+
+namespace Ui {
+class HostSettingsDialog;
+}
+
+//! The page of the host's settings where Streamlabs Desktop is linked. It keeps port and token as the user
+//! entered them, and says how the link stands.
+class HostSettingsDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit HostSettingsDialog(DevHost& host, QWidget* parent = nullptr);
+    ~HostSettingsDialog() override;
+
+    bool isLinked() const { return m_linked; }
+    //! How the link stands, in words.
+    QString status() const;
+
+public slots:
+    void connectDesktop();
+    void reconnectDesktop();
+    void disconnectDesktop();
+
+signals:
+    void statusChanged();
+
+private:
+    //! Whether the service has said that the link is up.
+    void setLinked(bool linked);
+    void showStatus();
+
+    std::unique_ptr<Ui::HostSettingsDialog> ui;
+    DevHost& m_host;
+    bool m_linked = false;
+    //! The user has taken the link down.
+    bool m_off = false;
+};

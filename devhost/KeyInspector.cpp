@@ -1,0 +1,101 @@
+#include "devhost/KeyInspector.h"
+
+#include "devhost/Console.h"
+
+#include <QLabel>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Behind each other, in the order that the panel has given itself.
+void putIntoTabOrder(QWidget* before, QWidget& panel)
+{
+    QList<QWidget*> order;
+    for (QWidget* next = panel.nextInFocusChain(); next != &panel; next = next->nextInFocusChain()) {
+        if (panel.isAncestorOf(next) && (next->focusPolicy() & Qt::TabFocus)) {
+            order.append(next);
+        }
+    }
+    for (QWidget* const widget : order) {
+        QWidget::setTabOrder(before, widget);
+        before = widget;
+    }
+}
+
+} // namespace
+
+KeyInspector::KeyInspector(QWidget* parent)
+    : QScrollArea(parent), m_ground(new QWidget), m_hint(new QLabel(m_ground))
+{
+    setFrameShape(QFrame::NoFrame);
+    setAlignment(Qt::AlignHCenter | Qt::AlignTop);
+    setFocusPolicy(Qt::NoFocus);
+    m_ground->setFixedSize(panelSize);
+    m_ground->setFocusPolicy(Qt::NoFocus);
+    m_hint->setObjectName(u"lblHint"_s);
+    m_hint->setGeometry(m_ground->rect());
+    m_hint->setAlignment(Qt::AlignCenter);
+    m_hint->setProperty("faint", true);
+    setWidget(m_ground);
+}
+
+void KeyInspector::showKey(Console const& console, int index)
+{
+    ConsoleKey const* const key = console.key(index);
+    QWidget* const panel = key ? key->panelWidget() : nullptr;
+    if (m_panel && m_panel != panel) {
+        m_panel->hide();
+    }
+    m_panel = panel;
+    m_hint->setVisible(!panel);
+    m_hint->setText(key ? tr("The action on key %1 has no settings.").arg(index)
+                        : tr("Key %1 is free.\nDouble-click an action, or drag it onto a key.").arg(index));
+    if (panel) {
+        if (panel->parentWidget() != m_ground) {
+            adopt(panel);
+        }
+        panel->show();
+    }
+}
+
+void KeyInspector::focusPanel()
+{
+    if (!m_panel) {
+        return;
+    }
+    for (QWidget* next = m_panel->nextInFocusChain(); next != m_panel; next = next->nextInFocusChain()) {
+        bool const takesKeys = next->isVisible() && next->isEnabled() && (next->focusPolicy() & Qt::TabFocus);
+        if (m_panel->isAncestorOf(next) && takesKeys) {
+            next->setFocus(Qt::TabFocusReason);
+            ensureWidgetVisible(next);
+            return;
+        }
+    }
+}
+
+void KeyInspector::adopt(QWidget* panel)
+{
+    panel->setParent(m_ground);
+    panel->setGeometry(m_ground->rect());
+    putIntoTabOrder(previousInFocusChain(), *panel);
+    // By signature, and only where it has them: a panel is known as a QWidget.
+    QObject const* const frame = panel->findChild<QObject*>(u"base"_s);
+    if (frame && frame->metaObject()->indexOfSignal("iconFolderChanging(QString&)") >= 0) {
+        connect(frame, SIGNAL(iconFolderChanging(QString&)), this, SLOT(onIconFolderChanging(QString&)));
+        connect(frame, SIGNAL(iconFolderChanged(QString)), this, SLOT(onIconFolderChanged(QString)));
+        connect(frame, SIGNAL(buildIcon()), this, SIGNAL(iconBuilderAsked()));
+    }
+}
+
+void KeyInspector::onIconFolderChanging(QString& folder) const
+{
+    if (!m_iconFolder.isEmpty()) {
+        folder = m_iconFolder;
+    }
+}
+
+void KeyInspector::onIconFolderChanged(QString const& folder)
+{
+    m_iconFolder = folder;
+}

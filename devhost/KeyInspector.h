@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QPointer>
+#include <QScrollArea>
+#include <QString>
+
+class Console;
+class QLabel;
+
+//! The settings panel of one key in its exact size, or a hint when there is none.
+//!
+//! It adopts the panels, and is the host to their requests: it remembers the folder of the last icon.
+class KeyInspector : public QScrollArea
+{
+    Q_OBJECT
+
+public:
+    //! Of a panel, px.
+    static constexpr QSize panelSize{832, 234};
+
+    explicit KeyInspector(QWidget* parent = nullptr);
+
+    void showKey(Console const& console, int index);
+    //! The keyboard goes to the first control of the panel.
+    void focusPanel();
+
+    //! Where the user found the last icon; empty when never.
+    QString const& iconFolder() const { return m_iconFolder; }
+    void setIconFolder(QString const& folder) { m_iconFolder = folder; }
+
+    QSize sizeHint() const override { return panelSize; }
+
+signals:
+    //! The user asked for the online icon builder.
+    void iconBuilderAsked();
+
+private slots:
+    void onIconFolderChanging(QString& folder) const;
+    void onIconFolderChanged(QString const& folder);
+
+private:
+    void adopt(QWidget* panel);
+
+    QWidget* m_ground;
+    QLabel* m_hint;
+    QPointer<QWidget> m_panel;
+    QString m_iconFolder;
+};

@@ -1,0 +1,286 @@
+#include "devhost/KeyView.h"
+
+#include "devhost/ConsoleKey.h"
+#include "devhost/DarkTheme.h"
+
+#include <QContextMenuEvent>
+#include <QDrag>
+#include <QDragEnterEvent>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QPainter>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Around the face, for the frame; two of them are the gap between two keys.
+constexpr int kMargin = 4;
+
+bool isPressKey(int key)
+{
+    return key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter;
+}
+
+} // namespace
+
+KeyView::KeyView(QWidget* parent) : QWidget(parent)
+{
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    setFocusPolicy(Qt::ClickFocus);
+    setAcceptDrops(true);
+}
+
+QString KeyView::actionMimeType()
+{
+    return u"application/x-lumen-action"_s;
+}
+
+QString KeyView::keyMimeType()
+{
+    return u"application/x-lumen-key"_s;
+}
+
+QSize KeyView::sizeHint() const
+{
+    return faceSize + QSize(2 * kMargin, 2 * kMargin);
+}
+
+void KeyView::setKey(int index, ConsoleKey* key, QString const& label)
+{
+    if (key != m_key || index != m_index) {
+        letGo(false);
+    }
+    m_index = index;
+    m_key = key;
+    m_label = label;
+    setObjectName(u"key%1"_s.arg(index));
+
+    QWidget* const face = key ? key->faceWidget() : nullptr;
+    if (m_face && m_face != face && m_face->parentWidget() == this) {
+        m_face->hide();
+    }
+    m_face = face;
+    if (face) {
+        face->setParent(this);
+        face->setAttribute(Qt::WA_TransparentForMouseEvents);
+        face->move(kMargin, kMargin);
+        face->show();
+    }
+    describe();
+    update();
+}
+
+void KeyView::setCurrent(bool current)
+{
+    m_current = current;
+    setFocusPolicy(current ? Qt::StrongFocus : Qt::ClickFocus);
+    update();
+}
+
+void KeyView::describe()
+{
+    if (!m_key) {
+        setAccessibleName(tr("Key %1, free").arg(m_index));
+        setToolTip({});
+        return;
+    }
+    auto const face = m_key->face();
+    setAccessibleName((face.invalid ? tr("Key %1, %2: %3, invalid") : tr("Key %1, %2: %3"))
+                          .arg(QString::number(m_index), m_label, face.title));
+    setToolTip(tr("Key %1: %2").arg(QString::number(m_index), m_label));
+}
+
+// ---- Pressing
+
+void KeyView::hold(int by)
+{
+    if (m_key && !isHeld()) {
+        m_heldBy = by;
+        m_key->keyDown();
+    }
+}
+
+void KeyView::letGo(bool triggers)
+{
+    if (std::exchange(m_heldBy, nothing) == nothing || !m_key) {
+        return;
+    }
+    if (triggers) {
+        m_key->keyUp();
+    } else {
+        m_key->release();
+    }
+}
+
+void KeyView::mousePressEvent(QMouseEvent* event)
+{
+    emit chosen();
+    if (event->button() == Qt::LeftButton) {
+        hold(mouse);
+    }
+}
+
+void KeyView::mouseMoveEvent(QMouseEvent* event)
+{
+    if (m_heldBy == mouse && !rect().contains(event->position().toPoint())) {
+        letGo(false);
+        startDrag();
+    }
+}
+
+void KeyView::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (m_heldBy == mouse && event->button() == Qt::LeftButton) {
+        letGo(rect().contains(event->position().toPoint()));
+    }
+}
+
+void KeyView::keyPressEvent(QKeyEvent* event)
+{
+    switch (int const key = event->key()) {
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        emit arrowPressed(key);
+        break;
+    case Qt::Key_Delete:
+    case Qt::Key_Backspace:
+        emit removeAsked();
+        break;
+    case Qt::Key_Escape:
+        letGo(false);
+        break;
+    default:
+        if (!isPressKey(key)) {
+            QWidget::keyPressEvent(event);
+        } else if (!event->isAutoRepeat()) {
+            hold(key);
+        }
+    }
+}
+
+void KeyView::keyReleaseEvent(QKeyEvent* event)
+{
+    if (!isPressKey(event->key())) {
+        QWidget::keyReleaseEvent(event);
+    } else if (m_heldBy == event->key() && !event->isAutoRepeat()) {
+        letGo(true);
+    }
+}
+
+void KeyView::focusInEvent(QFocusEvent* event)
+{
+    QWidget::focusInEvent(event);
+    emit chosen();
+    update();
+}
+
+void KeyView::focusOutEvent(QFocusEvent* event)
+{
+    QWidget::focusOutEvent(event);
+    if (m_heldBy != mouse) {
+        letGo(false); // the key of the keyboard will come up elsewhere
+    }
+    update();
+}
+
+void KeyView::hideEvent(QHideEvent* event)
+{
+    QWidget::hideEvent(event);
+    letGo(false);
+}
+
+void KeyView::contextMenuEvent(QContextMenuEvent* event)
+{
+    emit chosen();
+    emit menuAsked(
+        event->reason() == QContextMenuEvent::Keyboard ? mapToGlobal(rect().center()) : event->globalPos());
+}
+
+// ---- Dragging
+
+void KeyView::startDrag()
+{
+    if (!m_face) {
+        return;
+    }
+    auto* const carried = new QMimeData;
+    carried->setData(keyMimeType(), QByteArray::number(m_index));
+    auto* const drag = new QDrag(this);
+    drag->setMimeData(carried);
+    drag->setPixmap(m_face->grab());
+    drag->setHotSpot(m_face->rect().center());
+    drag->exec(Qt::MoveAction);
+}
+
+bool KeyView::canTake(QDropEvent const* event)
+{
+    // A key of another window is none of this console.
+    return event->source() &&
+           (event->mimeData()->hasFormat(actionMimeType()) || event->mimeData()->hasFormat(keyMimeType()));
+}
+
+void KeyView::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (canTake(event)) {
+        event->acceptProposedAction();
+        setDropTarget(true);
+    }
+}
+
+void KeyView::dragLeaveEvent([[maybe_unused]] QDragLeaveEvent* event)
+{
+    setDropTarget(false);
+}
+
+void KeyView::dropEvent(QDropEvent* event)
+{
+    setDropTarget(false);
+    if (!canTake(event)) {
+        return;
+    }
+    event->acceptProposedAction();
+    if (event->mimeData()->hasFormat(actionMimeType())) {
+        emit actionDropped(QString::fromUtf8(event->mimeData()->data(actionMimeType())));
+    } else {
+        emit keyDropped(event->mimeData()->data(keyMimeType()).toInt());
+    }
+}
+
+void KeyView::setDropTarget(bool target)
+{
+    m_dropTarget = target;
+    update();
+}
+
+// ---- Looks
+
+void KeyView::paintEvent([[maybe_unused]] QPaintEvent* event)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    constexpr qreal radius = 5;
+    if (!m_face) {
+        painter.setPen(DarkTheme::outline);
+        painter.setBrush(DarkTheme::freeKey);
+        painter.drawRoundedRect(
+            QRectF(rect()).adjusted(kMargin + 0.5, kMargin + 0.5, -kMargin - 0.5, -kMargin - 0.5), radius,
+            radius);
+        painter.setPen(DarkTheme::faintText.darker(170));
+        painter.drawText(rect(), Qt::AlignCenter, QString::number(m_index));
+    }
+    if (m_current || m_dropTarget) {
+        bool const strong = hasFocus() || m_dropTarget;
+        QPen pen(strong ? DarkTheme::accent : DarkTheme::accent.darker(190), 2);
+        if (m_dropTarget) {
+            pen.setStyle(Qt::DashLine);
+        }
+        painter.setPen(pen);
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5), radius, radius);
+    }
+}

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+class ConsoleKey;
+class QDropEvent;
+
+//! One position of the console: the live face of the key that is there, or an empty place.
+//!
+//! It adopts the face and passes the user's press on to the key: down at once, triggered when it is let go
+//! inside. Left with the button held down, the key is released without triggering and dragged from there.
+class KeyView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    //! Of a key's face, px.
+    static constexpr QSize faceSize{150, 108};
+
+    explicit KeyView(QWidget* parent = nullptr);
+
+    //! Shows key number \a index, which is free when \a key is null. \a label is its action's name.
+    void setKey(int index, ConsoleKey* key, QString const& label);
+    int index() const { return m_index; }
+    //! Framed; the Tab key leads to the current key only, and the arrow keys to the others.
+    void setCurrent(bool current);
+    bool isHeld() const { return m_heldBy != nothing; }
+    //! The face says something else now.
+    void describe();
+
+    //! What a drag carries: the id of an action, or the number of a key of this window.
+    static QString actionMimeType();
+    static QString keyMimeType();
+
+    QSize sizeHint() const override;
+
+signals:
+    //! The user means this key.
+    void chosen();
+    void arrowPressed(int key);
+    void removeAsked();
+    void menuAsked(QPoint const& globalPosition);
+    void actionDropped(QString const& actionId);
+    void keyDropped(int from);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    static constexpr int nothing = -1;
+    static constexpr int mouse = 0;
+
+    void hold(int by);
+    void letGo(bool triggers);
+    void startDrag();
+    static bool canTake(QDropEvent const* event);
+    void setDropTarget(bool target);
+
+    int m_index = 0;
+    QPointer<ConsoleKey> m_key;
+    QPointer<QWidget> m_face;
+    QString m_label;
+    //! The mouse, a key of the keyboard, or nothing.
+    int m_heldBy = nothing;
+    bool m_current = false;
+    bool m_dropTarget = false;
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QIcon>
+#include <QList>
+#include <QString>
+
+class IBuiltInPackageLibrary;
+
+//! An action that a package offers, as the host lists it. Nothing in it points into the library.
+struct PackageAction
+{
+    QString id;
+    //! In the language in use.
+    QString label;
+    QIcon icon;
+};
+
+namespace PackageActions {
+
+QList<PackageAction> read(IBuiltInPackageLibrary& package);
+//! Name and version for people, such as "Streamlabs 1.0.4".
+QString packageLabel(IBuiltInPackageLibrary& package);
+
+} // namespace PackageActions

@@ -1,0 +1,135 @@
+#include "devhost/TrafficView.h"
+
+#include "devhost/DevHost.h"
+#include "ui_TrafficView.h"
+
+#include <QFontDatabase>
+#include <QJsonDocument>
+#include <QScrollBar>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The messages of a SockJS frame as they were before they were put into it.
+QString unwrapped(QString const& frame)
+{
+    qsizetype const begin = frame.startsWith("a[\""_L1) ? 3 : frame.startsWith("[\""_L1) ? 2 : 0;
+    if (begin == 0) {
+        return frame; // there are none
+    }
+    QString text = frame.sliced(begin);
+    if (text.endsWith("\"]"_L1)) {
+        text.chop(2);
+    }
+    return text.replace("\\\""_L1, "\""_L1).replace("\\\\"_L1, "\\"_L1);
+}
+
+} // namespace
+
+TrafficView::TrafficView(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::TrafficView>())
+{
+    ui->setupUi(this);
+    m_filter.setSourceModel(&m_model);
+    ui->lines->setModel(&m_filter);
+    ui->details->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    int const digits = fontMetrics().horizontalAdvance(u"00:00:00.000"_s);
+    int const names = fontMetrics().horizontalAdvance(u"Streamlabs Desktop → service"_s);
+    constexpr int padding = 16;
+    ui->lines->setColumnWidth(TrafficModel::TimeColumn, digits + padding);
+    ui->lines->setColumnWidth(TrafficModel::WayColumn, names + padding);
+    ui->split->setStretchFactor(0, 3);
+    ui->split->setStretchFactor(1, 2);
+
+    connect(ui->edtFilter, &QLineEdit::textChanged, this, [this](QString const& words) {
+        m_filter.setWords(words);
+        showCount();
+    });
+    connect(ui->btnPause, &QToolButton::toggled, this, [this](bool paused) { listen(!paused); });
+    connect(ui->btnClear, &QToolButton::clicked, &m_model, &TrafficModel::clear);
+    connect(
+        ui->lines->selectionModel(), &QItemSelectionModel::currentChanged, this, &TrafficView::showDetails);
+    connect(&m_model, &TrafficModel::modelReset, this, &TrafficView::showCount);
+    connect(&m_filter, &QAbstractItemModel::rowsAboutToBeInserted, this, [this] {
+        auto const* const bar = ui->lines->verticalScrollBar();
+        m_atEnd = bar->value() == bar->maximum();
+    });
+    connect(&m_model, &QAbstractItemModel::rowsInserted, this, [this] {
+        showCount();
+        if (m_atEnd) {
+            ui->lines->scrollToBottom();
+        }
+    });
+    showCount();
+}
+
+TrafficView::~TrafficView() = default;
+
+void TrafficView::focusFilter()
+{
+    ui->edtFilter->setFocus(Qt::ShortcutFocusReason);
+}
+
+void TrafficView::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    listen(!ui->btnPause->isChecked());
+}
+
+void TrafficView::hideEvent(QHideEvent* event)
+{
+    QWidget::hideEvent(event);
+    listen(false);
+}
+
+void TrafficView::listen(bool on)
+{
+    for (auto const& connection : std::as_const(m_connections)) {
+        disconnect(connection);
+    }
+    m_connections.clear();
+    if (!on || !m_host) {
+        return;
+    }
+    auto const client = [](int number) { return number == 0 ? tr("service") : tr("client %1").arg(number); };
+    auto& relay = m_host->relay();
+    auto& desktop = m_host->standIn().transport();
+    m_connections = {
+        connect(&relay, &RelayServer::messageReceived, this,
+            [this, client](int number, QString const& text) {
+                m_model.add(tr("%1 → relay").arg(client(number)), text, text.size());
+            }),
+        connect(&relay, &RelayServer::messageSent, this,
+            [this, client](int number, QString const& text) {
+                m_model.add(tr("relay → %1").arg(client(number)), text, text.size());
+            }),
+        connect(&desktop, &SockJsServer::frameReceived, this,
+            [this](int, QString const& frame) { addFrame(tr("service → Streamlabs Desktop"), frame); }),
+        connect(&desktop, &SockJsServer::frameSent, this,
+            [this](int, QString const& frame) { addFrame(tr("Streamlabs Desktop → service"), frame); }),
+    };
+}
+
+void TrafficView::addFrame(QString const& way, QString const& frame)
+{
+    constexpr qsizetype enough = 2 * TrafficModel::longestText; // at worst every character is escaped
+    QString const text = unwrapped(frame.left(enough));
+    m_model.add(way, text, text.size() + std::max<qsizetype>(0, frame.size() - enough));
+}
+
+void TrafficView::showDetails(QModelIndex const& current)
+{
+    QString const text = current.data(TrafficModel::wholeTextRole).toString();
+    auto const document = QJsonDocument::fromJson(text.toUtf8());
+    ui->details->setPlainText(document.isNull() ? text : QString::fromUtf8(document.toJson()));
+}
+
+void TrafficView::showCount()
+{
+    int const all = m_model.rowCount();
+    int const shown = m_filter.rowCount();
+    ui->lblCount->setText(
+        shown == all ? tr("%1 messages").arg(all) : tr("%1 of %2 messages").arg(shown).arg(all));
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "devhost/TrafficFilter.h"
+#include "devhost/TrafficModel.h"
+
+#include <QWidget>
+
+#include <memory>
+
+class DevHost;
+
+namespace Ui {
+class TrafficView;
+}
+
+//! What goes over the host's two links: the relay, and the connection with the stand-in for Streamlabs
+//! Desktop. It listens only while it is seen and not paused.
+class TrafficView : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit TrafficView(QWidget* parent = nullptr);
+    ~TrafficView() override;
+
+    void watch(DevHost& host) { m_host = &host; }
+    void focusFilter();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    void listen(bool on);
+    void addFrame(QString const& way, QString const& frame);
+    void showDetails(QModelIndex const& current);
+    void showCount();
+
+    std::unique_ptr<Ui::TrafficView> ui;
+    TrafficModel m_model;
+    TrafficFilter m_filter;
+    DevHost* m_host = nullptr;
+    QList<QMetaObject::Connection> m_connections;
+    //! The newest line was in sight before more came.
+    bool m_atEnd = true;
+};

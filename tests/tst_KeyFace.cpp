@@ -1,0 +1,546 @@
+#include "tests/TinyGif.h"
+#include "uikit/BaseKnob.h"
+#include "uikit/BaseKnobIconWidget.h"
+#include "uikit/BaseKnobPropertyWidget.h"
+#include "uikit/BaseKnobStateWidget.h"
+#include "uikit/MekMixerHelper.h"
+#include "uikit/MekTooltipButton.h"
+#include "uikit/MekTooltipEvent.h"
+#include "uikit/ZoBaseHotkeyWidget.h"
+#include "uikit/ZoDisplayViewAttribute.h"
+
+#include <QButtonGroup>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMovie>
+#include <QPainter>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+
+using namespace Qt::StringLiterals;
+using Names = QList<QString>;
+
+namespace {
+
+constexpr QSize kFace{150, 108};
+QColor const kGray(30, 30, 30);
+
+template <typename T = QLabel>
+T* child(QWidget const* widget, char const* name)
+{
+    return widget->findChild<T*>(QString::fromLatin1(name));
+}
+
+//! Looks at what an object gets.
+class Watch : public QObject
+{
+public:
+    std::function<void(QEvent const&)> see;
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        see(*event);
+        return false;
+    }
+};
+
+int paintEvents(QWidget* widget, std::function<void()> const& work)
+{
+    QCoreApplication::processEvents();
+    int count = 0;
+    Watch watch;
+    watch.see = [&](QEvent const& event) { count += event.type() == QEvent::Paint ? 1 : 0; };
+    widget->installEventFilter(&watch);
+    work();
+    QCoreApplication::processEvents();
+    return count;
+}
+
+} // namespace
+
+class tst_KeyFace : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir folder;
+
+    QString file(QString const& name, QByteArray const& content) const
+    {
+        QFile out(folder.filePath(name));
+        return out.open(QIODevice::WriteOnly) && out.write(content) >= 0 ? out.fileName() : QString();
+    }
+    QString picture(QString const& name, QSize size, QColor const& color, char const* format = nullptr) const
+    {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(color);
+        QString const path = folder.filePath(name);
+        return image.save(path, format) ? path : QString();
+    }
+    static QColor pixel(QWidget* widget, QPoint at)
+    {
+        QImage const image = widget->grab().toImage();
+        return image.pixelColor((QPointF(at) * image.devicePixelRatio()).toPoint());
+    }
+
+private slots:
+    void initTestCase() { QVERIFY(folder.isValid()); }
+    void init() { QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s)); }
+
+    void forms()
+    {
+        using Rects = QHash<QString, QRect>;
+        auto const check = [](QWidget& form, Rects const& rects, Names const& hidden) {
+            for (auto const& [name, rect] : rects.asKeyValueRange()) {
+                auto const* const part = name.isEmpty() ? &form : form.findChild<QWidget*>(name);
+                QCOMPARE(QRect(part->mapTo(&form, QPoint(0, 0)), part->size()), rect);
+            }
+            for (auto const* part : form.findChildren<QWidget*>()) {
+                QCOMPARE(part->isHidden(), hidden.contains(part->objectName()));
+            }
+        };
+        // As a host embeds them: its own look must not reach into the parts.
+        QWidget host;
+        host.setStyleSheet(u"background-color: red; border: 5px solid blue;"_s);
+        auto* const face = new ZoBaseHotkeyWidget(&host);
+        QRect const all({0, 0}, kFace);
+        check(*face,
+            {{{}, all}, {u"lblIcon"_s, all}, {u"lblTitle"_s, {0, 72, 150, 30}}, {u"lblMaskClick"_s, all},
+                {u"lblMaskInvalid"_s, all}, {u"lblMaskInactive"_s, all}},
+            {u"lblMaskClick"_s, u"lblMaskInvalid"_s, u"lblMaskInactive"_s});
+        face->setIconTitle({});
+        for (int y : {0, 1, 2, 80}) {
+            QCOMPARE(pixel(face, {75, y}), y < 2 ? QColor(Qt::black) : kGray);
+        }
+        QRect const dial(0, 0, 108, 108);
+        BaseKnobIconWidget knob;
+        check(knob, {{{}, dial}, {u"base"_s, dial}, {u"lblMaskDisable"_s, dial}, {u"lblSkin"_s, dial}},
+            {u"lblMaskDisable"_s, u"lblIcon"_s});
+        knob.setPalette(QPalette(Qt::white));
+        child(&knob, "lblSkin")->hide();
+        QCOMPARE(pixel(&knob, {1, 1}), QColor(57, 57, 57)); // 31 at 225 of 255
+        BaseKnobPropertyWidget panel;
+        check(panel,
+            {{{}, {0, 0, 824, 234}}, {u"knobStateWidget"_s, {0, 0, 240, 234}},
+                {u"lineEdtPluginTitle"_s, {256, 32, 344, 24}}, {u"lblPluginTitle"_s, {256, 8, 344, 24}}},
+            {u"btnSetting"_s});
+    }
+
+    void fitting_data()
+    {
+        QTest::addColumn<QSize>("image");
+        QTest::addColumn<QRect>("seen"); // of a picture whose middle half is red
+        QTest::newRow("exact") << kFace << QRect(38, 27, 74, 54);
+        QTest::newRow("small") << QSize(40, 40) << QRect(65, 44, 20, 20);
+        QTest::newRow("one pixel") << QSize(1, 1) << QRect();
+        QTest::newRow("large") << QSize(225, 162) << QRect(38, 27, 74, 54);
+        QTest::newRow("too wide only") << QSize(300, 50) << QRect(0, 27, 150, 54);
+        QTest::newRow("too tall only") << QSize(100, 200) << QRect(38, 0, 74, 108);
+        QTest::newRow("thread") << QSize(60000, 1) << QRect(0, 0, 150, 108);
+    }
+
+    void fitting()
+    {
+        QFETCH(QSize, image);
+        QFETCH(QRect, seen);
+        for (auto const format : {QImage::Format_ARGB32, QImage::Format_RGB32, QImage::Format_Indexed8}) {
+            QImage colored(image, QImage::Format_ARGB32);
+            colored.fill(Qt::blue);
+            QRect middle({0, 0}, QSize(image.width() / 2, image.height() / 2 + image.height() % 2));
+            middle.moveCenter(colored.rect().center());
+            QPainter(&colored).fillRect(middle, Qt::red);
+            for (int const ratio : {1, 2}) {
+                QImage const face =
+                    MekMixerHelper::getProcessPluginIcon(colored.convertToFormat(format), kFace, ratio);
+                QCOMPARE(face.deviceIndependentSize(), QSizeF(kFace));
+                bool const covers = image.width() >= kFace.width() || image.height() >= kFace.height();
+                QCOMPARE(qAlpha(face.pixel(0, 0)), covers ? 255 : 0);
+                for (QPoint const corner : {seen.topLeft(), seen.bottomRight()}) {
+                    QPoint const near = (seen.center() - corner) / 8;
+                    QVERIFY(seen.isEmpty() || face.pixelColor((corner + near) * ratio) == Qt::red);
+                    QVERIFY(QColor(face.copy(QRect((corner - near) * ratio, QSize(1, 1))).pixel(0, 0)) !=
+                            Qt::red);
+                }
+            }
+        }
+        QCOMPARE(ZoBaseHotkeyWidget::processHotkeyIcon({}, {4, 5}).pixel(3, 4), 0U);
+        QVERIFY(ZoBaseHotkeyWidget::processHotkeyIcon(QImage(1, 1, QImage::Format_RGB32), {}).isNull());
+    }
+
+    void icons_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QSize>("playing"); // at this size; the face's for a still picture
+        QTest::addColumn<QColor>("middle"); // invalid: the face is empty
+        QByteArray const gigantic =
+            QByteArray::fromHex("89504e470d0a1a0a0000000d494844520000ea600000ea60080600000080d27542"
+                                "0000000149444154ffffffffff");
+        QByteArray const svg("<svg xmlns='http://www.w3.org/2000/svg' width='%' height='%'>"
+                             "<rect width='99999' height='99999' fill='red'/></svg>");
+        auto const row = [](char const* name, QString const& path, QSize size, QColor const& middle) {
+            QTest::newRow(name) << path << size << middle;
+        };
+        row("png", picture(u"a.png"_s, kFace, Qt::red), kFace, Qt::red);
+        row("large jpg", picture(u"b.jpg"_s, {3000, 2500}, Qt::white), kFace, Qt::white);
+        row("svg", file(u"c.svg"_s, QByteArray(svg).replace('%', "150")), kFace, Qt::red);
+        row("gif by its content", file(u"d.png"_s, tinyGif(kFace, 2)), kFace, Qt::black);
+        row("wide gif", file(u"e.GIF"_s, tinyGif({100, 50}, 2)), {150, 75}, Qt::black);
+        row("tall gif", file(u"f.gif"_s, tinyGif({50, 100}, 2)), {54, 108}, Qt::black);
+        row("png named gif", picture(u"g.gif"_s, kFace, Qt::red, "png"), kFace, Qt::red);
+        row("no path", QString(), {}, {});
+        row("missing", u"/nowhere/a.png"_s, {}, {});
+        row("missing gif", u"/nowhere/a.gif"_s, {}, {});
+        row("a folder", folder.path(), {}, {});
+        row("empty", file(u"h.png"_s, {}), {}, {});
+        row("gigantic gif", file(u"j.gif"_s, tinyGif({60000, 60000}, 2, {60000, 1})), {}, {});
+        row("gigantic png", file(u"k.png"_s, gigantic), {}, {});
+        row("gigantic svg", file(u"l.svg"_s, QByteArray(svg).replace('%', "60000")), {}, {});
+    }
+
+    void icons()
+    {
+        QFETCH(QString, path);
+        QFETCH(QSize, playing);
+        QFETCH(QColor, middle);
+        for (bool movieFirst : {false, true}) {
+            ZoBaseHotkeyWidget face;
+            face.setIconTitle({});
+            auto* const label = child(&face, "lblIcon");
+            face.setIconAsset(movieFirst ? file(u"first.gif"_s, tinyGif(kFace, 2))
+                                         : picture(u"first.png"_s, kFace, Qt::green));
+            QPointer<QMovie> const before = label->movie();
+            QVERIFY(movieFirst ? before && !label->hasScaledContents() : label->hasScaledContents());
+            if (!middle.isValid()) {
+                QTest::ignoreMessage(
+                    QtWarningMsg, QRegularExpression(u"\\[(play|read|readPicture)\\] .*\"%1\""_s.arg(path)));
+                face.setIconAsset(path);
+                QVERIFY(!before);
+                QCOMPARE(pixel(&face, {75, 54}), kGray);
+                continue;
+            }
+            face.setIconAsset(path);
+            QVERIFY(!before);
+            qreal const ratio = face.devicePixelRatioF();
+            bool const moves = path.endsWith(u".gif"_s, Qt::CaseInsensitive);
+            QCOMPARE(moves ? label->movie()->scaledSize() : label->pixmap().size(),
+                (QSizeF(playing) * ratio).toSize());
+            QCOMPARE(label->hasScaledContents(), !moves);
+            QCOMPARE(pixel(&face, {75, 54}), middle);
+            QCOMPARE(pixel(&face, {5, 54}), playing.width() < 140 ? kGray : middle);
+            QTRY_VERIFY(!moves || label->movie()->state() != QMovie::Running); // hidden
+        }
+    }
+
+    void nothingNewIsNoWork()
+    {
+        ZoBaseHotkeyWidget face;
+        auto* const label = child(&face, "lblIcon");
+        QString const still = picture(u"same.png"_s, kFace, Qt::red);
+        QString const gif = file(u"same.gif"_s, tinyGif(kFace, 1));
+        face.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&face));
+        ZoDisplayViewAttribute look;
+        for (QString const& path : {still, gif}) {
+            auto const set = [&] {
+                face.setIconAsset(path);
+                face.setIconTitle(u"Title"_s);
+                face.adjustView(look);
+            };
+            set();
+            QTRY_VERIFY(!label->movie() || label->movie()->state() == QMovie::Paused); // its one frame
+            qint64 const pixmap = label->pixmap().cacheKey();
+            QPointer<QMovie> const movie = label->movie();
+            QCOMPARE(paintEvents(&face, set), 0);
+            QVERIFY(label->pixmap().cacheKey() == pixmap && label->movie() == movie);
+        }
+        look.size = 18;
+        QVERIFY(paintEvents(&face, [&] { face.adjustView(look); }) > 0);
+        QCOMPARE(child(&face, "lblTitle")->geometry(), QRect(0, 108 - 36 - 10, 150, 40));
+
+        // New content under an old name.
+        face.setIconTitle({});
+        face.setIconAsset(still);
+        picture(u"same.png"_s, {200, 200}, Qt::yellow);
+        face.setIconAsset(still);
+        QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::yellow));
+        // A pixmap takes the file's place.
+        QPixmap plain(10, 10);
+        plain.fill(Qt::cyan);
+        face.setIconPixmap(plain);
+        QCOMPARE(pixel(&face, {2, 2}), QColor(Qt::cyan));
+        QCOMPARE(paintEvents(&face, [&] { face.setIconPixmap(plain); }), 0);
+        face.setIconAsset(still);
+        QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::yellow));
+    }
+
+    void masks()
+    {
+        ZoBaseHotkeyWidget face;
+        using Face = ZoBaseHotkeyWidget;
+        for (auto const& [on, off] :
+            {std::pair(&Face::keyDown, &Face::keyUp), {&Face::showInvalid, &Face::hideInvalid},
+                {&Face::showInactive, &Face::hideInactive}, {&Face::showText, &Face::hideText}}) {
+            (face.*off)();
+            QImage const without = face.grab().toImage();
+            (face.*on)();
+            QVERIFY(face.grab().toImage() != without);
+            (face.*off)();
+            QVERIFY(face.grab().toImage() == without);
+        }
+    }
+
+    void pressing()
+    {
+        ZoBaseHotkeyWidget face;
+        face.setIconTitle({});
+        auto* const label = child(&face, "lblIcon");
+        QString const gif = file(u"pressed.gif"_s, tinyGif(kFace, 1));
+        QPixmap down(100, 72);
+        down.fill(Qt::magenta);
+        for (QString const& path : {picture(u"released.png"_s, kFace, Qt::red), gif}) {
+            face.setIconAsset(path);
+            QImage const before = face.grab().toImage();
+            face.setDownImage(QPixmap(3, 3));
+            face.setDownImage(down);
+            QVERIFY(!label->movie() && !label->hasScaledContents());
+            QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::magenta));
+            QCOMPARE(pixel(&face, {20, 54}), kGray); // not stretched
+            face.setIconAsset(path);
+            for (int i = 0; i < 2; ++i) {
+                face.keyUp();
+                QVERIFY(face.grab().toImage() == before && (label->movie() != nullptr) == (path == gif));
+            }
+        }
+        // The file disappears while the key is down.
+        face.setDownImage(down);
+        QVERIFY(QFile::remove(gif));
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"AnimatedIcon..play"_s));
+        face.keyUp();
+        QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::black));
+        // A new icon shows at once and stays.
+        face.setDownImage(down);
+        face.setIconAsset(picture(u"next.png"_s, kFace, Qt::yellow));
+        QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::yellow));
+        face.keyUp();
+        QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::yellow));
+    }
+
+    void arcs_data()
+    {
+        QTest::addColumn<QList<int>>("range"); // value, minimum, maximum
+        QTest::addColumn<int>("degrees");
+        QTest::addColumn<QString>("colored"); // at the lower left, left, top, right, lower right, bottom
+        auto const row = [](char const* name, QList<int> const& range, int degrees, char const* colored) {
+            QTest::newRow(name) << range << degrees << QString::fromLatin1(colored);
+        };
+        int const most = 2147483647;
+        row("none", {0, 0, 100}, 0, "------");
+        row("half", {50, 0, 100}, 135, "xxx---");
+        row("truncated", {1, 0, 100}, 2, "------");
+        row("full", {100, 0, 100}, 270, "xxxxx-");
+        row("other range", {-10, -60, 40}, 135, "xxx---");
+        row("below", {-25, 0, 100}, -67, "-----x");
+        row("above", {200, 0, 100}, 540, "xxxxxx");
+        row("empty range", {5, 3, 3}, 0, "------");
+        row("swapped range", {25, 100, 0}, 202, "xxx---");
+        row("largest", {most, -most - 1, most}, 270, "xxxxx-");
+        row("far beyond", {most, 0, 1}, most, "xxxxxx");
+    }
+
+    void arcs()
+    {
+        QFETCH(QList<int>, range);
+        BaseKnobIconWidget face;
+        face.setKnobMinimum(range[1]);
+        face.setKnobMaximum(range[2]);
+        face.setKnobValue(range[0]);
+        QTEST(child<BaseKnob>(&face, "base")->getCurrentArcLength(), "degrees");
+        QCOMPARE(child(&face, "lblVolume")->text(), QString::number(range[0]));
+        child(&face, "lblSkin")->hide();
+        child(&face, "lblVolume")->hide();
+        for (QColor const& color : {QColor(224, 147, 55), QColor(1, 200, 3)}) {
+            QString found;
+            // Five degrees inside of the dial's ends, at the middle of the arc's width.
+            for (QPoint at : {QPoint(-28, 23), {-36, 0}, {-3, -36}, {36, 0}, {28, 23}, {0, 36}}) {
+                found += pixel(&face, QPoint(54, 54) + at) == color ? u'x' : u'-';
+            }
+            QTEST(found, "colored");
+            face.setKnobColor(QColor(1, 200, 3));
+            face.setKnobColor(QColor());
+        }
+    }
+
+    void knobFace()
+    {
+        using Face = BaseKnobIconWidget;
+        Face face;
+        face.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&face));
+        face.setKnobIcon(picture(u"knob.png"_s, {99, 70}, Qt::red));
+        face.showIcon();
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"No such file"_s));
+        face.setKnobIcon(u"/nowhere.png"_s);
+        QVERIFY(!child(&face, "lblVolume")->isVisible() && pixel(&face, {54, 54}) == Qt::red);
+        face.hideIcon();
+        QVERIFY(child(&face, "lblVolume")->isVisible() && !child(&face, "lblIcon")->isVisible());
+        face.setTitle(u"<b>x"_s);
+        QCOMPARE(child(&face, "lblImageText")->textFormat(), Qt::PlainText);
+        for (auto const& [name, on, off] : {std::tuple("lblImageText", &Face::showTitle, &Face::hideTitle),
+                 {"lblMaskDisable", &Face::showDisable, &Face::hideDisable}}) {
+            (face.*on)();
+            QVERIFY(child(&face, name)->isVisible());
+            (face.*off)();
+            QVERIFY(!child(&face, name)->isVisible());
+        }
+        QCOMPARE(paintEvents(&face, [&] { face.setKnobValue(0); }), 0);
+        QVERIFY(paintEvents(&face, [&] { face.setKnobMinimum(-1); }) > 0);
+    }
+
+    void knobPages()
+    {
+        BaseKnobStateWidget knob;
+        QSignalSpy changed(&knob, &BaseKnobStateWidget::iconIndexChanged);
+        knob.generateButtonsByStateNames({u"1"_s, u"2"_s, u"3"_s, u"4"_s, u"5"_s, u"6"_s, u"7"_s});
+        QCOMPARE(knob.totalButtonNum(), 0);
+        knob.generateButtonsByStateNames({u"old"_s, u"older"_s, u"oldest"_s});
+        knob.generateButtonsByStateNames({u"Off"_s, u"On"_s});
+        QCOMPARE(knob.totalButtonNum(), 5);
+        auto const* const pages = knob.findChild<QButtonGroup*>();
+        auto* const off = pages->buttons().at(3);
+        auto* const on = pages->buttons().at(4);
+        QCOMPARE(off->geometry(), QRect(120, 206, 36, 16));
+        QCOMPARE(on->geometry(), QRect(84, 206, 36, 16));
+        QVERIFY(pages->checkedButton() == off && changed.isEmpty());
+        for (int id : {-1, 3, 1}) {
+            knob.clickButton(id);
+        }
+        QVERIFY(pages->checkedButton() == on && child(&knob, "lblName")->text() == u"On"_s);
+        QTest::mouseClick(off, Qt::LeftButton);
+        QCOMPARE(changed, (QList<QVariantList>{{1}, {0}}));
+        knob.hideButtons();
+        QVERIFY(on->isHidden() && off->isHidden());
+    }
+
+    void knobColors()
+    {
+        BaseKnobPropertyWidget panel;
+        QSignalSpy selected(&panel, &BaseKnobPropertyWidget::knobColorSelected);
+        auto const shows = [&](QColor const& color) {
+            QImage const preview =
+                child(child<QWidget>(&panel, "widgetIcon"), "lblBackground")->pixmap().toImage();
+            auto const at = [&](QPointF point) {
+                return preview.pixelColor((point * preview.devicePixelRatio()).toPoint());
+            };
+            return preview.deviceIndependentSize() == QSizeF(110, 110) && at({18, 55}) == color &&
+                   at({55, 18}) == color && at({55, 92}).alpha() == 0 && at({55, 55}).alpha() > 0;
+        };
+        panel.showKnobColor();
+        QVERIFY(shows(Qt::transparent)); // none yet
+        QColor const green(0, 255, 125);
+        panel.setKnobColor(green);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"setKnobColor. Not a colour"_s));
+        panel.setKnobColor({});
+        auto const* const chosen = child<QPushButton>(&panel, "btnColor_04");
+        QVERIFY(chosen->isChecked() && shows(green));
+        panel.showKnobColorTransparent();
+        QVERIFY(shows(Qt::transparent));
+        panel.showKnobColor();
+        QVERIFY(shows(green));
+        QVERIFY(paintEvents(&panel, [&] { panel.setKnobColor(green); }) == 0);
+        panel.setKnobColor(QColor(1, 2, 3)); // not in the palette
+        QVERIFY(chosen->isChecked() && shows(QColor(1, 2, 3)) && selected.isEmpty());
+        QTest::mouseClick(child<QPushButton>(&panel, "btnColor_01"), Qt::LeftButton);
+        QCOMPARE(selected, (QList<QVariantList>{{QColor(Qt::red)}}));
+        QVERIFY(shows(Qt::red));
+        auto const* const palette = child<QWidget>(&panel, "selectColorWidget");
+        panel.hideColorSelect();
+        QVERIFY(palette->isHidden());
+        panel.showColorSelect();
+        QVERIFY(!palette->isHidden());
+    }
+
+    void knobStates()
+    {
+        BaseKnobPropertyWidget panel;
+        panel.show();
+        QSignalSpy titled(&panel, &BaseKnobPropertyWidget::knobTitleChanged);
+        QSignalSpy paged(&panel, &BaseKnobPropertyWidget::stateIndexChanged);
+        QSignalSpy settings(&panel, &BaseKnobPropertyWidget::settingButtonClicked);
+        auto* const edit = child<QLineEdit>(&panel, "lineEdtPluginTitle");
+        auto* const preview = child(&panel, "lblImageText");
+        auto const icon = [&] { return pixel(child(&panel, "lblIcon"), {18, 18}); };
+        Names const icons{picture(u"0.png"_s, {50, 50}, Qt::red), picture(u"1.png"_s, {50, 50}, Qt::green)};
+        panel.generateButtonsByStateNames({u"Off"_s, u"On"_s, u"Auto"_s});
+        QList<QAbstractButton*> const buttons = panel.findChild<QButtonGroup*>()->buttons();
+        panel.setKnobIconList(icons);
+        panel.setKnobTitleList({u"off"_s, u"on"_s});
+        QVERIFY(buttons[2]->isVisible() && icon() == Qt::red && panel.getCurrentIcon() == icons[0]);
+        QVERIFY(edit->text() == u"off"_s && preview->text() == u"off"_s);
+        QTest::mouseClick(buttons[1], Qt::LeftButton);
+        QVERIFY(icon() == Qt::green && edit->text() == u"on"_s && panel.getCurrentIcon() == icons[1]);
+        QCOMPARE(titled.size(), 0);
+        QTest::keyClicks(edit, u"!"_s);
+        edit->setText(u"set by code"_s);
+        panel.lineEditDisconnect();
+        edit->setText(u"quiet"_s);
+        panel.lineEditConnect();
+        panel.lineEditConnect();
+        edit->setText(u"loud"_s);
+        panel.setCurrentId(2); // neither title nor icon
+        QVERIFY(icon() == Qt::green && panel.getCurrentIcon().isEmpty() && edit->text() == u"loud"_s);
+        edit->clear();
+        panel.setCurrentId(1);
+        QVERIFY(edit->text() == u"loud"_s && preview->text() == u"loud"_s);
+        panel.setCurrentId(9);
+        for (int index : {-1, 2147483647}) {
+            panel.onIconIndexChanged(index);
+            panel.onTextChanged(u"nowhere"_s);
+        }
+        QCOMPARE(titled, (QList<QVariantList>{{1, u"on!"_s}, {1, u"set by code"_s}, {1, u"loud"_s},
+                             {2, QString()}, {-1, u"nowhere"_s}, {2147483647, u"nowhere"_s}}));
+        QCOMPARE(paged, (QList<QVariantList>{{1}, {2}, {1}, {-1}, {2147483647}}));
+        panel.setKnobIconList({icons[0]});
+        QVERIFY(!buttons[0]->isVisible());
+        panel.showButtons();
+        QVERIFY(buttons[0]->isVisible());
+        child<QPushButton>(&panel, "btnSetting")->click();
+        QCOMPARE(settings.size(), 1);
+    }
+
+    void tooltips()
+    {
+        Names reports;
+        Watch watch;
+        watch.see = [&](QEvent const& event) {
+            if (event.type() == QEvent::Type(3417)) {
+                auto const& report = static_cast<MekTooltipEvent const&>(event);
+                reports += report.eventName() + u'/' + report.label();
+            }
+        };
+        qApp->installEventFilter(&watch);
+        auto button = std::make_unique<MekTooltipButton>();
+        button->setProperty("gaV4Lab", u"mute"_s);
+        auto const send = [&](QEvent&& event) { QCoreApplication::sendEvent(button.get(), &event); };
+        auto const hover = [&] { send(QHelpEvent(QEvent::ToolTip, {}, {})); };
+        hover();
+        hover();
+        QCOMPARE(reports, Names()); // posted
+        QCoreApplication::processEvents();
+        QCOMPARE(reports, Names{u"Tooltip/mute"_s});
+        send(QEvent(QEvent::Leave));
+        hover();
+        send(QEnterEvent({}, {}, {}));
+        button->setProperty("gaV4Lab", {});
+        hover();
+        button.reset(); // what is on its way arrives before the code that could deliver it may go
+        QCOMPARE(reports, (Names{u"Tooltip/mute"_s, u"Tooltip/mute"_s, u"Tooltip/"_s}));
+    }
+};
+
+QTEST_MAIN(tst_KeyFace)
+#include "tst_KeyFace.moc"

@@ -1,0 +1,601 @@
+#include "relay/ZoLumenProxy.h"
+#include "tests/TinyGif.h"
+#include "uikit/AnimatedIcon.h"
+#include "uikit/BasePropertyWidget.h"
+#include "uikit/IconStateWidget.h"
+
+#include <QButtonGroup>
+#include <QComboBox>
+#include <QFile>
+#include <QFileDialog>
+#include <QHash>
+#include <QImage>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMovie>
+#include <QPointer>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <functional>
+
+using namespace Qt::StringLiterals;
+using Names = QList<QString>;
+
+namespace {
+
+using Answer = std::function<void(QWidget*)>;
+
+QWidget* openPopup()
+{
+    return QApplication::activePopupWidget();
+}
+
+// Answers the dialogs (or with `openPopup` the menus) that open one after the other, each as soon as it is
+// there.
+void answerInTurn(QList<Answer> const& answers, QWidget* (*current)() = &QApplication::activeModalWidget)
+{
+    auto* const poll = new QTimer(qApp);
+    QObject::connect(poll, &QTimer::timeout, poll, [=, left = answers, last = QPointer<QWidget>()]() mutable {
+        QWidget* const widget = current();
+        if (!widget || widget == last) {
+            return;
+        }
+        last = widget;
+        Answer const answer = left.takeFirst();
+        if (left.isEmpty()) {
+            poll->stop();
+            poll->deleteLater();
+        }
+        answer(widget);
+    });
+    poll->start(1);
+}
+
+Answer press(QString const& button)
+{
+    return [button](QWidget* dialog) {
+        auto* const found = dialog->findChild<QPushButton*>(button);
+        QVERIFY2(found, qPrintable(button));
+        QTest::mouseClick(found, Qt::LeftButton);
+    };
+}
+
+Answer pick(QString const& file, QString const& start = {})
+{
+    return [file, start](QWidget* dialog) {
+        auto* const files = qobject_cast<QFileDialog*>(dialog);
+        QVERIFY(files);
+        QVERIFY(!file.isEmpty() || files->directory().path() == start);
+        files->selectFile(file);
+        QMetaObject::invokeMethod(files, file.isEmpty() ? "reject" : "accept");
+    };
+}
+
+} // namespace
+
+class tst_PropertyFrame : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir folder;
+    std::unique_ptr<BasePropertyWidget> frame;
+
+    template <typename T>
+    T* child(char const* name) const
+    {
+        return frame->findChild<T*>(QString::fromLatin1(name));
+    }
+    QString file(QString const& name, QByteArray const& content) const
+    {
+        QFile out(folder.filePath(name));
+        return out.open(QIODevice::WriteOnly) && out.write(content) >= 0 ? out.fileName() : QString();
+    }
+    QString picture(QString const& name, QSize size, QColor const& color, char const* format = nullptr) const
+    {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(color);
+        QString const path = folder.filePath(name);
+        return image.save(path, format) ? path : QString();
+    }
+    QPushButton* page(int id) const
+    {
+        return qobject_cast<QPushButton*>(
+            child<IconStateWidget>("iconStateWidget")->findChild<QButtonGroup*>()->button(id));
+    }
+    QColor preview() const { return child<QLabel>("lblIcon")->grab().toImage().pixelColor(37, 27); }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(folder.isValid());
+        ZoLumenProxy::getInstance().configDir = folder.filePath(u"data"_s);
+    }
+
+    void init()
+    {
+        QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
+        frame = std::make_unique<BasePropertyWidget>();
+        frame->move(100, 300);
+    }
+
+    void cleanup() { frame.reset(); }
+
+    void form()
+    {
+        frame->show();
+        QCOMPARE(frame->size(), QSize(824, 234));
+        QHash<QString, QRect> const geometries{{u"lblBackground"_s, {0, 0, 970, 234}},
+            {u"iconStateWidget"_s, {0, 0, 240, 234}}, {u"lineEdtPluginTitle"_s, {256, 32, 344, 24}},
+            {u"lblPluginTitle"_s, {256, 8, 344, 24}}, {u"widgetIcon"_s, {0, 0, 240, 234}},
+            {u"lblIcon"_s, {83, 90, 75, 54}}, {u"lblImageArea"_s, {-1, -1, 221, 188}},
+            {u"lblImageText"_s, {83, 123, 75, 18}}, {u"btnTextEdit"_s, {178, 10, 24, 24}},
+            {u"btnSelect"_s, {206, 10, 24, 24}}};
+        for (auto const& [name, geometry] : geometries.asKeyValueRange()) {
+            auto const* const widget = frame->findChild<QWidget*>(name);
+            QCOMPARE(QRect(widget->mapTo(frame.get(), QPoint(0, 0)), widget->size()), geometry);
+            QCOMPARE(widget->isVisible(), name != u"btnTextEdit"_s);
+            QVERIFY(!qobject_cast<QPushButton const*>(widget) || !widget->accessibleName().isEmpty());
+        }
+    }
+
+    // A host that knows no header of ours works a panel like this.
+    void operationsByName()
+    {
+        QWidget* const known = frame.get();
+        frame->show();
+        auto const call = [known](char const* name, auto... arguments) {
+            return QMetaObject::invokeMethod(known, name, arguments...);
+        };
+        QStringList const titles{u"Off"_s, u"On"_s};
+        QStringList const none;
+        QVERIFY(call("setPluginTitleList", Q_ARG(QStringList, titles)));
+        QVERIFY(call("generateButtonsByStateNames", Q_ARG(QStringList, titles), Q_ARG(bool, true)));
+        QVERIFY(call("setButtonTooltip", Q_ARG(int, 1), Q_ARG(QString, u"tip"_s)));
+        QCOMPARE(page(1)->toolTip(), u"tip"_s);
+        QVERIFY(call("setCurrentId", Q_ARG(int, 1)));
+        QString title;
+        QVERIFY(QMetaObject::invokeMethod(known, "iconTitle", Q_RETURN_ARG(QString, title)));
+        QCOMPARE(title, u"On"_s);
+        auto* const edit = child<QLineEdit>("lineEdtPluginTitle");
+        QVERIFY(call("setTitleIsReadOnly", Q_ARG(bool, true)));
+        QVERIFY(edit->isReadOnly() && edit->focusPolicy() == Qt::NoFocus);
+        QVERIFY(call("setTitleIsReadOnly", Q_ARG(bool, false)));
+        QVERIFY(!edit->isReadOnly() && edit->focusPolicy() == Qt::ClickFocus);
+        QVERIFY(call("setTextEditable", Q_ARG(bool, true)));
+        QVERIFY(child<QWidget>("btnTextEdit")->isVisible());
+        QVERIFY(call("setIconChangeable", Q_ARG(bool, false)));
+        QVERIFY(!child<QWidget>("btnSelect")->isVisible());
+        for (int type : {7, -1, 0}) {
+            auto const value = BaseIconProperty::Type{type};
+            QVERIFY(call("setIconType", Q_ARG(BaseIconProperty::Type, value), Q_ARG(bool, true)));
+            QCOMPARE(child<QWidget>("btnSelect")->isVisible(), type == 0);
+        }
+        QVERIFY(page(0)->isVisible());
+        QVERIFY(
+            call("setIconType", Q_ARG(BaseIconProperty::Type, BaseIconProperty::Fixed), Q_ARG(bool, true)));
+        QVERIFY(!page(0)->isVisible() && !child<QWidget>("btnSelect")->isVisible());
+        QVERIFY(!child<QWidget>("lblImageText")->isVisible());
+        QCOMPARE(child<QWidget>("lblIcon")->geometry(), QRect(70, 81, 100, 72));
+        QVERIFY(call("showImageText"));
+        QVERIFY(child<QWidget>("lblImageText")->isVisible());
+        QVERIFY(call("generateButtonsByStateNames", Q_ARG(QStringList, titles), Q_ARG(bool, false)));
+        QVERIFY(page(0)->isVisible());
+        QVERIFY(call("setPluginIconList", Q_ARG(QStringList, none))); // nothing to page through
+        QVERIFY(!page(0)->isVisible());
+        QVERIFY(call("setPluginMissingMode"));
+        QVERIFY(!edit->isVisible() && !child<QWidget>("lblImageText")->isVisible());
+        for (char const* name : {"hideButtons", "lineEditDisconnect", "lineEditConnect"}) {
+            QVERIFY(call(name));
+        }
+    }
+
+    void pageButtons_data()
+    {
+        QTest::addColumn<int>("states");
+        QTest::addColumn<bool>("fromLeft");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<int>("firstX");
+        QTest::addColumn<int>("lastX");
+        QTest::newRow("none") << 0 << true << 0 << 0 << 0;
+        QTest::newRow("one") << 1 << true << 1 << 102 << 102;
+        QTest::newRow("two from the left") << 2 << true << 2 << 84 << 120;
+        QTest::newRow("two from the right") << 2 << false << 2 << 120 << 84;
+        QTest::newRow("six fit") << 6 << false << 6 << 192 << 12;
+        QTest::newRow("seven do not") << 7 << true << 0 << 0 << 0;
+    }
+
+    void pageButtons()
+    {
+        QFETCH(int, states);
+        QFETCH(bool, fromLeft);
+        QFETCH(int, count);
+        auto* const icons = child<IconStateWidget>("iconStateWidget");
+        QSignalSpy changed(icons, &IconStateWidget::iconIndexChanged);
+        frame->show();
+        icons->generateButtonsByStateNames({u"old"_s, u"older"_s, u"oldest"_s}, true);
+        QPointer<QPushButton> const old = page(2);
+        Names names;
+        for (int i = 0; i < states; ++i) {
+            names += u"State %1"_s.arg(i);
+        }
+        icons->generateButtonsByStateNames(names, fromLeft);
+        QCOMPARE(icons->totalButtonNum(), count);
+        QVERIFY(old && !old->isVisible());
+        QCOMPARE(changed.size(), 0);
+        icons->clickButton(7);
+        icons->clickButton(-1);
+        QCOMPARE(changed.size(), 0);
+        if (count == 0) {
+            return;
+        }
+        QFETCH(int, firstX);
+        QFETCH(int, lastX);
+        QCOMPARE(page(0)->geometry(), QRect(firstX, 206, 36, 16));
+        QCOMPARE(page(count - 1)->geometry(), QRect(lastX, 206, 36, 16));
+        QVERIFY(page(0)->isChecked() && page(0)->isVisible());
+        QCOMPARE(page(count - 1)->toolTip(), names.constLast());
+        QTest::mouseClick(page(count - 1), Qt::LeftButton);
+        QCOMPARE(changed, (QList<QVariantList>{{count - 1}}));
+    }
+
+    void titles()
+    {
+        QSignalSpy titled(frame.get(), &BasePropertyWidget::pluginTitleChanged);
+        frame->show();
+        auto* const edit = child<QLineEdit>("lineEdtPluginTitle");
+        QCOMPARE(frame->iconTitle(), u"Plugin Title"_s);
+        Names const three{u"a"_s, u"b"_s, u"c"_s};
+        frame->generateButtonsByStateNames(three, true);
+        frame->setPluginTitleList({u"Off"_s, u"<b>On</b>"_s});
+        frame->setCurrentId(1);
+        QCOMPARE(child<QLabel>("lblImageText")->text(), u"<b>On</b>"_s);
+        QCOMPARE(child<QLabel>("lblImageText")->textFormat(), Qt::PlainText);
+        QCOMPARE(titled.size(), 0);
+        edit->setCursorPosition(0);
+        // As an action does: each edit comes back as the whole list. The cursor must not jump.
+        connect(frame.get(), &BasePropertyWidget::pluginTitleChanged, frame.get(),
+            [this](int index, QString const& text) {
+                Names list{u"Off"_s, u"On"_s, QString()};
+                list[index] = text;
+                frame->setPluginTitleList(list);
+            });
+        QTest::keyClicks(edit, u"xy"_s);
+        QCOMPARE(titled, (QList<QVariantList>{{1, u"x<b>On</b>"_s}, {1, u"xy<b>On</b>"_s}}));
+        QCOMPARE(child<QLabel>("lblImageText")->text(), frame->iconTitle());
+        disconnect(frame.get(), &BasePropertyWidget::pluginTitleChanged, frame.get(), nullptr);
+
+        // A list that is shorter than the states loses nothing.
+        frame->setPluginTitleList({u"Off"_s});
+        QTest::mouseClick(page(2), Qt::LeftButton);
+        edit->clear();
+        QTest::keyClicks(edit, u"z"_s);
+        frame->setCurrentId(0);
+        QCOMPARE(frame->iconTitle(), u"Off"_s);
+        frame->setCurrentId(2);
+        QCOMPARE(frame->iconTitle(), u"z"_s);
+
+        titled.clear();
+        frame->lineEditDisconnect();
+        QTest::keyClicks(edit, u"1"_s);
+        QCOMPARE(titled.size(), 0);
+        frame->lineEditConnect();
+        frame->lineEditConnect();
+        QTest::keyClicks(edit, u"2"_s);
+        QCOMPARE(titled, (QList<QVariantList>{{2, u"z12"_s}}));
+
+        for (int index : {-1, 99, 2147483647, -2147483647}) {
+            frame->onIconIndexChanged(index);
+            QCOMPARE(frame->iconTitle(), u"z12"_s);
+            frame->onTextChanged(u"z12"_s);
+        }
+    }
+
+    void fittedSizes_data()
+    {
+        QTest::addColumn<QSize>("picture");
+        QTest::addColumn<QSize>("inPreview");
+        QTest::addColumn<QSize>("onFace");
+        QTest::newRow("the face's ratio") << QSize(150, 108) << QSize(75, 54) << QSize(150, 108);
+        QTest::newRow("larger, same ratio") << QSize(1500, 1080) << QSize(75, 54) << QSize(150, 108);
+        QTest::newRow("wide") << QSize(100, 50) << QSize(75, 37) << QSize(150, 75);
+        QTest::newRow("tall") << QSize(50, 100) << QSize(27, 54) << QSize(54, 108);
+        QTest::newRow("thread") << QSize(60000, 1) << QSize(75, 1) << QSize(150, 1);
+        QTest::newRow("none") << QSize() << QSize() << QSize();
+    }
+
+    void fittedSizes()
+    {
+        QFETCH(QSize, picture);
+        QTEST(AnimatedIcon::fitted(picture, {75, 54}), "inPreview");
+        QTEST(AnimatedIcon::fittedToKeyFace(picture), "onFace");
+        QString const path = file(u"size.gif"_s, tinyGif({30, 20}, 1));
+        QCOMPARE(AnimatedIcon::canvasSize(path, 600), QSize(30, 20));
+        QCOMPARE(AnimatedIcon::canvasSize(path, 599), QSize());
+    }
+
+    void icons_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QSize>(
+            "shown"); // of the movie, or the label's for a still picture; invalid: unchanged
+        QTest::addColumn<QString>("log");
+        auto const row = [](char const* name, QString const& path, QSize shown = {},
+                             QString const& log = {}) { QTest::newRow(name) << path << shown << log; };
+        QString const still = u"[IconStateWidget][updateCurrentIcon] Not a readable picture \"%1\""_s;
+        QString const moving = u"[AnimatedIcon][play] Not a playable picture \"%1\""_s;
+        auto const bad = [&](char const* name, QString const& path, QString const& log) {
+            row(name, path, {}, log.arg(path));
+        };
+        QSize const label(75, 54);
+        row("png", picture(u"a.png"_s, {300, 20}, Qt::red), label);
+        row("jpg that is a png", picture(u"b.jpg"_s, {10, 10}, Qt::red, "png"), label);
+        row("wide gif", file(u"c.GIF"_s, tinyGif({100, 50}, 3)), {75, 37});
+        row("tall gif", file(u"d.gif"_s, tinyGif({50, 100}, 1)), {27, 54});
+        row("gif by its content", file(u"e.png"_s, tinyGif({50, 100}, 2)), label);
+        row("png named gif", picture(u"f.gif"_s, {75, 54}, Qt::red, "png"), label);
+        row("many frames", file(u"g.gif"_s, tinyGif({15, 10}, 10000)), {75, 50});
+        row("frames beyond the canvas", file(u"h.gif"_s, tinyGif({30, 20}, 2, {10, 10}, {25, 90})), {75, 50});
+        row("missing", u"/nowhere/a.png"_s, {}, u"[IconStateWidget][updateCurrentIcon][fileExists] false"_s);
+        row("no path", QString(), {}, u"[IconStateWidget][updateCurrentIcon][fileExists] false"_s);
+        bad("a folder", folder.path(), still);
+        bad("empty png", file(u"i.png"_s, {}), still);
+        bad("empty gif", file(u"j.gif"_s, {}), moving);
+        bad("cut gif", file(u"k.gif"_s, tinyGif({30, 20}, 2).left(420)), moving);
+        bad("gigantic gif", file(u"l.gif"_s, tinyGif({60000, 60000}, 2, {60000, 1})), moving);
+        QByteArray header = QByteArray::fromHex("89504e470d0a1a0a0000000d494844520000ea600000ea600806000000");
+        bad("gigantic png",
+            file(u"m.png"_s, header + QByteArray::fromHex("80d275420000000049444154"
+                                                          "35af061e")),
+            still);
+        header.replace(16, 8, QByteArray::fromHex("0000000500000005"));
+        bad("cut png", file(u"n.png"_s, header + QByteArray::fromHex("8d6f26e5")), still);
+    }
+
+    void icons()
+    {
+        QFETCH(QString, path);
+        QFETCH(QSize, shown);
+        QFETCH(QString, log);
+        frame->show();
+        auto* const label = child<QLabel>("lblIcon");
+        auto* const widget = child<IconStateWidget>("iconStateWidget");
+        double const ratio = label->devicePixelRatioF();
+        auto const device = [ratio](QSize size) { return (QSizeF(size) * ratio).toSize(); };
+        // Whatever was there before: a still picture or an animation.
+        for (bool movieFirst : {false, true}) {
+            QString const first =
+                movieFirst ? file(u"first.gif"_s, tinyGif({4, 4}, 3).replace("\x80\x80", "\x80\x70"))
+                           : picture(u"first.png"_s, {9, 9}, Qt::blue);
+            widget->updateCurrentIcon(first);
+            QPointer<QMovie> const before = label->movie();
+            QVERIFY(bool(before) == movieFirst);
+            if (!log.isEmpty()) {
+                QTest::ignoreMessage(log.endsWith(u"false"_s) ? QtDebugMsg : QtWarningMsg, qPrintable(log));
+            }
+            widget->updateCurrentIcon(path);
+            if (!shown.isValid()) {
+                QCOMPARE(label->movie(), before.get());
+                QVERIFY(movieFirst || preview() == Qt::blue);
+                QVERIFY(!before || (before->fileName() == first && before->state() == QMovie::Running));
+            } else if (path.endsWith(u".gif"_s, Qt::CaseInsensitive)) {
+                QVERIFY(!before);
+                QCOMPARE(label->movie()->scaledSize(), device(shown));
+                QCOMPARE(label->movie()->cacheMode(), QMovie::CacheNone);
+                QVERIFY(label->movie()->state() == QMovie::Running && !label->hasScaledContents());
+            } else {
+                QVERIFY(!before && !label->movie() && label->hasScaledContents());
+                QCOMPARE(label->pixmap().size(), device(shown));
+                QCOMPARE(label->pixmap().devicePixelRatio(), ratio);
+            }
+        }
+    }
+
+    void animationIsFittedAndRests()
+    {
+        frame->show();
+        auto* const label = child<QLabel>("lblIcon");
+        auto* const widget = child<IconStateWidget>("iconStateWidget");
+        widget->updateCurrentIcon(file(u"run.gif"_s, tinyGif({10, 10}, 4))); // 54 x 54, from black over red
+        QTRY_COMPARE(preview(), QColor(Qt::red));
+        QImage const image = label->grab().toImage();
+        int const left = qRound(10 * label->devicePixelRatioF());
+        QVERIFY(image.pixelColor(left - 2, 5) != Qt::red);
+        QVERIFY(image.pixelColor(left + 4, 5) == image.pixelColor(image.width() / 2, image.height() / 2));
+
+        QSignalSpy frames(label->movie(), &QMovie::frameChanged);
+        QVERIFY(frames.wait());
+        frame->hide();
+        QCOMPARE(label->movie()->state(), QMovie::Paused);
+        widget->updateCurrentIcon(file(u"hidden.gif"_s, tinyGif({10, 10}, 4)));
+        QTRY_COMPARE(label->movie()->state(), QMovie::Paused); // hidden from the beginning
+        QVERIFY(!label->movie()->currentPixmap().isNull());
+        frame->show();
+        QCOMPARE(label->movie()->state(), QMovie::Running);
+        widget->updateCurrentIcon(file(u"one.gif"_s, tinyGif({10, 10}, 1)));
+        QTRY_COMPARE(label->movie()->state(), QMovie::Paused); // one frame: nothing to play
+    }
+
+    void iconsOfStates()
+    {
+        QSignalSpy pathed(frame.get(), &BasePropertyWidget::pluginIconChanged);
+        frame->show();
+        Names const list{picture(u"0.png"_s, {9, 9}, Qt::red), picture(u"1.png"_s, {9, 9}, Qt::green)};
+        frame->generateButtonsByStateNames({u"a"_s, u"b"_s, u"c"_s}, true);
+        frame->setPluginIconList(list);
+        QVERIFY(page(0)->isVisible());
+        QCOMPARE(preview(), QColor(Qt::red));
+        QTest::ignoreMessage(QtDebugMsg, "[BasePropertyWidget][onIconIndexChanged][index] 1");
+        frame->setCurrentId(1);
+        QCOMPARE(preview(), QColor(Qt::green));
+        QCOMPARE(pathed.size(), 0);
+        QTest::ignoreMessage(QtDebugMsg, "[BasePropertyWidget][onIconPathChanged][index, path] -3 \"p\"");
+        frame->onIconPathChanged(-3, u"p"_s);
+        frame->onIconPathChanged(2, list.at(0)); // a state that the list lacks
+        for (int index : {3, 2147483647}) {
+            QTest::ignoreMessage(QtWarningMsg,
+                qPrintable(u"[BasePropertyWidget][onIconPathChanged] No such state %1"_s.arg(index)));
+            frame->onIconPathChanged(index, u"p"_s);
+        }
+        QCOMPARE(pathed, (QList<QVariantList>{{0, u"p"_s}, {2, list.at(0)}}));
+        frame->setCurrentId(2);
+        QCOMPARE(preview(), QColor(Qt::red));
+        frame->setIconType(BaseIconProperty::Fixed, true);
+        QCOMPARE(child<QLabel>("lblIcon")->pixmap().deviceIndependentSize(), QSizeF(100, 72));
+    }
+
+    void choosing_data()
+    {
+        QTest::addColumn<QList<Answer>>("answers");
+        QTest::addColumn<QString>("outcome");
+        QString const chosen = picture(u"chosen.png"_s, {300, 300}, Qt::magenta);
+        Answer const local = [this](QWidget* dialog) {
+            QCOMPARE(dialog->pos(), child<QWidget>("btnSelect")->mapToGlobal(QPoint(-15, -5)));
+            press(u"btnLocalDisk"_s)(dialog);
+        };
+        Answer const close = [](QWidget* dialog) { dialog->close(); };
+        Answer const escape = [](QWidget* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); };
+        Answer const ok = press(u"btnOk"_s);
+        Answer const cancel = press(u"btnCancel"_s);
+        QTest::newRow("a file") << QList<Answer>{local, pick(chosen), ok} << u"changing,changed,icon"_s;
+        QTest::newRow("no file") << QList<Answer>{local, pick({}, folder.path())} << u"changing"_s;
+        QTest::newRow("builder cancelled")
+            << QList<Answer>{local, pick(chosen), cancel} << u"changing,changed"_s;
+        QTest::newRow("online") << QList<Answer>{press(u"btnIconBuilder"_s)} << u"build"_s;
+        QTest::newRow("menu closed") << QList<Answer>{close} << QString();
+        QTest::newRow("escape") << QList<Answer>{escape} << QString();
+    }
+
+    void choosing()
+    {
+        QFETCH(QList<Answer>, answers);
+        QFETCH(QString, outcome);
+        frame->generateButtonsByStateNames({u"a"_s, u"b"_s}, true);
+        frame->show();
+        QVERIFY(QTest::qWaitForWindowActive(frame.get()));
+        page(1)->click();
+        QStringList order;
+        QString proposed;
+        QString path;
+        auto* const host = frame.get();
+        connect(host, &PropertyLostDelegates::iconFolderChanging, host, [&](QString& start) {
+            proposed = start;
+            start = folder.path();
+            order += u"changing"_s;
+        });
+        connect(host, &PropertyLostDelegates::iconFolderChanged, host, [&](QString const& last) {
+            QCOMPARE(last, folder.path());
+            order += u"changed"_s;
+        });
+        connect(host, &PropertyLostDelegates::buildIcon, host, [&] { order += u"build"_s; });
+        connect(host, &BasePropertyWidget::pluginIconChanged, host, [&](int index, QString const& file) {
+            QCOMPARE(index, 1);
+            path = file;
+            order += u"icon"_s;
+        });
+        answerInTurn(answers);
+        QTest::mouseClick(child<QPushButton>("btnSelect"), Qt::LeftButton);
+        QCOMPARE(order.join(u','), outcome);
+        QCOMPARE(proposed.isEmpty(), !order.contains(u"changing"_s));
+        if (!path.isEmpty()) {
+            QVERIFY(path.startsWith(folder.filePath(u"data/icon/"_s)) && QFile::exists(path));
+            QCOMPARE(preview(), QColor(Qt::magenta));
+        }
+    }
+
+    void deletedWhileChoosing()
+    {
+        QString const chosen = picture(u"x.png"_s, {9, 9}, Qt::red);
+        for (int dialog : {0, 1, 2}) { // the source menu, the file dialog, the builder
+            QList<Answer> answers{press(u"btnLocalDisk"_s), pick(chosen), press(u"btnOk"_s)};
+            answers.resize(dialog + 1);
+            answers[dialog] = [this, last = answers.at(dialog)](QWidget* open) {
+                QPointer<QWidget> const guard(open);
+                frame.reset();
+                if (guard) {
+                    last(open);
+                }
+            };
+            init();
+            frame->show();
+            answerInTurn(answers);
+            child<QPushButton>("btnSelect")->click();
+            QVERIFY(!frame);
+        }
+    }
+
+    void textLookMenu()
+    {
+        ZoDisplayViewAttribute look;
+        look.size = 9;
+        frame->setViewAttribute(look);
+        frame->setTextEditable(true);
+        auto* const button = child<QPushButton>("btnTextEdit");
+        QVERIFY(!button->menu());
+        frame->show();
+        QPointer<QMenu> const menu = button->menu();
+        QVERIFY(menu);
+        frame->hide();
+        frame->show();
+        QCOMPARE(button->menu(), menu);
+        QVERIFY(QTest::qWaitForWindowActive(frame.get()));
+        QSignalSpy changed(frame.get(), &BasePropertyWidget::viewAttributeChanged);
+
+        auto const checkAndEdit = [&](QWidget* open) {
+            QCOMPARE(open, menu);
+            QVERIFY(button->isChecked());
+            QCOMPARE(open->size(), QSize(286, 138));
+            QCOMPARE(open->geometry().bottom() + 1, button->mapToGlobal(QPoint(0, 0)).y());
+            auto const* const sizes = menu->findChild<QComboBox*>(u"comboBoxFontSize"_s);
+            QCOMPARE(sizes->currentText(), u"9 px"_s);
+            QWindow* const keyboard = open->windowHandle();
+            for (auto key : {Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Space, Qt::Key_A, Qt::Key_Escape}) {
+                QVERIFY(open->isVisible());
+                QTest::keyClick(keyboard, key); // to the size, to bold, press it, nothing, close
+            }
+        };
+        answerInTurn({checkAndEdit}, &openPopup);
+        button->setFocus();
+        QTest::keyClick(button, Qt::Key_Space);
+        // Later versions of Qt return before the menu has closed.
+        QTRY_VERIFY(!menu->isVisible() && !button->isChecked());
+        QCOMPARE(changed.size(), 1);
+        look.bold = true;
+        look.family = frame->font().family();
+        QCOMPARE(changed.at(0).at(0).value<ZoDisplayViewAttribute>(), look);
+
+        // Another key's look reaches the panel that exists already, without an echo.
+        look.size = 17;
+        frame->setViewAttribute(look);
+        QCOMPARE(menu->findChild<QComboBox*>(u"comboBoxFontSize"_s)->currentText(), u"17 px"_s);
+        QCOMPARE(changed.size(), 1);
+        frame->adjustTextLabel(look);
+        QCOMPARE(child<QLabel>("lblImageText")->geometry(), QRect(83, 144 - 17 - 8, 75, 17 + 5));
+
+        // The colour dialog closes the menu; afterwards it is open again.
+        bool reopened = false;
+        answerInTurn({[&](QWidget* dialog) {
+            QVERIFY(!menu->isVisible());
+            QCOMPARE(dialog->parentWidget(), frame.get()); // the menu's window will not be there
+            answerInTurn({[&](QWidget* open) {
+                reopened = open == menu;
+                open->close();
+            }},
+                &openPopup);
+            dialog->close();
+        }});
+        menu->findChild<QPushButton*>(u"btnSelectColor"_s)->click();
+        QVERIFY(reopened);
+        frame.reset();
+        QVERIFY(!menu);
+    }
+};
+
+QTEST_MAIN(tst_PropertyFrame)
+#include "tst_PropertyFrame.moc"

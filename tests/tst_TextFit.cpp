@@ -1,0 +1,195 @@
+// The texts of every language fit their places in every panel and dialog.
+
+#include "actions/SlobsAudioPropertyView.h"
+#include "actions/SlobsScenePropertyView.h"
+#include "actions/SlobsSourcePropertyView.h"
+#include "actions/SlobsStreamPropertyView.h"
+#include "uikit/BaseKnobPropertyWidget.h"
+#include "uikit/BasePropertyWidget.h"
+#include "uikit/DialogIconBuilder.h"
+#include "uikit/DialogIconEditMenu.h"
+#include "uikit/ZoBaseHotkeyWidget.h"
+#include "uikit/ZoDisplayViewTextSetting.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QStyle>
+#include <QStyleOptionComboBox>
+#include <QTest>
+#include <QTranslator>
+
+#include <functional>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+using Make = std::function<std::unique_ptr<QWidget>()>;
+
+namespace {
+
+template <typename Widget>
+std::unique_ptr<QWidget> make()
+{
+    return std::make_unique<Widget>();
+}
+
+//! Not linked: the longest text of the login pane.
+template <typename Panel>
+std::unique_ptr<QWidget> makeUnlinked()
+{
+    auto panel = std::make_unique<Panel>();
+    panel->onStreamlabsStateChanged(false, {}, 0);
+    return panel;
+}
+
+//! A target is chosen that is not there.
+template <typename Panel>
+std::unique_ptr<QWidget> makeGone()
+{
+    QJsonObject const gone{
+        {u"scene_id"_s, u"gone"_s}, {u"scene_item_id"_s, u"gone"_s}, {u"audio_source_id"_s, u"gone"_s}};
+    auto panel = std::make_unique<Panel>();
+    panel->onStreamlabsStateChanged(true, u"token"_s, 1);
+    panel->onWidgetMessageReceived({{u"task"_s, u"getWidgetSettings"_s}, {u"payload"_s, gone}});
+    return panel;
+}
+
+QSize needed(QWidget& widget, QString const& text, int width)
+{
+    auto const* const label = qobject_cast<QLabel*>(&widget);
+    int const flags = label && label->wordWrap() ? Qt::TextWordWrap : Qt::TextSingleLine;
+    return widget.fontMetrics().boundingRect(QRect(0, 0, width, 0), flags, text).size();
+}
+
+QFont unstretched(QFont font)
+{
+    font.setStretch(QFont::Unstretched);
+    return font;
+}
+
+//! What of \a widget is shown, and where; nothing of one that shows no text.
+QStringList textsOf(QWidget& widget, QRect& place)
+{
+    if (auto const* const label = qobject_cast<QLabel*>(&widget)) {
+        place = label->contentsRect();
+        return {label->text()};
+    }
+    if (auto const* const button = qobject_cast<QAbstractButton*>(&widget)) {
+        QStyleOptionButton option;
+        option.initFrom(button);
+        place = button->style()->subElementRect(QStyle::SE_PushButtonContents, &option, button);
+        return {button->text()};
+    }
+    if (auto* const box = qobject_cast<QComboBox*>(&widget)) {
+        QStyleOptionComboBox option;
+        option.initFrom(box);
+        place = box->style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, box);
+        QStringList texts;
+        for (int i = 0; i < box->count(); ++i) {
+            texts.append(box->itemText(i));
+        }
+        return texts;
+    }
+    return {};
+}
+
+} // namespace
+
+class tst_TextFit : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void fits_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<Make>("make");
+        QList<std::pair<char const*, Make>> const widgets{
+            {"frame", make<BasePropertyWidget>},
+            {"knob", make<BaseKnobPropertyWidget>},
+            {"text look", make<ZoDisplayViewTextSetting>},
+            {"icon source", make<DialogIconEditMenu>},
+            {"icon builder", make<DialogIconBuilder>},
+            {"stream", makeUnlinked<SlobsStreamPropertyView>},
+            {"scene", makeUnlinked<SlobsScenePropertyView>},
+            {"scene gone", makeGone<SlobsScenePropertyView>},
+            {"source", makeUnlinked<SlobsSourcePropertyView>},
+            {"source gone", makeGone<SlobsSourcePropertyView>},
+            {"audio", makeUnlinked<SlobsAudioPropertyView>},
+            {"audio gone", makeGone<SlobsAudioPropertyView>},
+        };
+        for (char const* language : {"de_DE", "en_US", "ja_JP", "ko_KR", "zh_CN", "zh_TW"}) {
+            for (auto const& [name, made] : widgets) {
+                QTest::addRow("%s, %s", language, name) << QString::fromLatin1(language) << made;
+            }
+        }
+    }
+
+    void fits()
+    {
+        QFETCH(QString, language);
+        QFETCH(Make, make);
+        QTranslator translator;
+        QVERIFY(translator.load(u":/Streamlabs/language_%1.qm"_s.arg(language)));
+        QCoreApplication::installTranslator(&translator);
+
+        auto const top = make();
+        top->show();
+        int checked = 0;
+        for (QWidget* widget : top->findChildren<QWidget*>()) {
+            // The families of fonts that there happen to be are no texts of ours.
+            if (!widget->isVisible() || widget->objectName() == "comboBoxFontFamily"_L1) {
+                continue;
+            }
+            widget->ensurePolished();
+            QRect place;
+            for (QString const& text : textsOf(*widget, place)) {
+                if (text.isEmpty()) {
+                    continue;
+                }
+                ++checked;
+                QSize const size = needed(*widget, text, place.width());
+                QVERIFY2(size.width() <= place.width() && size.height() <= place.height(),
+                    qPrintable(u"%1 needs %2 x %3 of %4 x %5: %6"_s.arg(widget->objectName())
+                                   .arg(size.width())
+                                   .arg(size.height())
+                                   .arg(place.width())
+                                   .arg(place.height())
+                                   .arg(text)));
+                QVERIFY2(!text.startsWith(u"LAB_"_s), qPrintable(text));
+            }
+        }
+        QVERIFY(checked > 0);
+    }
+
+    void narrowsTitlesOfKeys_data()
+    {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<bool>("isNarrow");
+        QTest::addColumn<bool>("fits");
+        QTest::newRow("short") << u"Mute"_s << false << true;
+        QTest::newRow("a little too long") << u"Stop Stream WM"_s << true << true;
+        QTest::newRow("beyond reading") << QString(60, u'W') << true << false;
+        QTest::newRow("none") << QString() << false << true;
+    }
+
+    void narrowsTitlesOfKeys()
+    {
+        QFETCH(QString, title);
+        QFETCH(bool, isNarrow);
+        ZoBaseHotkeyWidget face;
+        face.setIconTitle(u"WWWWWWWWWWWW"_s);
+        face.setIconTitle(title);
+        auto const* const label = face.findChild<QLabel*>(u"lblTitle"_s);
+        QTEST(label->fontMetrics().horizontalAdvance(title) <= label->width(), "fits");
+        QCOMPARE(label->font().pixelSize(), 26);
+        face.setIconTitle(u"Mute"_s); // Narrow letters do not stay for a title that needs none.
+        int const wide = label->fontMetrics().horizontalAdvance(u"Mute"_s);
+        QCOMPARE(wide, QFontMetrics(unstretched(label->font())).horizontalAdvance(u"Mute"_s));
+        face.setIconTitle(title);
+        QCOMPARE(label->fontMetrics().horizontalAdvance(u"Mute"_s) < wide, isNarrow);
+    }
+};
+
+QTEST_MAIN(tst_TextFit)
+#include "tst_TextFit.moc"
