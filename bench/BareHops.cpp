@@ -37,8 +37,9 @@ void BareHops::prepare(Hop& hop)
                 m_second.client.sendTextMessage(m_texts.request);
                 return;
             }
-            for (auto const& answer : std::as_const(m_texts.answers)) {
-                hop.peer->sendTextMessage(answer);
+            m_arrived = true;
+            for (qsizetype i = 0; m_answers && i < m_texts.answers.size(); ++i) {
+                hop.peer->sendTextMessage(m_texts.answers.at(i));
             }
         });
     });
@@ -60,9 +61,32 @@ bool BareHops::connectBoth()
 
 void BareHops::run()
 {
+    m_answers = true;
     m_done = false;
     m_answered = 0;
     m_first.client.sendTextMessage(m_texts.there);
+    while (!m_done) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+}
+
+void BareHops::runThere()
+{
+    m_answers = false;
+    m_arrived = false;
+    m_first.client.sendTextMessage(m_texts.there);
+    while (!m_arrived) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+}
+
+void BareHops::runBack()
+{
+    m_done = false;
+    m_answered = 0;
+    for (auto const& answer : std::as_const(m_texts.answers)) {
+        m_second.peer->sendTextMessage(answer);
+    }
     while (!m_done) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }

@@ -30,6 +30,9 @@ public:
     bool connectBoth();
     //! Once there and back.
     void run();
+    //! The two halves of it.
+    void runThere();
+    void runBack();
 
 private:
     struct Hop
@@ -46,5 +49,7 @@ private:
     Hop m_first;
     Hop m_second;
     qsizetype m_answered = 0;
+    bool m_answers = true;
+    bool m_arrived = false;
     bool m_done = false;
 };

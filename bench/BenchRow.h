@@ -61,7 +61,7 @@ BenchRow compare(BenchRow row, int rounds, Ours const& ours, Floor const& floor)
 struct Benchmark
 {
     QString name;
-    BenchRow (*measure)();
+    QList<BenchRow> (*measure)();
 };
 
 using Benchmarks = QList<Benchmark>;
@@ -70,3 +70,9 @@ using Benchmarks = QList<Benchmark>;
 Benchmarks benchLink();
 //! The relay side: publishing and shared decoding of large lists.
 Benchmarks benchRelay();
+//! Placed keys, through the loaded library: presses, faces, large collections, memory.
+Benchmarks benchKeys();
+//! What drawing faces costs.
+Benchmarks benchFaces();
+//! What making icons costs.
+Benchmarks benchIcons();

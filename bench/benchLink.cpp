@@ -64,7 +64,7 @@ struct Chain
     }
 };
 
-BenchRow roundTrip()
+QList<BenchRow> roundTrip()
 {
     Chain chain;
     // One event per press, so that each round is like the others. The frames are ready-made: what the other
@@ -107,14 +107,14 @@ BenchRow roundTrip()
         chain.run();
         hops.run();
     }
-    return compare(
+    return {compare(
         {.what = u"key press to Streamlabs Desktop and its status back to the key"_s,
             .floorIs = u"the same bytes over bare WebSockets"_s,
             .limit = 1.3},
-        rounds, [&] { chain.run(); }, [&] { hops.run(); });
+        rounds, [&] { chain.run(); }, [&] { hops.run(); })};
 }
 
-BenchRow decodeLargeFrame()
+QList<BenchRow> decodeLargeFrame()
 {
     StreamlabsStandIn desktop;
     constexpr int scenes = 50;
@@ -138,7 +138,7 @@ BenchRow decodeLargeFrame()
     QByteArray const clean = SockJsCodec::unescape(*SockJsCodec::messageOf(frame)).toUtf8();
     qsizetype members = 0;
     constexpr int rounds = 101;
-    return compare(
+    return {compare(
         {.what = u"decode one frame of 50 scenes with 40 items (%1 kB)"_s.arg(clean.size() / 1000),
             .floorIs = u"QJsonDocument::fromJson of the clean bytes"_s,
             .limit = 1.4},
@@ -147,7 +147,7 @@ BenchRow decodeLargeFrame()
             auto const message = SockJsCodec::messageOf(frame);
             members += QJsonDocument::fromJson(SockJsCodec::unescape(*message).toUtf8()).object().size();
         },
-        [&] { members += QJsonDocument::fromJson(clean).object().size(); });
+        [&] { members += QJsonDocument::fromJson(clean).object().size(); })};
 }
 
 //! CPU time in per cent of one core while the event loop runs for ten seconds.
@@ -164,7 +164,7 @@ double idleCpu()
 }
 
 //! The limit is absolute here: 1 % of one core.
-BenchRow cpuWhileClosed()
+QList<BenchRow> cpuWhileClosed()
 {
     StreamlabsStandIn desktop;
     desktop.start();
@@ -175,12 +175,12 @@ BenchRow cpuWhileClosed()
     StreamlabsService service;
     service.init(&relay);
     service.connectSlobs(u"token"_s, port);
-    return {.what = u"CPU of the service while Streamlabs Desktop is closed, over 10 s"_s,
+    return {{.what = u"CPU of the service while Streamlabs Desktop is closed, over 10 s"_s,
         .floorIs = u"1 % of one core"_s,
         .unit = u"%"_s,
         .ours = idleCpu(),
         .floor = 1,
-        .limit = 1};
+        .limit = 1}};
 }
 
 } // namespace

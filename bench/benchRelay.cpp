@@ -88,21 +88,21 @@ private:
     QList<Scene> m_scenes;
 };
 
-BenchRow publishOneChange()
+QList<BenchRow> publishOneChange()
 {
     ChangingList list;
     list.publishAfterOneChange();
     qsizetype members = 0;
     constexpr int rounds = 301;
-    return compare(
+    return {compare(
         {.what = u"publish one changed item of 2,000"_s,
             .floorIs = u"encode the whole list anew"_s,
             .limit = 0.2},
         rounds, [&] { members += list.publishAfterOneChange().size(); },
-        [&] { members += list.encodeAnew().size(); });
+        [&] { members += list.encodeAnew().size(); })};
 }
 
-BenchRow publishToAgents()
+QList<BenchRow> publishToAgents()
 {
     constexpr std::size_t many = 32;
     constexpr int rounds = 101;
@@ -121,11 +121,11 @@ BenchRow publishToAgents()
         measure(1, oneTimes);
         measure(many, manyTimes);
     }
-    return {.what = u"publish one changed item of 2,000 and decode it in 32 agents, transport excluded"_s,
+    return {{.what = u"publish one changed item of 2,000 and decode it in 32 agents, transport excluded"_s,
         .floorIs = u"the same with 1 agent"_s,
         .ours = quantile(std::move(manyTimes), half),
         .floor = quantile(std::move(oneTimes), half),
-        .limit = 1.5};
+        .limit = 1.5}};
 }
 
 } // namespace
