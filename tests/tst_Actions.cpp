@@ -397,9 +397,9 @@ void tst_Actions::endsInAnyOrder()
             if (step == u'a') {
                 action.reset();
             } else if (step == u'f') {
-                delete face;
+                qDeleteAll(QWidgetList{face});
             } else if (step == u'p') {
-                delete panel;
+                qDeleteAll(QWidgetList{panel});
             } else if (step == u'r') {
                 relay->drop();
                 QCoreApplication::processEvents();
