@@ -465,7 +465,7 @@ void tst_Window::operatesDesktop_data()
         [](tst_Window& t) {
             QSignalSpy back(&t.host->standIn().transport(), &SockJsServer::clientConnected);
             t.click("btnDropLink");
-            QVERIFY(back.wait());
+            QVERIFY(back.wait(20000));
         },
         [](tst_Window& t) { return t.host->standIn().authorizedCount() == 1; });
     row(
