@@ -111,16 +111,16 @@ void RelayServer::deliver(QWebSocket* client, QString const& task, QString const
 {
     constexpr qsizetype large = 8192;
     bool const isLarge = text.size() >= large;
-    auto const waits = std::ranges::find_if(
-        m_waiting, [client](Waiting const& waiting) { return waiting.client == client; });
-    if (!isLarge && waits == m_waiting.end()) {
+    auto const isOfClient = [client](Waiting const& waiting) { return waiting.client == client; };
+    if (!isLarge && std::ranges::none_of(m_waiting, isOfClient)) {
         sendText(client, text);
         return;
     }
-    auto const superseded = std::find_if(waits, m_waiting.end(),
-        [&](Waiting const& waiting) { return isLarge && waiting.client == client && waiting.task == task; });
-    if (superseded != m_waiting.end()) {
-        superseded->text = text; // in its place, or the last in the queue would never have their turn
+    // The last of its kind, so that a client never ends with an older one than was published last.
+    auto const last = std::find_if(m_waiting.rbegin(), m_waiting.rend(),
+        [&](Waiting const& waiting) { return isOfClient(waiting) && waiting.task == task; });
+    if (isLarge && last != m_waiting.rend() && last->text.size() >= large) {
+        last->text = text; // in its place, or the last in the queue would never have their turn
     } else {
         m_waiting.push_back({client, task, text});
     }

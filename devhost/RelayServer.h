@@ -26,8 +26,8 @@
 //! Acknowledgements repeat the command, {"task": command, "success": true, "subject" or "subjects"}. Anything
 //! else is logged and answered with {"task": what came, "error": why}.
 //!
-//! What is published goes to each client in the order in which it was published. Of large lists (8192
-//! characters or more) that come faster than the clients take them, a client is sent the newest.
+//! What is published under one "task" goes to each client in the order in which it was published. Of large
+//! payloads (8192 characters or more) that come faster than a client takes them, it is sent the newest.
 //!
 //! Everything runs on the thread of the object.
 class RelayServer : public QObject, public ZoInterfaceRcc

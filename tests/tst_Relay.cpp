@@ -51,6 +51,7 @@ private slots:
     void relayAnswers_data();
     void relayAnswers();
     void relayServesServicesAndSubscribers();
+    void relaySendsTheNewestLast();
     void relayAcknowledgesOnlyOnRequestWhenToldSo();
 
     void agentSends_data();
@@ -175,6 +176,34 @@ void tst_Relay::relayServesServicesAndSubscribers()
     QTRY_COMPARE(relay->clientCount(), 0);
     QCOMPARE(relay->subscriberCount(u"s"_s), 0);
     QCOMPARE(other.texts.size(), 2);
+}
+
+// Large and small payloads of one task, faster than the client takes them.
+void tst_Relay::relaySendsTheNewestLast()
+{
+    RawClient client(*relay);
+    QTRY_VERIFY(client.socket.isValid());
+    client.socket.sendTextMessage(uR"({"task":"remote.command.subscribe.subject","subject":"s"})"_s);
+    QTRY_VERIFY(!client.texts.isEmpty() && client.texts.last().first().toString().contains(u"subscribe"_s));
+    client.texts.clear();
+    int number = 0;
+    for (bool const isLarge : {true, true, false, true, false, false, true, true}) {
+        relay->publish(u"s"_s,
+            {{u"task"_s, u"t"_s}, {u"number"_s, ++number}, {u"list"_s, QString(isLarge ? 10000 : 10, u'x')}});
+    }
+    auto const lastNumber = [&] {
+        return client.texts.isEmpty()
+                   ? 0
+                   : json(client.texts.last().first().toByteArray()).value("number"_L1).toInt();
+    };
+    QTRY_COMPARE(lastNumber(), number);
+    int before = 0;
+    for (auto const& text : std::as_const(client.texts)) {
+        int const sent = json(text.first().toByteArray()).value("number"_L1).toInt();
+        QVERIFY2(sent > before, qPrintable(QString::number(sent)));
+        before = sent;
+    }
+    QCOMPARE(client.texts.size(), 6); // 1 and 7 gave way to newer ones
 }
 
 void tst_Relay::relayAcknowledgesOnlyOnRequestWhenToldSo()
