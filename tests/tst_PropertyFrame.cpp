@@ -591,7 +591,7 @@ private slots:
             dialog->close();
         }});
         menu->findChild<QPushButton*>(u"btnSelectColor"_s)->click();
-        QVERIFY(reopened);
+        QTRY_VERIFY(reopened);
         frame.reset();
         QVERIFY(!menu);
     }

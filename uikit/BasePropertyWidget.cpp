@@ -253,5 +253,7 @@ void BasePropertyWidget::initDisplayViewSetting(QPushButton* button)
     connect(textSetting, &ZoDisplayViewTextSetting::aboutToShow, button, &QPushButton::showMenu);
     connect(menu, &QMenu::aboutToShow, button, [button] { button->setChecked(true); });
     connect(menu, &QMenu::aboutToHide, button, [button] { button->setChecked(false); });
+    // A click would toggle it once more in versions of Qt that do not wait for the menu to close.
+    connect(button, &QPushButton::clicked, menu, [this, button] { button->setChecked(menu->isVisible()); });
     button->setMenu(menu);
 }
