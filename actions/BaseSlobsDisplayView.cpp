@@ -7,7 +7,6 @@ BaseSlobsDisplayView::BaseSlobsDisplayView(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui::SlobsDisplayView>())
 {
     ui->setupUi(this);
-    setAttribute(Qt::WA_StyledBackground);
     init(ui->base);
 }
 

@@ -1,6 +1,7 @@
 #include "actions/BaseSlobsPropertyView.h"
 
 #include "uikit/BasePropertyWidget.h"
+#include "uikit/Visibility.h"
 
 #include <QComboBox>
 #include <QEvent>
@@ -15,11 +16,12 @@
 
 using namespace Qt::StringLiterals;
 
-BaseSlobsPropertyView::BaseSlobsPropertyView(QWidget* parent) : QWidget(parent)
+namespace {
+
+//! Once for all panels; the frame has its own.
+QString panelStyle()
 {
-    // Once for all panels; the frame has its own.
-    setAttribute(Qt::WA_StyledBackground);
-    setStyleSheet(uR"(
+    return uR"(
 BaseSlobsPropertyView { background: rgb(40,40,40); }
 #txtSceneListTitle, #txtSceneItemListTitle, #txtAudioListTitle { color: rgb(161,161,161); font: bold 12px; }
 #txtWarningMessage { color: #ffb84d; font-size: 12px; }
@@ -43,15 +45,19 @@ BaseSlobsPropertyView > QComboBox QAbstractItemView::item:disabled { background:
 #btnCollectionTip { image: url(:/images/component_btn_tip_n.svg); }
 #btnCollectionTip:hover { image: url(:/images/component_btn_tip_m.svg); }
 QToolTip { color: white; background: rgb(30,30,30); border: 1px solid black; font-size: 12px; }
-)"_s);
+)"_s;
+}
+
+} // namespace
+
+BaseSlobsPropertyView::BaseSlobsPropertyView(QWidget* parent) : QWidget(parent)
+{
+    setAttribute(Qt::WA_StyledBackground);
 }
 
 void BaseSlobsPropertyView::init(BasePropertyWidget* widget)
 {
-    // Only a styled delegate lets the style sheet reach the entries of a list.
-    for (auto* box : findChildren<QComboBox*>(Qt::FindDirectChildrenOnly)) {
-        box->setItemDelegate(new QStyledItemDelegate(box));
-    }
+    Visibility::styleWhenShown(this);
     frame = widget;
     stateNames.clear();
     if (!frame) {
@@ -200,8 +206,20 @@ void BaseSlobsPropertyView::showPane()
         text = tr("LAB_INVALID_SELECTION");
     }
     loginLabel->setText(text);
-    loginLabel->setVisible(!text.isEmpty());
-    loginButton->setVisible(!isLinked());
+    Visibility::set(loginLabel, !text.isEmpty());
+    Visibility::set(loginButton, !isLinked());
+}
+
+bool BaseSlobsPropertyView::event(QEvent* event)
+{
+    Visibility::styleUpon(event, this, &panelStyle);
+    if (event->type() == QEvent::Polish) {
+        // Only a styled delegate lets the style sheet reach the entries of a list. Setting it makes the list.
+        for (auto* box : findChildren<QComboBox*>(Qt::FindDirectChildrenOnly)) {
+            box->setItemDelegate(new QStyledItemDelegate(box));
+        }
+    }
+    return QWidget::event(event);
 }
 
 void BaseSlobsPropertyView::changeEvent(QEvent* event)

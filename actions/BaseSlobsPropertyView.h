@@ -90,6 +90,7 @@ protected:
     //! The warning below the lists that what is configured is not in them, while the link is there.
     void showInvalidSelection(bool isInvalid);
 
+    bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
     //! Sets the panel's texts in the language in use.
     virtual void retranslateUi() = 0;

@@ -94,12 +94,14 @@ void RelayServer::publish(QString const& subject, QJsonObject const& payload)
     if (auto const subscribers = m_subscribers.value(subject); !subscribers.isEmpty()) {
         // Lists are published again and again as they are, when keys ask for them and while an item is
         // dragged.
-        if (payload != m_lastPayload) {
-            m_lastPayload = payload;
-            m_lastText = compactText(payload);
+        QString const task = payload.value("task"_L1).toString();
+        auto& [lastPayload, lastText] = m_last[task];
+        if (payload != lastPayload) {
+            lastPayload = payload;
+            lastText = compactText(payload);
         }
         for (auto* client : subscribers) {
-            deliver(client, payload.value("task"_L1).toString(), m_lastText);
+            deliver(client, task, lastText);
         }
     }
     emit published(subject, payload);

@@ -12,6 +12,7 @@
 #include <QTimer>
 #include <QWebSocketServer>
 
+#include <utility>
 #include <vector>
 
 //! The host's relay: a WebSocket server (RFC 6455) on the loopback interface that carries commands and
@@ -107,7 +108,7 @@ private:
     QHash<QString, CommandHandler> m_handlers;
     std::vector<Waiting> m_waiting;
     QTimer m_turn;
-    QJsonObject m_lastPayload;
-    QString m_lastText;
+    //! What was published last, by task, and its text.
+    QHash<QString, std::pair<QJsonObject, QString>> m_last;
     bool m_acknowledgesAtOnce = true;
 };

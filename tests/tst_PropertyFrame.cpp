@@ -324,7 +324,7 @@ private slots:
     {
         QTest::addColumn<QString>("path");
         QTest::addColumn<QSize>(
-            "shown"); // of the movie, or the label's for a still picture; invalid: unchanged
+            "shown"); // of the movie, or the label's for a still picture; invalid: missing or unreadable
         QTest::addColumn<QString>("log");
         auto const row = [](char const* name, QString const& path, QSize shown = {},
                              QString const& log = {}) { QTest::newRow(name) << path << shown << log; };
@@ -380,7 +380,9 @@ private slots:
                 QTest::ignoreMessage(log.endsWith(u"false"_s) ? QtDebugMsg : QtWarningMsg, qPrintable(log));
             }
             widget->updateCurrentIcon(path);
-            if (!shown.isValid()) {
+            if (!shown.isValid() && !log.endsWith(u"false"_s)) {
+                QVERIFY(!label->movie() && label->pixmap().isNull());
+            } else if (!shown.isValid()) {
                 QCOMPARE(label->movie(), before.get());
                 QVERIFY(movieFirst || preview() == Qt::blue);
                 QVERIFY(!before || (before->fileName() == first && before->state() == QMovie::Running));
@@ -414,8 +416,7 @@ private slots:
         frame->hide();
         QCOMPARE(label->movie()->state(), QMovie::Paused);
         widget->updateCurrentIcon(file(u"hidden.gif"_s, tinyGif({10, 10}, 4)));
-        QTRY_COMPARE(label->movie()->state(), QMovie::Paused); // hidden from the beginning
-        QVERIFY(!label->movie()->currentPixmap().isNull());
+        QCOMPARE(label->movie()->state(), QMovie::NotRunning); // hidden from the beginning: not even opened
         frame->show();
         QCOMPARE(label->movie()->state(), QMovie::Running);
         widget->updateCurrentIcon(file(u"one.gif"_s, tinyGif({10, 10}, 1)));

@@ -178,6 +178,7 @@ private slots:
         QFETCH(QString, title);
         QFETCH(bool, isNarrow);
         ZoBaseHotkeyWidget face;
+        face.ensurePolished(); // as when it is shown
         face.setIconTitle(u"WWWWWWWWWWWW"_s);
         face.setIconTitle(title);
         auto const* const label = face.findChild<QLabel*>(u"lblTitle"_s);

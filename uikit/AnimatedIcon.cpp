@@ -2,13 +2,16 @@
 
 #include <QDebug>
 #include <QEvent>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QPainter>
 #include <QPixmap>
 #include <QStyle>
+#include <QtEndian>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -33,6 +36,22 @@ QSize fittedByRatio(QSize const& picture, QSize const& box, double boxRatio)
     return size.expandedTo({1, 1});
 }
 
+//! The logical screen of a GIF file, which all of its frames are drawn on. Qt states the size of the frame if
+//! that is smaller. See "Graphics Interchange Format, version 89a", section 18.
+QSize gifScreen(QString const& path)
+{
+    constexpr qsizetype widthAt = 6;
+    constexpr qsizetype heightAt = 8;
+    constexpr qsizetype end = 10;
+    QFile file(path);
+    QByteArray const head = file.open(QIODevice::ReadOnly) ? file.read(end) : QByteArray();
+    if (head.size() < end || !head.startsWith("GIF8")) {
+        return {};
+    }
+    return {qFromLittleEndian<quint16>(head.constData() + widthAt),
+        qFromLittleEndian<quint16>(head.constData() + heightAt)};
+}
+
 } // namespace
 
 AnimatedIcon::AnimatedIcon(QLabel* label) : QObject(label), target(label)
@@ -47,7 +66,7 @@ QSize AnimatedIcon::canvasSize(QString const& path, qint64 maxPixels)
     if (!QFileInfo(path).isFile()) {
         return {};
     }
-    QSize const size = QImageReader(path).size();
+    QSize const size = QImageReader(path).size().expandedTo(gifScreen(path));
     if (size.isEmpty() || qint64{size.width()} * size.height() > maxPixels) {
         return {};
     }
@@ -64,66 +83,91 @@ QSize AnimatedIcon::fittedToKeyFace(QSize const& picture)
     return fittedByRatio(picture, kKeyFace, kKeyFaceRatio);
 }
 
-bool AnimatedIcon::play(QString const& path, QSize const& size)
+bool AnimatedIcon::play(QString const& path, QSize const& box, qint64 maxPixels)
 {
-    auto next = std::make_unique<QMovie>();
-    bool started = false;
-    if (!size.isEmpty() && canvasSize(path).isValid()) {
-        next->setCacheMode(QMovie::CacheNone);
-        next->setFileName(path);
-        next->setScaledSize(inDevicePixels(size));
-        next->start();
-        started = next->state() == QMovie::Running && !next->currentPixmap().isNull();
+    if (resting.movie && resting.movie->fileName() == path && resting.box == box) {
+        show(std::move(resting));
+        current.movie->setPaused(!target->isVisible());
+        return true;
     }
-    if (!started) {
+    Scene next{.movie = std::make_unique<QMovie>(), .box = box, .size = {}};
+    QSize const canvas = canvasSize(path, maxPixels);
+    next.size = box == kKeyFace ? fittedToKeyFace(canvas) : fitted(canvas, box);
+    next.movie->setCacheMode(QMovie::CacheNone);
+    next.movie->setFileName(path);
+    next.movie->setScaledSize(inDevicePixels(next.size));
+    if (next.size.isEmpty() || (target->isVisible() && !start(next))) {
         qWarning() << "[AnimatedIcon][play] Not a playable picture" << path;
         return false;
     }
-    connect(next.get(), &QMovie::frameChanged, this, [this] {
+    connect(next.movie.get(), &QMovie::frameChanged, this, [this, movie = next.movie.get()] {
         // A picture of one frame would be decoded again and again.
         if (!target->isVisible() || movie->frameCount() == 1) {
             movie->setPaused(true);
         }
     });
-    shownSize = size;
-    target->setScaledContents(false);
-    target->setMovie(next.get());
-    target->update();
-    movie = std::move(next);
+    show(std::move(next));
     return true;
+}
+
+bool AnimatedIcon::start(Scene const& scene) const
+{
+    scene.movie->start();
+    return scene.movie->state() == QMovie::Running && !scene.movie->currentPixmap().isNull();
+}
+
+void AnimatedIcon::show(Scene scene)
+{
+    target->setScaledContents(false);
+    target->setMovie(scene.movie.get());
+    target->update();
+    current = std::move(scene);
 }
 
 void AnimatedIcon::stop()
 {
-    if (!movie) {
+    if (!current.movie) {
         return;
     }
-    if (target->movie() == movie.get()) {
-        QPixmap frame = movie->currentPixmap();
-        frame.setDevicePixelRatio(static_cast<double>(frame.width()) / shownSize.width());
+    if (target->movie() == current.movie.get()) {
+        QPixmap frame = current.movie->currentPixmap();
+        frame.setDevicePixelRatio(static_cast<double>(frame.width()) / current.size.width());
         target->setPixmap(frame);
     }
-    movie.reset();
+    // An open file could not be replaced everywhere.
+    if (current.movie->fileName().startsWith(u':') && current.movie->state() != QMovie::NotRunning) {
+        current.movie->setPaused(true);
+        resting = std::move(current);
+    }
+    current = {};
 }
 
 bool AnimatedIcon::isPlaying() const
 {
-    return movie && movie->state() != QMovie::NotRunning;
+    return current.movie != nullptr;
 }
 
 bool AnimatedIcon::eventFilter(QObject* watched, QEvent* event)
 {
-    if (!movie || target->movie() != movie.get()) {
+    if (!current.movie || target->movie() != current.movie.get()) {
         return false;
     }
+    bool const isStarted = current.movie->state() != QMovie::NotRunning;
     switch (event->type()) {
     case QEvent::Show:
-        movie->setPaused(false);
+        if (isStarted) {
+            current.movie->setPaused(false);
+        } else {
+            start(current);
+        }
         break;
     case QEvent::Hide:
-        movie->setPaused(true);
+        current.movie->setPaused(true);
         break;
     case QEvent::Paint:
+        if (!isStarted) {
+            start(current); // grabbed while hidden
+        }
         paintFrame();
         return true;
     default:
@@ -142,10 +186,10 @@ QSize AnimatedIcon::inDevicePixels(QSize const& size) const
 void AnimatedIcon::paintFrame()
 {
     // The label may have moved to another screen; the next frame is decoded for it.
-    movie->setScaledSize(inDevicePixels(shownSize));
+    current.movie->setScaledSize(inDevicePixels(current.size));
     QPainter painter(target);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawPixmap(QStyle::alignedRect(
-                           target->layoutDirection(), target->alignment(), shownSize, target->contentsRect()),
-        movie->currentPixmap());
+    painter.drawPixmap(QStyle::alignedRect(target->layoutDirection(), target->alignment(), current.size,
+                           target->contentsRect()),
+        current.movie->currentPixmap());
 }

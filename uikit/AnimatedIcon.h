@@ -11,10 +11,9 @@
 //! Plays one animated GIF in one label, fitted into a size with its aspect ratio kept.
 //!
 //! The label owns the object. A file that cannot be shown changes nothing: the label keeps what it shows, and
-//! an animation that runs goes on. While the label is hidden the animation is paused and costs nothing; a
-//! hidden label still gets the first frame, so that it can be grabbed. Frames are decoded for the label's
-//! device pixel ratio. While an animation is shown the label's own style sheet decoration is not drawn.
-//! GUI thread only.
+//! an animation that runs goes on. While the label is hidden the animation is paused and costs nothing: no
+//! frame is decoded before the label is shown or grabbed. Frames are decoded for the label's device pixel
+//! ratio. While an animation is shown the label's own style sheet decoration is not drawn. GUI thread only.
 class AnimatedIcon : public QObject
 {
     Q_OBJECT
@@ -38,13 +37,15 @@ public:
     //! As `fitted` for the key face of 150 x 108 pixels, whose ratio counts as 1.3888888.
     static QSize fittedToKeyFace(QSize const& picture);
 
-    //! Plays \a path in the label at \a size (in the label's own pixels) and turns the label's scaled
-    //! contents off. Returns false, with a warning in the log, when not even the first frame can be decoded.
-    //! \a path is opened again at every round: replace a playing file only after `stop`.
-    bool play(QString const& path, QSize const& size);
+    //! Plays \a path in the label, as large as fits into \a box (in the label's own pixels), and turns the
+    //! label's scaled contents off. Returns false, with a warning in the log, when the file is no picture of
+    //! at most \a maxPixels or, in a visible label, when not even the first frame can be decoded; a label
+    //! that is hidden then stays empty. \a path is opened again at every round: replace a playing file only
+    //! after `stop`.
+    bool play(QString const& path, QSize const& box, qint64 maxPixels = kMaxPixels);
 
     //! Stops the animation and closes its file; the label keeps the frame shown last. To be called before the
-    //! label is given another picture.
+    //! label is given another picture. An animation out of the resources goes on when it is played next.
     void stop();
 
     //! Whether an animation is under way, paused ones included.
@@ -53,11 +54,22 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    //! An animation and where it is shown, in the label's own pixels.
+    struct Scene
+    {
+        std::unique_ptr<QMovie> movie;
+        QSize box;
+        QSize size;
+    };
+
+    bool start(Scene const& scene) const;
+    void show(Scene scene);
     QSize inDevicePixels(QSize const& size) const;
     void paintFrame();
 
     QLabel* const target;
-    std::unique_ptr<QMovie> movie;
-    //! In the label's own pixels.
-    QSize shownSize;
+    Scene current;
+    //! The last one out of the resources. Keys switch between a still and a moving icon all the time, and to
+    //! open a file and to decode its first frame takes longer than all else that a switch takes.
+    Scene resting;
 };

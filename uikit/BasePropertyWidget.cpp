@@ -2,6 +2,7 @@
 
 #include "ui_BasePropertyWidget.h"
 #include "uikit/IconStateWidget.h"
+#include "uikit/Visibility.h"
 #include "uikit/ZoDisplayViewMenu.h"
 #include "uikit/ZoDisplayViewTextSetting.h"
 
@@ -18,6 +19,16 @@ namespace {
 
 constexpr QRect kFixedIconGeometry{70, 81, 100, 72};
 constexpr QSize kTextSettingSize{286, 138};
+
+QString frameStyle()
+{
+    return uR"(
+#lblBackground { background-color: rgb(40,40,40); }
+#lblPluginTitle { color: rgb(161,161,161); font-size: 12px; font-weight: bold; }
+#lineEdtPluginTitle { background-color: #1E1E1E; color: white; font-size: 12px; font-weight: bold; padding-left: 5px; padding-right: 5px; border: none; border-radius: 3px; selection-background-color: #FF9900; selection-color: black; }
+#lineEdtPluginTitle:focus { border: 1px solid #FF9900; }
+)"_s;
+}
 
 } // namespace
 
@@ -183,6 +194,12 @@ void BasePropertyWidget::onIconIndexChanged(int index)
         ui->iconStateWidget->updateCurrentIcon(iconList.at(currentIndex));
     }
     updateCurrentTitle();
+}
+
+bool BasePropertyWidget::event(QEvent* event)
+{
+    Visibility::styleUpon(event, this, &frameStyle);
+    return PropertyLostDelegates::event(event);
 }
 
 void BasePropertyWidget::showEvent(QShowEvent* event)

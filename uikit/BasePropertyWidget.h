@@ -77,6 +77,7 @@ public slots:
     void onIconIndexChanged(int index);
 
 protected:
+    bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
 

@@ -104,7 +104,7 @@ void DialogIconBuilder::setupImage()
         return;
     }
     scaledSize = AnimatedIcon::fittedToKeyFace(AnimatedIcon::canvasSize(imagePath, GifConverter::kMaxPixels));
-    animation->play(imagePath, scaledSize);
+    animation->play(imagePath, ui->imgIcon->size(), GifConverter::kMaxPixels);
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param)

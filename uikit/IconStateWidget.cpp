@@ -5,6 +5,7 @@
 #include "uikit/IconBuilder.h"
 #include "uikit/IconTransform.h"
 #include "uikit/PageButtons.h"
+#include "uikit/Visibility.h"
 #include "uikit/ZoDisplayViewAttribute.h"
 #include "uikit/ZoDisplayViewLabelHandler.h"
 
@@ -16,6 +17,7 @@
 #include <QFileInfo>
 #include <QImageReader>
 #include <QPixmap>
+#include <QPixmapCache>
 #include <QPointer>
 #include <QStandardPaths>
 
@@ -29,6 +31,29 @@ namespace {
 constexpr int kTitleBottom = 144;
 
 enum IconSource { LocalFile = 0, OnlineBuilder = 1 };
+
+QString previewStyle()
+{
+    return uR"(
+IconStateWidget { background-color: rgb(30,30,30); }
+#widgetIcon { background-color: rgb(30,30,30); border: none; border-radius: 3px; }
+#lblImageArea { border: none; }
+#lblIcon { background-color: transparent; }
+#lblImageText { color: white; font-size: 13px; border: none; background-color: transparent; }
+#settingButtonWidget > QPushButton { background-color: transparent; border: 1px solid transparent; border-radius: 3px; }
+#settingButtonWidget > QPushButton:focus { border-color: #FF9900; }
+#settingButtonWidget > QPushButton::menu-indicator { image: none; width: 0px; }
+#btnSelect { image: url(:/images/component_btn_photo_n.svg); }
+#btnSelect:hover { image: url(:/images/component_btn_photo_m.svg); }
+#btnSelect:pressed { image: url(:/images/component_btn_photo_c.svg); }
+#btnSelect:disabled { image: url(:/images/component_btn_photo_d.svg); }
+#btnTextEdit { image: url(:/images/component_btn_text_edit_n.svg); }
+#btnTextEdit:hover { image: url(:/images/component_btn_text_edit_m.svg); }
+#btnTextEdit:pressed, #btnTextEdit:checked { image: url(:/images/component_btn_text_edit_c.svg); }
+#btnTextEdit:disabled { image: url(:/images/component_btn_text_edit_d.svg); }
+QToolTip { color: white; background-color: rgb(30,30,30); font-size: 12px; border: 1px solid black; }
+)"_s;
+}
 
 } // namespace
 
@@ -46,7 +71,7 @@ IconStateWidget::~IconStateWidget() = default;
 
 void IconStateWidget::setIconChangeable(bool changeable)
 {
-    ui->btnSelect->setVisible(changeable);
+    Visibility::set(ui->btnSelect, changeable);
 }
 
 void IconStateWidget::hideButtons()
@@ -63,7 +88,7 @@ void IconStateWidget::hideImageText()
 
 void IconStateWidget::showImageText()
 {
-    ui->lblImageText->show();
+    Visibility::set(ui->lblImageText, true);
 }
 
 void IconStateWidget::hideTextEditButton()
@@ -73,7 +98,7 @@ void IconStateWidget::hideTextEditButton()
 
 void IconStateWidget::showTextEditButton()
 {
-    ui->btnTextEdit->show();
+    Visibility::set(ui->btnTextEdit, true);
 }
 
 void IconStateWidget::setIconGeometry(QRect const& geometry)
@@ -101,34 +126,39 @@ void IconStateWidget::updateCurrentIcon(QString const& path)
         qDebug() << "[IconStateWidget][updateCurrentIcon][fileExists]" << false;
         return;
     }
-    bool shown = false;
-    if (QFileInfo(path).suffix().toLower().contains("gif"_L1)) {
-        QSize const picture = AnimatedIcon::canvasSize(path);
-        shown = animation->play(path, AnimatedIcon::fitted(picture, ui->lblIcon->size()));
-    } else {
-        shown = showPicture(path);
+    bool const isGif = QFileInfo(path).suffix().toLower().contains("gif"_L1);
+    if (!(isGif ? animation->play(path, ui->lblIcon->size()) : showPicture(path))) {
+        animation->stop();
+        ui->lblIcon->clear(); // as on the key, where the picture of another state would be a lie
     }
-    if (shown) {
-        shownPath = path;
-    }
+    shownPath = path;
 }
 
 bool IconStateWidget::showPicture(QString const& path)
 {
     double const ratio = ui->lblIcon->devicePixelRatioF();
+    QFileInfo const file(path);
+    // Many keys show the same few pictures.
+    QString const key = u"IconStateWidget %1 %2 %3 %4 %5"_s.arg(ui->lblIcon->width())
+                            .arg(ratio)
+                            .arg(file.size())
+                            .arg(file.lastModified().toMSecsSinceEpoch())
+                            .arg(path);
     QPixmap pixmap;
-    if (AnimatedIcon::canvasSize(path, IconPicture::kMaxPixels).isValid()) {
+    if (!QPixmapCache::find(key, &pixmap) &&
+        AnimatedIcon::canvasSize(path, IconPicture::kMaxPixels).isValid()) {
         QImageReader reader(path);
         reader.setAutoTransform(true); // as the key face does
         reader.setScaledSize((QSizeF(ui->lblIcon->size()) * ratio).toSize());
         pixmap = QPixmap::fromImageReader(&reader);
+        pixmap.setDevicePixelRatio(ratio);
+        QPixmapCache::insert(key, pixmap);
     }
     if (pixmap.isNull()) {
         qWarning() << "[IconStateWidget][updateCurrentIcon] Not a readable picture" << path;
         return false;
     }
     animation->stop();
-    pixmap.setDevicePixelRatio(ratio);
     ui->lblIcon->setPixmap(pixmap);
     ui->lblIcon->setScaledContents(true);
     return true;
@@ -223,6 +253,16 @@ QString IconStateWidget::askForFile()
     QString file = dialog && accepted ? dialog->selectedFiles().value(0) : QString();
     delete dialog;
     return file;
+}
+
+bool IconStateWidget::event(QEvent* event)
+{
+    Visibility::styleUpon(event, this, &previewStyle);
+    bool const isHandled = QWidget::event(event);
+    if (event->type() == QEvent::Polish) {
+        ZoDisplayViewLabelHandler::fitText(ui->lblImageText);
+    }
+    return isHandled;
 }
 
 void IconStateWidget::changeEvent(QEvent* event)

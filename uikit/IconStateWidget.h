@@ -20,8 +20,8 @@ class IconStateWidget;
 //! The preview of a key face in a settings panel: icon, title, one page button per state, and the two buttons
 //! that open the icon and the text editors.
 //!
-//! It shows what it is given and stores no state of the action. A picture that is missing or cannot be
-//! decoded leaves the preview as it was; the log says so.
+//! It shows what it is given and stores no state of the action. A picture that is missing leaves the preview
+//! as it was, one that cannot be decoded leaves it empty; the log says so.
 class IconStateWidget : public QWidget
 {
     Q_OBJECT
@@ -72,6 +72,7 @@ public slots:
     void onSelectIconFile();
 
 protected:
+    bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:

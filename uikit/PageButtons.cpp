@@ -1,10 +1,39 @@
 #include "uikit/PageButtons.h"
 
+#include "uikit/Visibility.h"
+
 #include <QButtonGroup>
+#include <QEvent>
 #include <QPushButton>
 #include <QWidget>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+QString pageButtonStyle()
+{
+    return u"QPushButton {background-image: url(:/images/component_btn_page_unselected.png); border: none;}"
+           "QPushButton:hover, QPushButton:checked"
+           " {border-image: url(:/images/component_btn_page_selected.png);}"
+           "QPushButton:focus {outline: 1px solid #FF9900;}"
+           "QToolTip {color: white; background-color: rgb(30,30,30); font-size: 12px; border: 1px solid black;}"_s;
+}
+
+class PageButton : public QPushButton
+{
+public:
+    using QPushButton::QPushButton;
+
+protected:
+    bool event(QEvent* event) override
+    {
+        Visibility::styleUpon(event, this, &pageButtonStyle);
+        return QPushButton::event(event);
+    }
+};
+
+} // namespace
 
 void PageButtons::append(QWidget* area, QButtonGroup* group, QList<QString> const& names, bool fromLeft)
 {
@@ -13,24 +42,18 @@ void PageButtons::append(QWidget* area, QButtonGroup* group, QList<QString> cons
         return;
     }
     int const margin = (area->width() - static_cast<int>(rowWidth)) / 2;
-    QString const look =
-        u"QPushButton {background-image: url(:/images/component_btn_page_unselected.png); border: none;}"
-        "QPushButton:hover, QPushButton:checked"
-        " {border-image: url(:/images/component_btn_page_selected.png);}"
-        "QPushButton:focus {outline: 1px solid #FF9900;}"
-        "QToolTip {color: white; background-color: rgb(30,30,30); font-size: 12px; border: 1px solid black;}"_s;
     int id = 0;
     for (QString const& name : names) {
-        auto* button = new QPushButton(area);
+        auto* button = new PageButton(area);
         int const offset = margin + kWidth * id;
         button->setGeometry(fromLeft ? offset : area->width() - offset - kWidth, kTop, kWidth, kHeight);
         button->setCheckable(true);
         button->setAutoDefault(false);
         button->setToolTip(name);
         button->setAccessibleName(name);
-        button->setStyleSheet(look);
         group->addButton(button, id++);
-        button->show();
+        Visibility::set(button, true);
+        Visibility::styleWhenShown(button);
     }
 }
 

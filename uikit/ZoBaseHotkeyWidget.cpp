@@ -6,9 +6,13 @@
 #include "uikit/ZoDisplayViewAttribute.h"
 #include "uikit/ZoDisplayViewLabelHandler.h"
 
+#include <QCryptographicHash>
 #include <QFileInfo>
 #include <QIcon>
+#include <QPainter>
 #include <QPixmapCache>
+#include <QStyle>
+#include <QStyleOption>
 
 using namespace Qt::StringLiterals;
 
@@ -20,6 +24,22 @@ constexpr int kTitleBottom = 108;
 bool isGif(QString const& path)
 {
     return QFileInfo(path).suffix().compare("gif"_L1, Qt::CaseInsensitive) == 0;
+}
+
+//! One copy of what looks the same on all keys, which is 65 KB each.
+QPixmap shared(QPixmap const& picture)
+{
+    QImage const image = picture.toImage();
+    QByteArrayView const bits(image.constBits(), image.sizeInBytes());
+    QString const key =
+        u"ZoBaseHotkeyWidget "_s +
+        QString::fromLatin1(QCryptographicHash::hash(bits.toByteArray(), QCryptographicHash::Sha1).toHex());
+    QPixmap known;
+    if (!QPixmapCache::find(key, &known)) {
+        QPixmapCache::insert(key, picture);
+        known = picture;
+    }
+    return known;
 }
 
 // A style sheet would load the picture once for every key, shown or not.
@@ -45,7 +65,6 @@ ZoBaseHotkeyWidget::ZoBaseHotkeyWidget(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui::ZoBaseHotkeyWidget>())
 {
     ui->setupUi(this);
-    setAttribute(Qt::WA_StyledBackground);
     animation = new AnimatedIcon(ui->lblIcon);
     ui->lblMaskClick->hide();
     ui->lblMaskInvalid->hide();
@@ -63,19 +82,21 @@ void ZoBaseHotkeyWidget::setIconPixmap(QPixmap const& pixmap)
 
 void ZoBaseHotkeyWidget::setIconAsset(QString const& path)
 {
-    QFileInfo const file(path);
     qreal const ratio = devicePixelRatioF();
-    Asset const asset{path, file.lastModified(), file.size(), ratio};
+    Asset asset{.path = path, .modified = 0, .bytes = 0, .devicePixelRatio = ratio};
+    if (!path.startsWith(u':')) { // resources stay as they are
+        QFileInfo const file(path);
+        asset.modified = file.lastModified().toMSecsSinceEpoch();
+        asset.bytes = file.size();
+    }
     if (!path.isEmpty() && asset == shown) {
         uncover();
         return;
     }
     if (!isGif(path)) {
         // Keys switch between the same few pictures all the time.
-        QString const key = u"ZoBaseHotkeyWidget %1 %2 %3 %4"_s.arg(asset.modified.toMSecsSinceEpoch())
-                                .arg(asset.bytes)
-                                .arg(ratio)
-                                .arg(path);
+        QString const key =
+            u"ZoBaseHotkeyWidget %1 %2 %3 %4"_s.arg(asset.modified).arg(asset.bytes).arg(ratio).arg(path);
         QPixmap icon;
         if (!QPixmapCache::find(key, &icon)) {
             icon = MekMixerHelper::readIcon(path, ui->lblIcon->size(), ratio);
@@ -177,9 +198,43 @@ QImage ZoBaseHotkeyWidget::processHotkeyIcon(QImage const& image, QSize const& s
     return MekMixerHelper::getProcessPluginIcon(image, size);
 }
 
+// With WA_StyledBackground Qt would stroke the rounded border anew under every change of an icon or a title.
+void ZoBaseHotkeyWidget::paintEvent([[maybe_unused]] QPaintEvent* event)
+{
+    qreal const ratio = devicePixelRatioF();
+    if (backdrop.isNull() || backdrop.devicePixelRatio() != ratio ||
+        backdrop.deviceIndependentSize() != QSizeF(size())) {
+        backdrop = QPixmap((QSizeF(size()) * ratio).toSize());
+        backdrop.setDevicePixelRatio(ratio);
+        backdrop.fill(Qt::transparent);
+        QStyleOption option;
+        option.initFrom(this);
+        QPainter painter(&backdrop);
+        style()->drawPrimitive(QStyle::PE_Widget, &option, &painter, this);
+        painter.end();
+        backdrop = shared(backdrop);
+    }
+    QPainter(this).drawPixmap(0, 0, backdrop);
+}
+
+bool ZoBaseHotkeyWidget::event(QEvent* event)
+{
+    bool const isHandled = QWidget::event(event);
+    if (event->type() == QEvent::Polish) {
+        ZoDisplayViewLabelHandler::fitText(ui->lblTitle);
+    }
+    return isHandled;
+}
+
+void ZoBaseHotkeyWidget::changeEvent(QEvent* event)
+{
+    backdrop = {}; // of whatever is left of the palette, the font, the style sheet …
+    QWidget::changeEvent(event);
+}
+
 bool ZoBaseHotkeyWidget::play(QString const& path)
 {
-    return animation->play(path, AnimatedIcon::fittedToKeyFace(AnimatedIcon::canvasSize(path)));
+    return animation->play(path, ui->lblIcon->size());
 }
 
 void ZoBaseHotkeyWidget::showPixmap(QPixmap const& pixmap, bool scaled)

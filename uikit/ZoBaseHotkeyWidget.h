@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDateTime>
 #include <QImage>
 #include <QPixmap>
 #include <QSize>
@@ -54,12 +53,17 @@ public:
     //! See MekMixerHelper::getProcessPluginIcon.
     static QImage processHotkeyIcon(QImage const& image, QSize const& size);
 
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
 private:
     //! What an icon looks like depends on nothing else.
     struct Asset
     {
         QString path;
-        QDateTime modified;
+        qint64 modified = 0; // ms since the epoch
         qint64 bytes = 0;
         qreal devicePixelRatio = 1;
 
@@ -80,6 +84,7 @@ private:
 
     std::unique_ptr<Ui::ZoBaseHotkeyWidget> ui;
     AnimatedIcon* animation = nullptr;
+    QPixmap backdrop;
     Asset shown;
     std::unique_ptr<Covered> covered;
 };

@@ -76,12 +76,20 @@ void ZoDisplayViewLabelHandler::fitText(QLabel* label)
     if (!label || label->text().isEmpty()) {
         return;
     }
+    // Its parent may be one of many that nobody ever sees.
+    if (auto const* parent = label->parentWidget();
+        parent && !parent->testAttribute(Qt::WA_WState_Polished)) {
+        return;
+    }
     label->ensurePolished();
     QFont natural = label->font();
     natural.setStretch(QFont::Unstretched);
     int const width = std::max(1, QFontMetrics(natural).horizontalAdvance(label->text()));
-    int const stretch = std::clamp((label->width() - label->width() / kMargin) * QFont::Unstretched / width,
-        int{kNarrowest}, int{QFont::Unstretched});
+    int stretch = QFont::Unstretched;
+    if (width > label->width()) {
+        int const room = label->width() - label->width() / kMargin;
+        stretch = std::max(room * stretch / width, kNarrowest);
+    }
     // An untouched font says "any".
     int const now =
         label->font().stretch() == QFont::AnyStretch ? QFont::Unstretched : label->font().stretch();
