@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kMaxColors = 255;
 constexpr int kBitsPerChannel = 6;
-constexpr int kRounds = 3;
+constexpr int kRounds = 2;
 
 std::size_t binKey(QRgb color)
 {

@@ -2,18 +2,25 @@
 
 #include "uikit/GifColors.h"
 #include "uikit/GifFile.h"
+#include "uikit/Resampler.h"
 
 #include <QColor>
 #include <QDebug>
 #include <QFile>
 #include <QImage>
 #include <QSaveFile>
+#include <QThreadPool>
 
 #include <algorithm>
+#include <deque>
 #include <exception>
+#include <functional>
+#include <future>
 #include <list>
 #include <Magick++.h>
+#include <memory>
 #include <mutex>
+#include <utility>
 
 namespace {
 
@@ -37,30 +44,6 @@ QImage toImage(Magick::Image picture)
     return image;
 }
 
-bool isOpaque(QImage const& image)
-{
-    auto const* begin = image.constBits();
-    auto const* end = begin + image.sizeInBytes();
-    for (auto const* alpha = begin + 3; alpha < end; alpha += 4) {
-        if (*alpha != 0xFF) {
-            return false;
-        }
-    }
-    return true;
-}
-
-//! By way of a file: the constructor that takes pixels ends the whole process when a limit is exceeded.
-Magick::Image toMagick(QImage const& image)
-{
-    Magick::Image picture;
-    picture.size(
-        Magick::Geometry(static_cast<std::size_t>(image.width()), static_cast<std::size_t>(image.height())));
-    picture.depth(8);
-    picture.magick("RGBA");
-    picture.read(Magick::Blob(image.constBits(), static_cast<std::size_t>(image.sizeInBytes())));
-    return picture;
-}
-
 //! The frame's own picture, whatever its place on the canvas.
 QImage decoded(GifFile::Frame frame)
 {
@@ -77,7 +60,8 @@ class Canvas
 public:
     explicit Canvas(QSize const& size) : image(size, QImage::Format_RGBA8888) { image.fill(Qt::transparent); }
 
-    QImage const& draw(GifFile::Frame const& frame)
+    //! \a picture is the frame's own.
+    QImage const& draw(GifFile::Frame const& frame, QImage const& picture)
     {
         dispose();
         last = frame.area & image.rect();
@@ -86,7 +70,7 @@ public:
             kept = image.copy(last);
         }
         if (!last.isEmpty()) {
-            drawOver(decoded(frame), frame.area.topLeft());
+            drawOver(picture, frame.area.topLeft());
         }
         return image;
     }
@@ -126,17 +110,9 @@ private:
 };
 
 //! GIF knows no half-transparent pixels: each becomes opaque or wholly transparent, and those all alike.
-QImage resized(QImage const& shown, QSize const& size)
+QImage resized(QImage const& shown, Resampler const& resampler)
 {
-    auto picture = toMagick(shown);
-    // What a picture without alpha would get. This one has alpha and would get the softer filter, which is
-    // there for the edges of holes.
-    if (isOpaque(shown)) {
-        picture.filterType(Magick::LanczosFilter);
-    }
-    picture.resize(
-        Magick::Geometry(static_cast<std::size_t>(size.width()), static_cast<std::size_t>(size.height())));
-    auto image = toImage(picture);
+    auto image = resampler.scaled(shown);
     image.convertTo(QImage::Format_ARGB32);
     for (int y = 0; y < image.height(); ++y) {
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
@@ -145,6 +121,15 @@ QImage resized(QImage const& shown, QSize const& size)
         }
     }
     return image;
+}
+
+//! \a canvas as large as fits into \a box, which may leave one side open with 0; rounded as ImageMagick does.
+QSize fitted(QSize const& canvas, QSize const& box)
+{
+    double const wide = static_cast<double>(box.width()) / canvas.width();
+    double const high = static_cast<double>(box.height()) / canvas.height();
+    double const scale = box.width() == 0 ? high : box.height() == 0 ? wide : std::min(wide, high);
+    return (QSizeF(canvas) * scale).toSize().expandedTo({1, 1});
 }
 
 //! A GIF file of one frame. Left to itself ImageMagick would choose the colours, which can take it half a
@@ -273,6 +258,14 @@ bool refuse(QString const& file, char const* reason)
     return false;
 }
 
+std::future<QImage> run(QThreadPool& threads, std::function<QImage()> const& work)
+{
+    auto const task = std::make_shared<std::packaged_task<QImage()>>(work);
+    auto result = task->get_future();
+    threads.start([task] { (*task)(); });
+    return result;
+}
+
 } // namespace
 
 bool GifConverter::convert(
@@ -291,7 +284,9 @@ bool GifConverter::convert(
     if (!isWithinLimits(*file)) {
         return refuse(source, "is too large");
     }
-    if (qMin(size.width(), size.height()) < 0 || size.isNull() || area(size) > kMaxPixels) {
+    bool const isSize = qMin(size.width(), size.height()) >= 0 && !size.isNull();
+    QSize const target = isSize ? fitted(file->canvas, size) : QSize();
+    if (!isSize || area(target) > kMaxPixels) {
         return refuse(destination, "cannot have this size");
     }
 
@@ -302,13 +297,43 @@ bool GifConverter::convert(
     try {
         prepareMagick();
         Canvas canvas(file->canvas);
+        Resampler const resampler(file->canvas, target);
         Writer writer(output, file->loops);
+        // The frames to come are decoded, and those of late scaled, while one is drawn and one is written.
+        constexpr qsizetype ahead = 2;
+        QThreadPool threads; // joins them, so nothing above goes before their work is done
+        threads.setMaxThreadCount(2);
+        std::deque<std::future<QImage>> decoding;
+        std::deque<std::pair<std::future<QImage>, quint16>> scaling;
+        auto const decode = [&](qsizetype number) {
+            if (number < file->frames.size()) {
+                decoding.push_back(run(threads, [&frame = file->frames[number]] { return decoded(frame); }));
+            }
+        };
+        auto const writeFirst = [&] {
+            writer.add(scaling.front().first.get(), scaling.front().second);
+            scaling.pop_front();
+        };
+        for (qsizetype number = 0; number < ahead; ++number) {
+            decode(number);
+        }
         for (qsizetype done = 0; done < file->frames.size(); ++done) {
             if (step && !step(done, file->frames.size())) {
                 return false;
             }
             auto const& frame = file->frames[done];
-            writer.add(resized(canvas.draw(frame), size), frame.delay);
+            QImage const picture = decoding.front().get();
+            decoding.pop_front();
+            decode(done + ahead);
+            scaling.emplace_back(
+                run(threads, [&, shown = canvas.draw(frame, picture)] { return resized(shown, resampler); }),
+                frame.delay);
+            if (scaling.size() > 1) {
+                writeFirst();
+            }
+        }
+        while (!scaling.empty()) {
+            writeFirst();
         }
         writer.end();
     } catch (std::exception const& failure) {
