@@ -24,7 +24,8 @@ bool isResult(QJsonObject const& message, QString const& name)
     return message.value("task"_L1) == QJsonValue(name);
 }
 
-QJsonObject toLed(QString const& functionName, bool on)
+//! Made once: the service sends them with every status.
+QJsonObject makeLed(QString const& functionName, bool on)
 {
     return {{u"task"_s, kUpdateFunctionKeyLedAppControl}, {u"sender"_s, QString()},
         {u"appName"_s, u"SLOBS"_s}, {u"functionName"_s, functionName}, {u"status"_s, on}};
@@ -288,10 +289,14 @@ bool SlobsAgent::isRecording(QString const& recordingStatus)
 
 QJsonObject SlobsAgent::setStreamingLed(QString const& streamingStatus)
 {
-    return toLed(u"STREAM"_s, isStreaming(streamingStatus));
+    static QJsonObject const on = makeLed(u"STREAM"_s, true);
+    static QJsonObject const off = makeLed(u"STREAM"_s, false);
+    return isStreaming(streamingStatus) ? on : off;
 }
 
 QJsonObject SlobsAgent::setRecordingLed(QString const& recordingStatus)
 {
-    return toLed(u"RECORD"_s, isRecording(recordingStatus));
+    static QJsonObject const on = makeLed(u"RECORD"_s, true);
+    static QJsonObject const off = makeLed(u"RECORD"_s, false);
+    return isRecording(recordingStatus) ? on : off;
 }

@@ -67,18 +67,26 @@ struct Chain
 QList<BenchRow> roundTrip()
 {
     Chain chain;
-    // One event per press, so that each round is like the others. The frames are ready-made: what the other
-    // application does to make them is not ours.
+    // One event per press, so that each round is like the others. What the other application does with a
+    // request is not ours: its transport answers for it, with frames that are ready-made.
     QString const answer =
         uR"(a["{\"jsonrpc\":\"2.0\",\"id\":%1,\"result\":{\"_type\":\"SUBSCRIPTION\",\"resourceId\":\"promise\",)"
         uR"(\"emitter\":\"PROMISE\"}}"])"_s;
     QString const event =
         uR"(a["{\"jsonrpc\":\"2.0\",\"id\":null,\"result\":{\"_type\":\"EVENT\",\"emitter\":\"STREAM\",)"
         uR"(\"resourceId\":\"StreamingService.streamingStatusChange\",\"data\":\"starting\"}}"])"_s;
-    chain.desktop.scriptReply(u"StreamingService.toggleStreaming"_s, [&](QJsonObject const& request) {
-        chain.desktop.transport().sendRawFrame(answer.arg(request.value("id"_L1).toInt()));
-        chain.desktop.transport().sendRawFrame(event);
+    auto& transport = chain.desktop.transport();
+    int id = 0;
+    chain.desktop.scriptReply(u"StreamingService.toggleStreaming"_s, [&id](QJsonObject const& request) {
+        id = request.value("id"_L1).toInt();
         return QJsonObject();
+    });
+    chain.agent.toggleStreaming();
+    waitUntil([&id] { return id > 0; });
+    QObject::disconnect(&transport, &SockJsServer::messageReceived, &chain.desktop, nullptr);
+    QObject::connect(&transport, &SockJsServer::frameReceived, &chain.desktop, [&] {
+        transport.sendRawFrame(answer.arg(++id));
+        transport.sendRawFrame(event);
     });
 
     // The same bytes for the floor, listened to on one round.
@@ -90,9 +98,9 @@ QList<BenchRow> roundTrip()
         QObject listener;
         QObject::connect(&chain.relay, &RelayServer::commandReceived, &listener,
             [&](QJsonObject const& command) { texts.there = compact(command); });
-        QObject::connect(&chain.desktop.transport(), &SockJsServer::frameReceived, &listener,
+        QObject::connect(&transport, &SockJsServer::frameReceived, &listener,
             [&](int, QString const& frame) { texts.request = frame; });
-        QObject::connect(&chain.desktop.transport(), &SockJsServer::frameSent, &listener,
+        QObject::connect(&transport, &SockJsServer::frameSent, &listener,
             [&](int, QString const& frame) { texts.answers.append(frame); });
         QObject::connect(&chain.relay, &RelayServer::published, &listener,
             [&](QString const&, QJsonObject const& payload) { texts.back = compact(payload); });

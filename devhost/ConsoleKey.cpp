@@ -122,8 +122,13 @@ void ConsoleKey::keyDown()
 
 void ConsoleKey::keyUp()
 {
+    trigger();
+    release();
+}
+
+void ConsoleKey::trigger()
+{
     send(kAppTriggeredEvent);
-    send(kKeyUpEvent);
 }
 
 void ConsoleKey::press()

@@ -55,6 +55,8 @@ public:
     void keyDown();
     //! Triggers the action and releases the key.
     void keyUp();
+    //! Neither down nor up: the action does what it is for.
+    void trigger();
     //! Down, triggered and up.
     void press();
     //! Down and up without triggering, as when the finger slides off the key.

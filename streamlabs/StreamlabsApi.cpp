@@ -207,12 +207,14 @@ QJsonObject StreamlabsApi::makeQueryModelObject()
 
 QJsonObject StreamlabsApi::makeToggleStreamObject()
 {
-    return makeCall(kMethodStreamingToggleStream, kServiceStreaming);
+    static QJsonObject const request = makeCall(kMethodStreamingToggleStream, kServiceStreaming);
+    return request;
 }
 
 QJsonObject StreamlabsApi::makeToggleRecordObject()
 {
-    return makeCall(kMethodStreamingToggleRecord, kServiceStreaming);
+    static QJsonObject const request = makeCall(kMethodStreamingToggleRecord, kServiceStreaming);
+    return request;
 }
 
 QJsonObject StreamlabsApi::makeStreamStatusSubscription()
