@@ -44,8 +44,8 @@ public:
     //! after `stop`.
     bool play(QString const& path, QSize const& box, qint64 maxPixels = kMaxPixels);
 
-    //! Stops the animation and closes its file; the label keeps the frame shown last. To be called before the
-    //! label is given another picture. An animation out of the resources goes on when it is played next.
+    //! Stops the animation and closes its file; a label that has not been given another picture meanwhile
+    //! keeps the frame shown last. An animation out of the resources goes on when it is played next.
     void stop();
 
     //! Whether an animation is under way, paused ones included.

@@ -244,7 +244,7 @@ void ZoBaseHotkeyWidget::showPixmap(QPixmap const& pixmap, bool scaled)
         label->pixmap().cacheKey() == pixmap.cacheKey()) {
         return;
     }
-    animation->stop();
     label->setScaledContents(scaled);
     label->setPixmap(pixmap);
+    animation->stop(); // now that nobody needs its last frame
 }
