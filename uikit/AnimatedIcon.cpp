@@ -152,12 +152,12 @@ bool AnimatedIcon::eventFilter(QObject* watched, QEvent* event)
     if (!current.movie || target->movie() != current.movie.get()) {
         return false;
     }
-    bool const isStarted = current.movie->state() != QMovie::NotRunning;
+    // One that has played to its end stays there.
+    bool const isStarted = current.movie->currentFrameNumber() >= 0;
     switch (event->type()) {
     case QEvent::Show:
-        if (isStarted) {
-            current.movie->setPaused(false);
-        } else {
+        current.movie->setPaused(false);
+        if (!isStarted) {
             start(current);
         }
         break;
