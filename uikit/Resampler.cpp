@@ -59,8 +59,8 @@ Resampler::Taps Resampler::taps(int from, int to, Kernel const& kernel)
     Taps result(static_cast<std::size_t>(to));
     double middle = step / 2;
     for (auto& tap : result) {
-        tap.first = std::max(0, static_cast<int>(middle - support + 0.5));
-        int const end = std::min(from, static_cast<int>(middle + support + 0.5));
+        tap.first = std::max(0, qRound(middle - support));
+        int const end = std::min(from, qRound(middle + support));
         double sum = 0;
         for (int at = tap.first; at < end; ++at) {
             double const weight = kernel.weight((at + 0.5 - middle) / scale);
@@ -108,7 +108,7 @@ void Resampler::putPixel(std::vector<float> const& line, Tap const& tap, uchar* 
     float const alpha = std::clamp(sum[kAlpha], 0.0F, kOpaque);
     for (int channel = 0; channel < kChannels; ++channel) {
         float const value = channel == kAlpha ? alpha : alpha > 0 ? sum[channel] * (kOpaque / alpha) : 0;
-        pixel[channel] = static_cast<uchar>(std::clamp(value, 0.0F, kOpaque) + 0.5F);
+        pixel[channel] = static_cast<uchar>(qRound(std::clamp(value, 0.0F, kOpaque)));
     }
 }
 
