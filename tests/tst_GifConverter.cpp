@@ -1,14 +1,11 @@
+#include "tests/TestFolder.h"
 #include "tests/TestGif.h"
 #include "uikit/GifConverter.h"
 #include "uikit/GifFile.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QImage>
 #include <QImageReader>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <cmath>
@@ -29,6 +26,13 @@ Frames read(QByteArray const& file)
     Frames frames;
     Magick::readImages(&frames, Magick::Blob(file.constData(), static_cast<std::size_t>(file.size())));
     return frames;
+}
+
+QByteArray write(Frames& frames)
+{
+    Magick::Blob file;
+    Magick::writeImages(frames.begin(), frames.end(), &file, true);
+    return {static_cast<char const*>(file.data()), static_cast<qsizetype>(file.length())};
 }
 
 //! With each pixel opaque or wholly transparent.
@@ -68,24 +72,13 @@ double psnr(QList<QImage> const& got, QList<QImage> const& wanted)
     double squares = 0;
     double count = 0;
     for (qsizetype i = 0; i < wanted.size(); ++i) {
-        for (int y = 0; y < wanted[i].height(); ++y) {
-            for (int x = 0; x < wanted[i].width(); ++x) {
-                auto const a = got[i].pixel(x, y);
-                auto const b = wanted[i].pixel(x, y);
-                for (int const difference : {qRed(a) - qRed(b), qGreen(a) - qGreen(b), qBlue(a) - qBlue(b)}) {
-                    squares += difference * difference;
-                }
-                count += 3;
-            }
+        for (qsizetype at = 0; at < wanted[i].sizeInBytes(); ++at) {
+            int const difference = got[i].constBits()[at] - wanted[i].constBits()[at];
+            squares += difference * difference;
         }
+        count += static_cast<double>(wanted[i].sizeInBytes());
     }
     return 10 * std::log10(255.0 * 255.0 * count / squares);
-}
-
-void put(QString const& path, QByteArray const& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
 }
 
 QByteArray get(QString const& path)
@@ -100,192 +93,178 @@ class tst_GifConverter : public QObject
 {
     Q_OBJECT
 
+private:
+    QString path(QString const& name) const { return folder.path(name); }
+
+    TestFolder folder;
+
 private slots:
     void init() { QTest::failOnWarning(QRegularExpression(u".?"_s)); }
 
-    void keepsTheAnimation_data();
-    void keepsTheAnimation();
-    void resizesAsWellAsImageMagick();
-    void refuses_data();
-    void refuses();
-    void stopsWithoutATrace();
-
-private:
-    QString path(QString const& name) const { return folder.filePath(name); }
-
-    QTemporaryDir folder;
-};
-
-void tst_GifConverter::keepsTheAnimation_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QRect const part(5, 4, 20, 15);
-    quint8 const clear = 9;
-    QTest::newRow("one frame") << gif({{}});
-    QTest::newRow("opaque, played for ever") << gif({{}, {}, {}});
-    QTest::newRow("played once") << gif({{}, {}}, std::nullopt);
-    QTest::newRow("played three times") << gif({{}, {}}, 3);
-    QTest::newRow("delays") << gif({{.delay = 0}, {.delay = 1}, {.delay = 65535}, {.delay = 7}});
-    QTest::newRow("nothing moves") << gif({{.shift = 1}, {.area = {0, 0, 1, 1}, .transparent = 12}});
-    QTest::newRow("parts drawn over") << gif({{}, {.area = part}, {.area = part.translated(9, 8)}});
-    QTest::newRow("own colours") << gif({{}, {.area = part, .shift = 40}, {.shift = 17}});
-    QTest::newRow("interlaced") << gif({{.interlaced = true}, {.area = part, .interlaced = true}});
-    QTest::newRow("transparent") << gif(
-        {{.transparent = clear}, {.transparent = clear}, {.transparent = clear}});
-    QTest::newRow("holes that open") << gif({{.disposal = Disposal::Background},
-        {.area = part, .disposal = Disposal::Background, .transparent = clear}, {.area = part}, {}});
-    QTest::newRow("undrawn again") << gif({{}, {.area = part, .disposal = Disposal::Previous},
-        {.area = {0, 0, 4, 4}, .disposal = Disposal::Previous}, {.area = {9, 9, 9, 9}}});
-    QTest::newRow("undrawn first frame")
-        << gif({{.area = part, .disposal = Disposal::Previous, .transparent = clear},
-               {.area = {1, 1, 9, 9}, .transparent = clear}});
-    QTest::newRow("partly off the canvas") << gif({{}, {.area = {30, 20, 30, 30}}, {.area = {35, 0, 9, 9}}});
-    QTest::newRow("no end mark") << gif({{}, {}}).chopped(1);
-    QTest::newRow("stray bytes") << gif({{}, {}}).chopped(1).append(3, '\0') + ";and more";
-    QTest::newRow("old signature") << gif({{}, {}}).replace("GIF89a", "GIF87a");
-}
-
-//! At its own size an animation of few colours must come out as it went in, pixel for pixel.
-void tst_GifConverter::keepsTheAnimation()
-{
-    QFETCH(QByteArray, file);
-    put(path(u"a.gif"_s), file);
-    QVERIFY(GifConverter::convert(path(u"a.gif"_s), path(u"b.gif"_s), kCanvas));
-
-    auto const result = get(path(u"b.gif"_s));
-    QCOMPARE(shown(result), shown(file));
-    Frames const before = read(file);
-    Frames const after = read(result);
-    QCOMPARE(after.size(), before.size());
-    for (auto a = after.begin(), b = before.begin(); a != after.end(); ++a, ++b) {
-        QCOMPARE(a->animationDelay(), b->animationDelay());
-        QCOMPARE(a->animationIterations(), b->animationIterations());
+    void keepsTheAnimation_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QRect const part(5, 4, 20, 15);
+        quint8 const clear = 9;
+        QTest::newRow("one frame") << gif({{}});
+        QTest::newRow("played once") << gif({{}, {}}, std::nullopt);
+        QTest::newRow("played three times") << gif({{}, {}}, 3);
+        QTest::newRow("delays") << gif({{.delay = 0}, {.delay = 1}, {.delay = 65535}, {.delay = 7}});
+        QTest::newRow("nothing moves") << gif({{.shift = 1}, {.area = {0, 0, 1, 1}, .transparent = 12}});
+        QTest::newRow("parts drawn over") << gif({{}, {.area = part}, {.area = part.translated(9, 8)}});
+        QTest::newRow("own colours") << gif({{}, {.area = part, .shift = 40}, {.shift = 17}});
+        QTest::newRow("interlaced") << gif({{.interlaced = true}, {.area = part, .interlaced = true}});
+        QTest::newRow("transparent") << gif(
+            {{.transparent = clear}, {.transparent = clear}, {.transparent = clear}});
+        QTest::newRow("holes that open") << gif({{.disposal = Disposal::Background},
+            {.area = part, .disposal = Disposal::Background, .transparent = clear}, {.area = part}, {}});
+        QTest::newRow("undrawn again") << gif({{}, {.area = part, .disposal = Disposal::Previous},
+            {.area = {0, 0, 4, 4}, .disposal = Disposal::Previous}, {.area = {9, 9, 9, 9}}});
+        QTest::newRow("undrawn first frame")
+            << gif({{.area = part, .disposal = Disposal::Previous, .transparent = clear},
+                   {.area = {1, 1, 9, 9}, .transparent = clear}});
+        QTest::newRow("partly off the canvas")
+            << gif({{}, {.area = {30, 20, 30, 30}}, {.area = {35, 0, 9, 9}}});
+        QTest::newRow("no end mark") << gif({{}, {}}).chopped(1);
+        QTest::newRow("stray bytes") << gif({{}, {}}).chopped(1).append(3, '\0') + ";and more";
+        QTest::newRow("old signature") << gif({{}, {}}).replace("GIF89a", "GIF87a");
     }
 
-    // The player that shows icons agrees.
-    QImageReader player(path(u"b.gif"_s));
-    QImageReader original(path(u"a.gif"_s));
-    QCOMPARE(player.loopCount(), original.loopCount());
-    for (auto const& image : shown(file)) {
-        QCOMPARE(withoutHiddenColors(player.read()), image);
-    }
-}
+    //! At its own size an animation of few colours must come out as it went in, pixel for pixel.
+    void keepsTheAnimation()
+    {
+        QFETCH(QByteArray, file);
+        folder.file(u"a.gif"_s, file);
+        QVERIFY(GifConverter::convert(path(u"a.gif"_s), path(u"b.gif"_s), kCanvas));
 
-void tst_GifConverter::resizesAsWellAsImageMagick()
-{
-    // A ball over a shaded ground, at the second frame beside a hole.
-    QSize const size(64, 48);
-    QSize const small(30, 20);
-    Frames frames;
-    for (int i = 0; i < 2; ++i) {
-        QImage image(size, QImage::Format_RGBA8888);
-        for (int y = 0; y < size.height(); ++y) {
-            for (int x = 0; x < size.width(); ++x) {
-                double const r = std::hypot(x - 20 - 9 * i, y - 20) / 20;
-                image.setPixel(x, y,
-                    r < 1              ? qRgb(int(255 * r), 90, int(200 - 150 * r))
-                    : i == 1 && x > 45 ? 0
-                                       : qRgb(3 * x, 5 * y, 255 - 2 * x - y));
-            }
+        auto const result = get(path(u"b.gif"_s));
+        QCOMPARE(shown(result), shown(file));
+        Frames const before = read(file);
+        Frames const after = read(result);
+        QCOMPARE(after.size(), before.size());
+        for (auto a = after.begin(), b = before.begin(); a != after.end(); ++a, ++b) {
+            QCOMPARE(a->animationDelay(), b->animationDelay());
+            QCOMPARE(a->animationIterations(), b->animationIterations());
         }
-        frames.emplace_back(64, 48, "RGBA", Magick::CharPixel, image.constBits()).magick("GIF");
+
+        // The player that shows icons agrees.
+        QImageReader player(path(u"b.gif"_s));
+        QImageReader original(path(u"a.gif"_s));
+        QCOMPARE(player.loopCount(), original.loopCount());
+        for (auto const& image : shown(file)) {
+            QCOMPARE(withoutHiddenColors(player.read()), image);
+        }
     }
-    Magick::Blob source;
-    Magick::writeImages(frames.begin(), frames.end(), &source, true);
-    QByteArray const file(static_cast<char const*>(source.data()), static_cast<qsizetype>(source.length()));
 
-    Frames plain;
-    Frames whole = read(file);
-    Magick::coalesceImages(&plain, whole.begin(), whole.end());
-    for (auto& frame : plain) {
-        frame.resize(Magick::Geometry(30, 20));
+    void resizesAsWellAsImageMagick()
+    {
+        // A ball over a shaded ground, at the second frame beside a hole.
+        Frames frames;
+        for (int i = 0; i < 2; ++i) {
+            QImage image(64, 48, QImage::Format_RGBA8888);
+            for (int y = 0; y < 48; ++y) {
+                for (int x = 0; x < 64; ++x) {
+                    double const r = std::hypot(x - 20 - 9 * i, y - 20) / 20;
+                    image.setPixel(x, y,
+                        r < 1              ? qRgb(int(255 * r), 90, int(200 - 150 * r))
+                        : i == 1 && x > 45 ? 0
+                                           : qRgb(3 * x, 5 * y, 255 - 2 * x - y));
+                }
+            }
+            frames.emplace_back(64, 48, "RGBA", Magick::CharPixel, image.constBits()).magick("GIF");
+        }
+        auto const file = write(frames);
+        Frames plain;
+        Frames whole = read(file);
+        Magick::coalesceImages(&plain, whole.begin(), whole.end());
+        for (auto& frame : plain) {
+            frame.resize(Magick::Geometry(30, 20));
+        }
+        auto const floor = shown(write(plain));
+
+        // In place, and with the height left to follow.
+        folder.file(u"a.gif"_s, file);
+        QVERIFY(GifConverter::convert(path(u"a.gif"_s), path(u"a.gif"_s), {30, 20}));
+        auto const result = shown(get(path(u"a.gif"_s)));
+        auto const wanted = shown(file, {30, 20});
+        QCOMPARE(result.size(), 2);
+        QCOMPARE(result[1].size(), wanted[1].size());
+        for (qsizetype i = 0; i < result.size(); ++i) {
+            QCOMPARE(result[i].createAlphaMask(), floor[i].createAlphaMask());
+        }
+        QCOMPARE_GE(psnr(result, wanted), psnr(floor, wanted));
     }
-    Magick::writeImages(plain.begin(), plain.end(), &source, true);
-    QByteArray const floor(static_cast<char const*>(source.data()), static_cast<qsizetype>(source.length()));
 
-    // In place, and with the height left to follow.
-    put(path(u"a.gif"_s), file);
-    QVERIFY(GifConverter::convert(path(u"a.gif"_s), path(u"a.gif"_s), small));
-    auto const result = shown(get(path(u"a.gif"_s)));
-    auto const wanted = shown(file, small);
-    QCOMPARE(result.size(), 2);
-    QCOMPARE(result[1].size(), wanted[1].size());
-    for (qsizetype i = 0; i < result.size(); ++i) {
-        QCOMPARE(result[i].createAlphaMask(), shown(floor)[i].createAlphaMask());
+    void refuses_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<QString>("reason");
+        auto const good = gif({{}, {}});
+        auto const notGif = u"is not a complete GIF file"_s;
+        auto const tooLarge = u"is too large"_s;
+        auto const row = [](char const* name, QByteArray const& file, QString const& reason,
+                             QSize size = kCanvas) { QTest::newRow(name) << file << size << reason; };
+        auto const drawn = [](GifFile::Frame const& frame, int times = 1) {
+            return GifFile::head(kCanvas) + GifFile::frame(frame).repeated(times) + GifFile::kEnd;
+        };
+        row("empty", {}, notGif);
+        row("something else", "\x89PNG\r\n\x1a\n", notGif);
+        row("a head only", good.first(13), notGif);
+        row("cut within the colours", good.first(100), notGif);
+        row("cut within the pixels", good.chopped(20), notGif);
+        row("gigantic canvas", gif({{}}, 0, {60'000, 60'000}), tooLarge);
+        row("no canvas", gif({{}}, 0, {0, 30}), notGif);
+        auto frame = GifFile::read(good)->frames.front();
+        QByteArray const damaged("\x07\x03zzz\0", 6);
+        row("damaged pixels", drawn({.area = frame.area, .colors = frame.colors, .data = damaged}), {});
+        frame.area = {0, 0, 65'535, 65'535};
+        row("gigantic frame", drawn(frame), tooLarge);
+        frame.area = {0, 0, 1, 1};
+        row("endless", drawn(frame, 10'001), tooLarge);
+        for (auto const size : {QSize(), QSize(0, 0), QSize(60'000, 60'000)}) {
+            row(qPrintable(u"to %1 pixels"_s.arg(size.width())), good, u"cannot have this size"_s, size);
+        }
     }
-    QCOMPARE_GE(psnr(result, wanted), psnr(shown(floor), wanted));
-}
 
-void tst_GifConverter::refuses_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<QString>("reason");
-    auto const good = gif({{}, {}});
-    auto const notGif = u"is not a complete GIF file"_s;
-    auto const tooLarge = u"is too large"_s;
-    QTest::newRow("empty") << QByteArray() << kCanvas << notGif;
-    QTest::newRow("something else") << QByteArray("\x89PNG\r\n\x1a\n") << kCanvas << notGif;
-    QTest::newRow("a head only") << good.first(13) << kCanvas << notGif;
-    QTest::newRow("cut within the colours") << good.first(100) << kCanvas << notGif;
-    QTest::newRow("cut within the pixels") << good.first(good.size() - 20) << kCanvas << notGif;
-    QTest::newRow("damaged pixels") << GifFile::head(kCanvas) +
-                                           GifFile::frame({.area = {{}, kCanvas},
-                                               .colors = colors(),
-                                               .data = QByteArray("\x07\x03zzz\0", 6)}) +
-                                           ";"
-                                    << kCanvas << QString();
-    QTest::newRow("gigantic canvas") << gif({{}}, 0, {60'000, 60'000}) << kCanvas << tooLarge;
-    QTest::newRow("no canvas") << gif({{}}, 0, {0, 30}) << kCanvas << notGif;
-    auto frame = GifFile::read(good)->frames.front();
-    frame.area = {0, 0, 65'535, 65'535};
-    QTest::newRow("gigantic frame") << GifFile::head(kCanvas) + GifFile::frame(frame) + ";" << kCanvas
-                                    << tooLarge;
-    frame.area = {0, 0, 1, 1};
-    QTest::newRow("endless") << GifFile::head({1, 1}) + GifFile::frame(frame).repeated(10'001) + ";"
-                             << kCanvas << tooLarge;
-    QTest::newRow("invalid size") << good << QSize() << u"cannot have this size"_s;
-    QTest::newRow("no size") << good << QSize(0, 0) << u"cannot have this size"_s;
-    QTest::newRow("gigantic size") << good << QSize(60'000, 60'000) << u"cannot have this size"_s;
-}
-
-void tst_GifConverter::refuses()
-{
-    QFETCH(QByteArray, file);
-    QFETCH(QSize, size);
-    QFETCH(QString, reason);
-    QTemporaryDir place;
-    auto const target = place.filePath(u"icon.gif"_s);
-    put(path(u"a.gif"_s), file);
-    put(target, "as it was");
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^\\[GifConverter\\]\\[convert\\].*"_s + reason));
-    QVERIFY(!GifConverter::convert(path(u"a.gif"_s), target, size));
-    QCOMPARE(get(target), "as it was");
-    QCOMPARE(QDir(place.path()).entryList(QDir::Files), QStringList(u"icon.gif"_s));
-}
-
-void tst_GifConverter::stopsWithoutATrace()
-{
-    QTemporaryDir place;
-    auto const source = path(u"a.gif"_s);
-    auto const target = place.filePath(u"icon.gif"_s);
-    put(source, gif({{}, {}, {}}));
-    QList<qsizetype> steps;
-    QVERIFY(!GifConverter::convert(source, target, kCanvas, [&](qsizetype done, qsizetype all) {
-        steps << done << all;
-        return done < 2;
-    }));
-    QCOMPARE(steps, (QList<qsizetype>{0, 3, 1, 3, 2, 3}));
-    QVERIFY(QDir(place.path()).isEmpty());
-
-    // Nothing to read, and nowhere to write.
-    QVERIFY(!GifConverter::convert(path(u"missing.gif"_s), target, kCanvas));
-    QVERIFY(!GifConverter::convert(place.path(), target, kCanvas));
-    for (auto const& nowhere : {place.path(), place.filePath(u"missing/icon.gif"_s)}) {
-        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be written"_s));
-        QVERIFY(!GifConverter::convert(source, nowhere, kCanvas));
+    void refuses()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(QSize, size);
+        QFETCH(QString, reason);
+        TestFolder place;
+        auto const target = place.path(u"icon.gif"_s);
+        folder.file(u"a.gif"_s, file);
+        place.file(u"icon.gif"_s, "as it was");
+        QTest::ignoreMessage(
+            QtWarningMsg, QRegularExpression(u"^\\[GifConverter\\]\\[convert\\].*"_s + reason));
+        QVERIFY(!GifConverter::convert(path(u"a.gif"_s), target, size));
+        QCOMPARE(get(target), "as it was");
+        QCOMPARE(QDir(place.path()).entryList(QDir::Files), QStringList(u"icon.gif"_s));
     }
-}
+
+    void stopsWithoutATrace()
+    {
+        TestFolder place;
+        auto const target = place.path(u"icon.gif"_s);
+        auto const source = folder.file(u"a.gif"_s, gif({{}, {}, {}}));
+        QList<qsizetype> steps;
+        QVERIFY(!GifConverter::convert(source, target, kCanvas, [&](qsizetype done, qsizetype all) {
+            steps << done << all;
+            return done < 2;
+        }));
+        QCOMPARE(steps, (QList<qsizetype>{0, 3, 1, 3, 2, 3}));
+        QVERIFY(QDir(place.path()).isEmpty());
+
+        // Nothing to read, and nowhere to write.
+        QVERIFY(!GifConverter::convert(path(u"missing.gif"_s), target, kCanvas));
+        QVERIFY(!GifConverter::convert(place.path(), target, kCanvas));
+        for (auto const& nowhere : {place.path(), place.path(u"missing/icon.gif"_s)}) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot be written"_s));
+            QVERIFY(!GifConverter::convert(source, nowhere, kCanvas));
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_GifConverter)
 #include "tst_GifConverter.moc"
