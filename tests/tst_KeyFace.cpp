@@ -251,6 +251,34 @@ private slots:
         }
     }
 
+    void animations()
+    {
+        ZoBaseHotkeyWidget face;
+        face.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&face));
+        auto* const label = child(&face, "lblIcon");
+        // One without a word about rounds plays once and, however often it is painted, no more.
+        face.setIconAsset(folder.file(u"once.gif"_s, TestGif::gif({{}, {}}, std::nullopt)));
+        QTRY_COMPARE(label->movie()->state(), QMovie::NotRunning);
+        int const last = label->movie()->currentFrameNumber();
+        face.grab();
+        QVERIFY(
+            label->movie()->state() == QMovie::NotRunning && label->movie()->currentFrameNumber() == last);
+
+        // One out of the resources rests while the key shows something else, and goes on.
+        QString const live = u":/Streamlabs/images/slobs_stream_on.gif"_s;
+        face.setIconAsset(live);
+        QPointer<QMovie> const movie = label->movie();
+        QTRY_VERIFY(movie->currentFrameNumber() > 0);
+        face.setIconAsset(folder.picture(u"still.png"_s, kFace, Qt::red));
+        QVERIFY(movie && !label->movie() && movie->state() == QMovie::Paused);
+        QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::red));
+        face.setIconAsset(live);
+        QCOMPARE(label->movie(), movie.get());
+        int const resumed = movie->currentFrameNumber();
+        QTRY_VERIFY(movie->currentFrameNumber() != resumed);
+    }
+
     void pressing()
     {
         ZoBaseHotkeyWidget face;
