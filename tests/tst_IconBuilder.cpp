@@ -1,4 +1,6 @@
 #include "relay/ZoLumenProxy.h"
+#include "tests/Answers.h"
+#include "tests/TestFolder.h"
 #include "tests/TestGif.h"
 #include "uikit/DialogIconBuilder.h"
 #include "uikit/DialogIconEditMenu.h"
@@ -18,7 +20,6 @@
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -46,21 +47,6 @@ QImage halves(QSize const& size, QImage::Format format = QImage::Format_ARGB32)
     return image.convertToFormat(format);
 }
 
-void put(QString const& path, QByteArray const& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
-}
-
-//! Runs \a answer as soon as a modal dialog waits for it.
-void whenModal(std::function<void(QWidget*)> const& answer)
-{
-    QTimer::singleShot(0, qApp, [answer] {
-        auto* const dialog = QApplication::activeModalWidget();
-        dialog != nullptr ? answer(dialog) : whenModal(answer);
-    });
-}
-
 template <typename Child>
 Child* child(QWidget& dialog, char const* name)
 {
@@ -74,7 +60,7 @@ class tst_IconBuilder : public QObject
     Q_OBJECT
 
 private:
-    QString path(QString const& name) const { return folder->filePath(name); }
+    QString path(QString const& name) const { return folder->path(name); }
     QString picture(QString const& name, QSize const& size = {20, 10}) const
     {
         return halves(size).save(path(name)) ? path(name) : QString();
@@ -83,20 +69,19 @@ private:
     //! Takes long enough to be stopped on the way.
     QString longAnimation() const
     {
-        auto file = path(u"long.gif"_s);
-        auto const size = QSize(640, 480);
-        put(file, TestGif::gif(QList<TestGif::Drawn>(80, {.area = {{}, size}, .delay = 5}), 0, size));
-        return file;
+        QSize const size(640, 480);
+        return folder->file(u"long.gif"_s,
+            TestGif::gif(QList<TestGif::Drawn>(80, {.area = {{}, size}, .delay = 5}), 0, size));
     }
 
-    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<TestFolder> folder;
 
 private slots:
     void init()
     {
         // The offscreen platform's own.
         QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support)"_s));
-        folder = std::make_unique<QTemporaryDir>();
+        folder = std::make_unique<TestFolder>();
         ZoLumenProxy::getInstance().configDir = path(u"data"_s);
     }
 
@@ -126,7 +111,7 @@ private slots:
     {
         QFETCH(Act, act);
         DialogIconEditMenu menu;
-        whenModal([act](QWidget* dialog) { act(*dialog); });
+        answerInTurn({[act](QWidget* dialog) { act(*dialog); }});
         QTEST(menu.exec(), "answer");
     }
 
@@ -265,7 +250,7 @@ private slots:
             QCOMPARE(preview->pixmap().size(), kFace);
         }
 
-        put(path(name), bytes);
+        folder->file(name, bytes);
         if (!isShown) {
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(warning));
         }
@@ -295,11 +280,11 @@ private slots:
         QByteArray jpeg;
         QBuffer buffer(&jpeg);
         QVERIFY(photo.save(&buffer, "JPG"));
-        put(path(u"photo.jpg"_s), jpeg.insert(2, QByteArray::fromHex("ffe10022457869660000"
-                                                                     "49492a0008000000"
-                                                                     "0100"
-                                                                     "120103000100000006000000"
-                                                                     "00000000")));
+        folder->file(u"photo.jpg"_s, jpeg.insert(2, QByteArray::fromHex("ffe10022457869660000"
+                                                                        "49492a0008000000"
+                                                                        "0100"
+                                                                        "120103000100000006000000"
+                                                                        "00000000")));
 
         DialogIconBuilder builder;
         QImage const upright = photo.transformed(QTransform().rotate(90));
@@ -337,13 +322,13 @@ private slots:
         DialogIconBuilder builder;
         QSignalSpy const changed(&builder, &DialogIconBuilder::fileChanged);
         builder.setImagePath(file);
-        whenModal([mode](QWidget* dialog) {
+        answerInTurn({[mode](QWidget* dialog) {
             auto* const modes = child<QComboBox>(*dialog, "cbBuilderList");
             for (int i = 0; i < mode; ++i) {
                 QTest::keyClick(modes, Qt::Key_Down);
             }
             QTest::keyClick(modes, Qt::Key_Return);
-        });
+        }});
         QCOMPARE(builder.exec(), 1);
 
         QFileInfo const icon(builder.getImagePath());
@@ -366,7 +351,8 @@ private slots:
         QVERIFY(QDir().mkpath(path(u"data/icon"_s)));
         auto const now = QDateTime::currentDateTime();
         for (int second = 0; second < 20; ++second) {
-            put(path(u"data/icon/"_s + now.addSecs(second).toString(u"yyyyMMddmmss"_s) + ".png"_L1), "taken");
+            auto const taken = now.addSecs(second).toString(u"yyyyMMddmmss"_s) + ".png"_L1;
+            folder->file(u"data/icon/"_s + taken, "taken");
         }
         DialogIconBuilder builder;
         builder.setImagePath(file);
@@ -399,7 +385,7 @@ private slots:
         DialogIconBuilder builder;
         builder.setImagePath(picture(u"a.png"_s));
         auto const answer = [&](Act const& act) {
-            whenModal([act](QWidget* dialog) { act(*dialog); });
+            answerInTurn({[act](QWidget* dialog) { act(*dialog); }});
             child<QPushButton>(builder, "btnOpenFile")->click();
         };
         answer([](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
@@ -434,8 +420,7 @@ private slots:
 
     void convertsAnAnimation()
     {
-        auto const file = path(u"a.GIF"_s);
-        put(file,
+        auto const file = folder->file(u"a.GIF"_s,
             TestGif::gif(QList<TestGif::Drawn>(6, {.area = {0, 0, 300, 100}, .delay = 50}), 3, {300, 100}));
         DialogIconBuilder builder;
         QSignalSpy const changed(&builder, &DialogIconBuilder::fileChanged);
@@ -443,7 +428,7 @@ private slots:
         builder.setImagePath(file);
         QCOMPARE(child<QLabel>(builder, "imgIcon")->movie()->scaledSize(),
             QSize(150, 50) * builder.devicePixelRatioF());
-        whenModal([](QWidget* dialog) { child<QPushButton>(*dialog, "btnOk")->click(); });
+        answerInTurn({[](QWidget* dialog) { child<QPushButton>(*dialog, "btnOk")->click(); }});
         QCOMPARE(builder.exec(), 1);
         QCOMPARE(changed.size(), 1);
         QVERIFY(QRegularExpression(u"/data/icon/\\d{12}\\.GIF$"_s).match(builder.getImagePath()).hasMatch());
