@@ -61,36 +61,27 @@ QSize needed(QWidget& widget, QString const& text, int width)
     return widget.fontMetrics().boundingRect(QRect(0, 0, width, 0), flags, text).size();
 }
 
-QFont unstretched(QFont font)
-{
-    font.setStretch(QFont::Unstretched);
-    return font;
-}
-
 //! What of \a widget is shown, and where; nothing of one that shows no text.
 QStringList textsOf(QWidget& widget, QRect& place)
 {
+    QStringList texts;
     if (auto const* const label = qobject_cast<QLabel*>(&widget)) {
         place = label->contentsRect();
-        return {label->text()};
-    }
-    if (auto const* const button = qobject_cast<QAbstractButton*>(&widget)) {
+        texts.append(label->text());
+    } else if (auto const* const button = qobject_cast<QAbstractButton*>(&widget)) {
         QStyleOptionButton option;
         option.initFrom(button);
         place = button->style()->subElementRect(QStyle::SE_PushButtonContents, &option, button);
-        return {button->text()};
-    }
-    if (auto* const box = qobject_cast<QComboBox*>(&widget)) {
+        texts.append(button->text());
+    } else if (auto* const box = qobject_cast<QComboBox*>(&widget)) {
         QStyleOptionComboBox option;
         option.initFrom(box);
         place = box->style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, box);
-        QStringList texts;
         for (int i = 0; i < box->count(); ++i) {
             texts.append(box->itemText(i));
         }
-        return texts;
     }
-    return {};
+    return texts;
 }
 
 } // namespace
@@ -149,13 +140,9 @@ private slots:
                 }
                 ++checked;
                 QSize const size = needed(*widget, text, place.width());
-                QVERIFY2(size.width() <= place.width() && size.height() <= place.height(),
-                    qPrintable(u"%1 needs %2 x %3 of %4 x %5: %6"_s.arg(widget->objectName())
-                                   .arg(size.width())
-                                   .arg(size.height())
-                                   .arg(place.width())
-                                   .arg(place.height())
-                                   .arg(text)));
+                QString needs;
+                QDebug(&needs) << widget->objectName() << "needs" << size << "of" << place << text;
+                QVERIFY2(size.width() <= place.width() && size.height() <= place.height(), qPrintable(needs));
                 QVERIFY2(!text.startsWith(u"LAB_"_s), qPrintable(text));
             }
         }
@@ -186,7 +173,9 @@ private slots:
         QCOMPARE(label->font().pixelSize(), 26);
         face.setIconTitle(u"Mute"_s); // Narrow letters do not stay for a title that needs none.
         int const wide = label->fontMetrics().horizontalAdvance(u"Mute"_s);
-        QCOMPARE(wide, QFontMetrics(unstretched(label->font())).horizontalAdvance(u"Mute"_s));
+        QFont unstretched = label->font();
+        unstretched.setStretch(QFont::Unstretched);
+        QCOMPARE(wide, QFontMetrics(unstretched).horizontalAdvance(u"Mute"_s));
         face.setIconTitle(title);
         QCOMPARE(label->fontMetrics().horizontalAdvance(u"Mute"_s) < wide, isNarrow);
     }
