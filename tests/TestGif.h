@@ -78,14 +78,14 @@ inline QByteArray gif(QList<Drawn> const& frames, std::optional<quint16> loops =
     return file + GifFile::kEnd;
 }
 
-//! Frames of one colour each, black and red in turn; \a area may lie outside the canvas.
+//! Frames of one colour each, the first black and the others red; \a area may lie outside the canvas.
 inline QByteArray flat(QSize canvas, int frames, QRect area = {})
 {
     auto const table = QByteArray::fromHex("000000ff0000").repeated(32);
     area = area.isNull() ? QRect({}, canvas) : area;
     QByteArray file = GifFile::head(canvas, 0);
     for (int i = 0; i < frames; ++i) {
-        auto const data = pixels(area.size(), [i](int, int) { return i % 2; });
+        auto const data = pixels(area.size(), [i](int, int) { return qMin(i, 1); });
         file += GifFile::frame({.area = area, .delay = 2, .colors = table, .data = data});
     }
     return file + GifFile::kEnd;

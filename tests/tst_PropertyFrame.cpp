@@ -316,7 +316,7 @@ private slots:
                 QCOMPARE(label->movie(), before.get());
                 QVERIFY(before ? before->state() == QMovie::Running : preview() == Qt::blue);
             } else if (!shown.isValid()) {
-                QVERIFY(!label->movie() && label->pixmap().isNull());
+                QVERIFY(!before && !label->movie() && label->pixmap().isNull());
             } else if (path.endsWith(u".gif"_s, Qt::CaseInsensitive)) {
                 QVERIFY(!before);
                 QCOMPARE(label->movie()->scaledSize(), device(shown));
