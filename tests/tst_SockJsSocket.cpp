@@ -41,11 +41,8 @@ private slots:
     void sendsFramesThatTheServerUnderstands();
     void reportsALossAtOnce();
     void closesNormally();
-    void reportsAQuickFailureLate_data();
     void reportsAQuickFailureLate();
-    void aNewAttemptForgetsTheFailureHeldBack();
-    void closeWhileAFailureIsHeldBack();
-    void goesWhileAFailureIsHeldBack();
+    void goesOnWhileAFailureIsHeldBack();
     void givesUpAfterTenSeconds_data();
     void givesUpAfterTenSeconds();
 
@@ -60,15 +57,6 @@ private:
         QVERIFY(socket->isValid());
     }
 
-    void openWhereNobodyListens()
-    {
-        socket->open(host, unusedPort());
-        QTRY_COMPARE(log->count(refused), 1);
-        QVERIFY(log->take(refused));
-    }
-
-    QString const refused =
-        u"critical: QAbstractSocket::SocketError QAbstractSocket::ConnectionRefusedError"_s;
     std::optional<LogRecorder> log;
     std::unique_ptr<SockJsServer> server;
     std::unique_ptr<SockJsSocket> socket;
@@ -95,25 +83,28 @@ void tst_SockJsSocket::receives_data()
     QTest::addColumn<bool>("isText");
     QTest::addColumn<QString>("object"); // none when empty
 
-    QTest::newRow("heartbeat") << u"h"_s << true << QString();
-    QTest::newRow("close frame") << uR"(c[3000,"Go away!"])"_s << true << QString();
-    QTest::newRow("cut frame") << uR"(a["{\"id\":1)"_s << true << QString();
-    QTest::newRow("nothing of SockJS") << u"hello"_s << true << QString();
-    QTest::newRow("message") << uR"(a["{\"jsonrpc\":\"2.0\",\"id\":\"x\",\"result\":true}"])"_s << false
-                             << uR"({"id":"x","jsonrpc":"2.0","result":true})"_s;
-    QTest::newRow("emoji, raw and escaped")
-        << uR"(a["{\"a\":\"🎮\",\"b\":\"\ud83c\udfae\"}"])"_s << false << uR"({"a":"🎮","b":"🎮"})"_s;
-    QTest::newRow("quote in a value")
-        << uR"(a["{\"a\":\"say \\\"hi\\\"\"}"])"_s << false << uR"({"a":"say 'hi'"})"_s;
-    QTest::newRow("line break between members")
-        << uR"(a["{\"a\":1,\n\"b\":2}"])"_s << false << uR"({"a":1,"b":2})"_s;
-    QTest::newRow("array") << uR"(a["[1,2]"])"_s << false << QString();
-    QTest::newRow("empty object") << uR"(a["{}"])"_s << false << QString();
-    QTest::newRow("two messages") << uR"(a["{\"a\":1}","{\"b\":2}"])"_s << false << QString();
-    QTest::newRow("no JSON") << uR"(a["nonsense"])"_s << false << QString();
-    QTest::newRow("cut JSON") << uR"(a["{\"a\":"])"_s << false << QString();
-    QTest::newRow("too deep") << uR"(a["{\"a\":%1%2}"])"_s.arg(QString(5000, u'['), QString(5000, u']'))
-                              << false << QString();
+    auto const text = [](char const* name, QString const& frame) {
+        QTest::newRow(name) << frame << true << QString();
+    };
+    text("heartbeat", u"h"_s);
+    text("close frame", uR"(c[3000,"Go away!"])"_s);
+    text("cut frame", uR"(a["{\"id\":1)"_s);
+    text("nothing of SockJS", u"hello"_s);
+
+    auto const message = [](char const* name, QString const& inner, QString const& object = {}) {
+        QTest::newRow(name) << u"a[\"%1\"]"_s.arg(inner) << false << object;
+    };
+    message("object", uR"({\"id\":\"x\",\"result\":true})"_s, uR"({"id":"x","result":true})"_s);
+    message(
+        "emoji, raw and escaped", uR"({\"a\":\"🎮\",\"b\":\"\ud83c\udfae\"})"_s, uR"({"a":"🎮","b":"🎮"})"_s);
+    message("quote in a value", uR"({\"a\":\"say \\\"hi\\\"\"})"_s, uR"({"a":"say 'hi'"})"_s);
+    message("line break between members", uR"({\"a\":1,\n\"b\":2})"_s, uR"({"a":1,"b":2})"_s);
+    message("array", u"[1,2]"_s);
+    message("empty object", u"{}"_s);
+    message("two messages", uR"({\"a\":1}","{\"b\":2})"_s);
+    message("no JSON", u"nonsense"_s);
+    message("cut JSON", uR"({\"a\":)"_s);
+    message("too deep", uR"({\"a\":%1%2})"_s.arg(QString(5000, u'['), QString(5000, u']')));
 }
 
 void tst_SockJsSocket::receives()
@@ -131,10 +122,11 @@ void tst_SockJsSocket::receives()
 
     QCOMPARE(texts.size(), isText ? 2 : 1);
     QCOMPARE(texts.first().first().toString(), isText ? frame : u"end"_s);
-    QCOMPARE(objects.size(), object.isEmpty() ? 0 : 1);
-    if (!object.isEmpty()) {
-        QCOMPARE(compact(objects.first().first().toJsonObject()), object);
+    QStringList got;
+    for (auto const& arguments : std::as_const(objects)) {
+        got.append(compact(arguments.first().toJsonObject()));
     }
+    QCOMPARE(got.join(u'|'), object);
 }
 
 void tst_SockJsSocket::receivesAVeryLargeFrame()
@@ -187,51 +179,47 @@ void tst_SockJsSocket::closesNormally()
     QTRY_VERIFY(socket->isValid());
 }
 
-void tst_SockJsSocket::reportsAQuickFailureLate_data()
-{
-    QTest::addColumn<bool>("nobodyListens");
-    QTest::newRow("nobody listens") << true;
-    QTest::newRow("the server has no such path") << false;
-}
-
 void tst_SockJsSocket::reportsAQuickFailureLate()
 {
-    QFETCH(bool, nobodyListens);
     server->setHandshake(SockJsServer::Handshake::NotFound);
     QVERIFY(server->listen());
-    QSignalSpy lost(socket.get(), &SockJsSocket::disconnected);
-    QElapsedTimer since;
-    since.start();
-    socket->open(host, nobodyListens ? unusedPort() : server->port());
-    QTRY_COMPARE_WITH_TIMEOUT(lost.size(), 1, 3000);
-    QVERIFY2(since.elapsed() >= 1000 && since.elapsed() < 1500, qPrintable(QString::number(since.elapsed())));
+    for (int const port : {unusedPort(), int(server->port())}) {
+        QSignalSpy lost(socket.get(), &SockJsSocket::disconnected);
+        QElapsedTimer since;
+        since.start();
+        socket->open(host, port);
+        QTRY_COMPARE_WITH_TIMEOUT(lost.size(), 1, 3000);
+        QVERIFY2(
+            since.elapsed() >= 1000 && since.elapsed() < 1500, qPrintable(QString::number(since.elapsed())));
+    }
     while (log->take(u"critical: QAbstractSocket::SocketError"_s)) {
     }
 }
 
-void tst_SockJsSocket::aNewAttemptForgetsTheFailureHeldBack()
+void tst_SockJsSocket::goesOnWhileAFailureIsHeldBack()
 {
     QSignalSpy lost(socket.get(), &SockJsSocket::disconnected);
-    openWhereNobodyListens();
-    socket->close();
-    open();
-    QVERIFY(!lost.wait(1300)); // the time at which the first failure was due passes
-    QVERIFY(socket->isValid());
-}
-
-void tst_SockJsSocket::closeWhileAFailureIsHeldBack()
-{
-    QSignalSpy lost(socket.get(), &SockJsSocket::disconnected);
-    openWhereNobodyListens();
+    auto const fail = [this] {
+        socket->open(host, unusedPort());
+        QString const refused =
+            u"critical: QAbstractSocket::SocketError QAbstractSocket::ConnectionRefused"_s;
+        QTRY_COMPARE(log->count(refused), 1);
+        QVERIFY(log->take(refused));
+    };
+    fail();
     socket->close();
     QTRY_COMPARE_WITH_TIMEOUT(lost.size(), 1, 3000);
     QVERIFY(!lost.wait(1100));
-}
 
-void tst_SockJsSocket::goesWhileAFailureIsHeldBack()
-{
-    QSignalSpy lost(socket.get(), &SockJsSocket::disconnected);
-    openWhereNobodyListens();
+    fail();
+    socket->close();
+    open();
+    QVERIFY(!lost.wait(1300)); // the time at which the failure was due passes
+    QVERIFY(socket->isValid());
+
+    socket->close();
+    QTRY_COMPARE(lost.size(), 2);
+    fail();
     socket.reset();
     QVERIFY(!lost.wait(1200));
 }
