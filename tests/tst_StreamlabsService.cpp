@@ -29,7 +29,6 @@ private slots:
     void asksForEverythingOnceAuthenticated();
     void servesTasks_data();
     void servesTasks();
-    void logsTasksItDoesNotKnow_data();
     void logsTasksItDoesNotKnow();
     void followsEvents_data();
     void followsEvents();
@@ -41,7 +40,6 @@ private slots:
     void comesBackAfterALoss();
     void lateAnswersOfTheLastConnection();
     void closesForGood();
-    void reconnectsAtOnceAfterClosing();
     void closesDuringAnAttempt();
     void connectsOnlyWithTokenAndPort();
     void refreshingReconnects();
@@ -71,14 +69,27 @@ private:
     {
         return QTest::qWaitFor([&] { return takePublished(expected); });
     }
+    bool awaitLine(QString const& part)
+    {
+        return QTest::qWaitFor([&] { return log->take(part); });
+    }
+    //! Request \a number as "RESOURCE METHOD ARGUMENTS".
+    QString requested(qsizetype number) const
+    {
+        auto const params = requests.at(number).value("params"_L1).toObject();
+        return params.value("resource"_L1).toString() + u' ' +
+               requests.at(number).value("method"_L1).toString() + u' ' +
+               QString::fromUtf8(
+                   QJsonDocument(params.value("args"_L1).toArray()).toJson(QJsonDocument::Compact));
+    }
     //! What was published, by task names, one after the other.
-    QStringList publishedTasks() const
+    QString publishedTasks() const
     {
         QStringList tasks;
         for (auto const& payload : published) {
             tasks.append(payload.value("task"_L1).toString());
         }
-        return tasks;
+        return tasks.join(u' ');
     }
     //! Everything that the service would tell an action that asks.
     QList<QJsonObject> state()
@@ -164,119 +175,78 @@ void tst_StreamlabsService::asksForEverythingOnceAuthenticated()
     QStringList methods;
     for (qsizetype i = 0; i < requests.size(); ++i) {
         QCOMPARE(requests.at(i).value("id"_L1), i + 1);
-        methods.append(requests.at(i).value("method"_L1).toString());
+        methods.append(requested(i).section(u' ', 0, 1));
     }
-    QCOMPARE(methods.join(u' '), u"auth streamingStatusChange recordingStatusChange sceneAdded sceneRemoved "
-                                 u"itemAdded itemRemoved itemUpdated "
-                                 "sourceUpdated sourceAdded sourceRemoved sceneSwitched collectionSwitched "
-                                 "collectionAdded collectionRemoved "
-                                 "getModel activeSceneId getSources getScenes getModel"_s);
-    QCOMPARE(publishedTasks().join(u' '), u"onStreamlabsAuthResult onQueryStreamingStatus "
-                                          u"onQueryRecordingStatus onQueryScenes onQueryAudioList "
-                                          "onQueryScenes onQueryStreamingStatus onQueryRecordingStatus"_s);
+    QCOMPARE(methods.join(u", "),
+        u"TcpServerService auth, StreamingService streamingStatusChange, "
+        "StreamingService recordingStatusChange, "
+        "ScenesService sceneAdded, ScenesService sceneRemoved, ScenesService itemAdded, "
+        "ScenesService itemRemoved, ScenesService itemUpdated, SourcesService sourceUpdated, "
+        "SourcesService sourceAdded, SourcesService sourceRemoved, ScenesService sceneSwitched, "
+        "SceneCollectionsService collectionSwitched, SceneCollectionsService collectionAdded, "
+        "SceneCollectionsService collectionRemoved, StreamingService getModel, ScenesService activeSceneId, "
+        "AudioService getSources, ScenesService getScenes, StreamingService getModel"_s);
+    QCOMPARE(publishedTasks(),
+        u"onStreamlabsAuthResult onQueryStreamingStatus onQueryRecordingStatus onQueryScenes "
+        "onQueryAudioList onQueryScenes onQueryStreamingStatus onQueryRecordingStatus"_s);
     QCOMPARE(published.first(),
         json(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"stand-in-token","port":)" +
              QByteArray::number(desktop->port()) + "}"));
     QCOMPARE(ledChanges, QStringList({u"STREAM off"_s, u"RECORD off"_s, u"STREAM off"_s, u"RECORD off"_s}));
     QVERIFY(log->take(u"info: connected to Streamlabs server"_s));
-    for (auto const* line : {"[onGetModel]", "[onGetActiveScene]", "[onGetAudioList]", "[onGetSceneList]"}) {
-        QVERIFY2(log->take(QString::fromLatin1(line)), line);
-    }
-
     QJsonArray const scenes = published.at(5).value("list"_L1).toArray();
     QCOMPARE(scenes.size(), desktop->model().scenes().size());
     QCOMPARE(published.at(5).value("activeId"_L1).toString(), desktop->model().activeSceneId());
     QCOMPARE(published.at(4).value("list"_L1).toArray().size(), desktop->model().audioSources().size());
 }
 
-// Each task: the request that it leads to, or what is published at once.
+// Each task that leads to a request.
 void tst_StreamlabsService::servesTasks_data()
 {
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QByteArray>("request");
-    QTest::addColumn<QByteArray>("publication");
+    QTest::addColumn<QString>("request");
+    auto const row = [](char const* text, QString const& request) { QTest::newRow(text) << request; };
 
-    auto const asks = [](QByteArray const& text, QByteArray const& method, QByteArray const& params) {
-        QTest::newRow(text.constData())
-            << text << R"({"jsonrpc":"2.0","id":21,"method":")" + method + R"(","params":)" + params + "}"
-            << QByteArray();
-    };
-    auto const publishes = [](QByteArray const& text, QByteArray const& publication) {
-        QTest::newRow(text.constData()) << text << QByteArray() << publication;
-    };
-    publishes(R"({"event":"queryAuthState"})",
-        R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"stand-in-token"})");
-    asks(R"({"event":"refreshModel"})", "getModel", R"({"resource":"StreamingService","args":[]})");
-    publishes(R"({"event":"queryStreamingStatus"})",
-        R"({"task":"onQueryStreamingStatus","streamingStatus":"offline"})");
-    asks(R"({"event":"toggleStreamingStatus"})", "toggleStreaming",
-        R"({"resource":"StreamingService","args":[]})");
-    publishes(R"({"event":"queryRecordingStatus"})",
-        R"({"task":"onQueryRecordingStatus","recordingStatus":"offline"})");
-    asks(R"({"event":"toggleRecordingStatus"})", "toggleRecording",
-        R"({"resource":"StreamingService","args":[]})");
-    asks(R"({"event":"refreshScenes"})", "getScenes", R"({"resource":"ScenesService","args":[]})");
-    publishes(R"({"event":"queryScenes"})", R"({"task":"onQueryScenes","list":[{"name":"Just Chatting"}]})");
-    asks(R"({"event":"setActiveScene","activeId":"x"})", "makeSceneActive",
-        R"({"resource":"ScenesService","args":["x"]})");
-    asks(R"({"event":"setSourceVisible","sceneId":"s","sceneItemId":"i","sourceId":"x","visible":false})",
-        "setVisibility", R"({"resource":"SceneItem[\"s\", \"i\", \"x\"]","args":[false]})");
-    asks(R"({"event":"setSourceVisible","visible":"yes"})", "setVisibility",
-        R"({"resource":"SceneItem[\"\", \"\", \"\"]","args":[false]})");
-    asks(R"({"event":"refreshCollections"})", "fetchSceneCollectionsSchema",
-        R"({"resource":"SceneCollectionsService","args":[]})");
-    publishes(R"({"event":"queryCollections"})", R"({"task":"onQueryCollections","list":[]})");
-    asks(R"({"event":"refreshAudioList"})", "getSources", R"({"resource":"AudioService","args":[]})");
-    asks(R"({"event":"refreshAudioList","sceneId":"s"})", "getSourcesForScene",
-        R"({"resource":"AudioService","args":["s"]})");
-    publishes(R"({"event":"queryAudioList"})",
-        R"({"task":"onQueryAudioList","list":[{"name":"Mic/Aux","muted":false}]})");
-    asks(R"({"event":"setAudioMute","sourceId":"a","muted":true})", "setMuted",
-        R"({"resource":"AudioSource[\"a\"]","args":[true]})");
+    row(R"({"event":"refreshModel"})", u"StreamingService getModel []"_s);
+    row(R"({"event":"toggleStreamingStatus"})", u"StreamingService toggleStreaming []"_s);
+    row(R"({"event":"toggleRecordingStatus"})", u"StreamingService toggleRecording []"_s);
+    row(R"({"event":"refreshScenes"})", u"ScenesService getScenes []"_s);
+    row(R"({"event":"setActiveScene","activeId":"x"})", uR"(ScenesService makeSceneActive ["x"])"_s);
+    row(R"({"event":"setSourceVisible","sceneId":"s","sceneItemId":"i","sourceId":"x","visible":true})",
+        uR"(SceneItem["s", "i", "x"] setVisibility [true])"_s);
+    row(R"({"event":"setSourceVisible","visible":"yes"})",
+        uR"(SceneItem["", "", ""] setVisibility [false])"_s);
+    row(R"({"event":"refreshCollections"})", u"SceneCollectionsService fetchSceneCollectionsSchema []"_s);
+    row(R"({"event":"refreshAudioList"})", u"AudioService getSources []"_s);
+    row(R"({"event":"refreshAudioList","sceneId":"s"})", uR"(AudioService getSourcesForScene ["s"])"_s);
+    row(R"({"event":"setAudioMute","sourceId":"a","muted":true})", uR"(AudioSource["a"] setMuted [true])"_s);
 }
 
 void tst_StreamlabsService::servesTasks()
 {
-    QFETCH(QByteArray, text);
-    QFETCH(QByteArray, request);
-    QFETCH(QByteArray, publication);
+    QFETCH(QString, request);
     connectAndWait();
-    task(text);
-    if (publication.isEmpty()) {
-        QTRY_COMPARE(requests.size(), 1);
-        QCOMPARE(requests.first(), json(request));
-        settle();
-    } else {
-        QCOMPARE(published.size(), 1);
-        QVERIFY(takePublished(publication));
-    }
+    task(QTest::currentDataTag());
+    QTRY_COMPARE(requests.size(), 1);
+    QCOMPARE(requested(0), request);
+    settle();
     // Answers that nobody waits for, and errors of the other side about ids that do not exist.
     log->take(u"critical: [StreamlabsResponse] WTF WTF"_s);
-    log->take(u"critical: UNABLE set \"slobs.jsonrpc.stream.toggle\" to"_s);
-    log->take(u"critical: UNABLE set \"slobs.jsonrpc.record.toggle\" to"_s);
+    log->take(u"critical: UNABLE set \"slobs.jsonrpc."_s);
     log->take(u"critical: unrecognized response"_s);
-}
-
-void tst_StreamlabsService::logsTasksItDoesNotKnow_data()
-{
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("no event") << QByteArray(R"({"sceneId":"s"})")
-                              << u"critical: [onServiceTask] Unknown task QJsonObject({\"sceneId\""_s;
-    QTest::newRow("unknown") << QByteArray(R"({"event":"makeCoffee"})")
-                             << u"critical: [onServiceTask] TODO \"makeCoffee\""_s;
-    QTest::newRow("number") << QByteArray(R"({"event":5})") << u"critical: [onServiceTask] TODO \"\""_s;
-    QTest::newRow("request without a connection")
-        << QByteArray(R"({"event":"setActiveScene","activeId":"x"})")
-        << u"warning: makeJsonRpcRequest: ignore \"slobs.jsonrpc.scene.set.active\" QJsonObject({\"jsonrpc\""_s;
 }
 
 void tst_StreamlabsService::logsTasksItDoesNotKnow()
 {
-    QFETCH(QByteArray, text);
-    QFETCH(QString, line);
-    task(text);
-    QVERIFY(log->take(line));
+    for (auto const& [text, line] :
+        {std::pair(R"({"sceneId":"s"})", R"(critical: [onServiceTask] Unknown task QJsonObject({"sceneId")"),
+            {R"({"event":"makeCoffee"})", R"(critical: [onServiceTask] TODO "makeCoffee")"},
+            {R"({"event":5})", R"(critical: [onServiceTask] TODO "")"},
+            // a request without a connection
+            {R"({"event":"setActiveScene"})",
+                R"(warning: makeJsonRpcRequest: ignore "slobs.jsonrpc.scene.set.active" QJsonObject({"j)"}}) {
+        task(text);
+        QVERIFY2(log->take(QString::fromLatin1(line)), text);
+    }
     QCOMPARE(published, QList<QJsonObject>());
 }
 
@@ -294,38 +264,30 @@ void tst_StreamlabsService::followsEvents_data()
     };
     QByteArray const scenes = R"({"task":"onQueryScenes"})";
     QByteArray const audio = R"({"task":"onQueryAudioList"})";
-    auto const streaming = [](QByteArray const& status) {
-        return R"({"task":"onQueryStreamingStatus","streamingStatus":")" + status + R"("})";
-    };
-    auto const recording = [](QByteArray const& status) {
-        return R"({"task":"onQueryRecordingStatus","recordingStatus":")" + status + R"("})";
-    };
     row("stream starts", [](StandInModel& m) { m.setStreaming(true); },
-        {streaming("starting"), streaming("live")}, {u"STREAM on"_s, u"STREAM on"_s});
-    row("recording starts", [](StandInModel& m) { m.setRecording(true); },
-        {recording("starting"), recording("recording")}, {u"RECORD off"_s, u"RECORD on"_s});
+        {R"({"task":"onQueryStreamingStatus","streamingStatus":"starting"})",
+            R"({"task":"onQueryStreamingStatus","streamingStatus":"live"})"},
+        {u"STREAM on"_s, u"STREAM on"_s});
     row("scene switched", [](StandInModel& m) { m.switchScene(u"配信終了"_s); },
         {R"({"task":"onQueryScenes","activeId":"scene_00000000-0000-4000-8000-00000000001e"})"});
-    row("item hidden", [](StandInModel& m) { m.setItemVisible(u"Countdown"_s, false); },
-        {R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Countdown","visible":false,"locked":false}]}]})"});
-    row("item locked", [](StandInModel& m) { m.setItemLocked(u"Countdown"_s, true); },
-        {R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Countdown","visible":true,"locked":true}]}]})"});
-    row("item dragged", [](StandInModel& m) { m.moveItem(u"Countdown"_s, {5, 5}); }, {scenes});
+    row("item hidden and locked",
+        [](StandInModel& m) {
+            m.setItemVisible(u"Countdown"_s, false) && m.setItemLocked(u"Countdown"_s, true);
+        },
+        {R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Countdown","visible":false,"locked":false}]}]})",
+            R"({"task":"onQueryScenes","list":[{"nodes":[{"visible":false,"locked":true}]}]})"});
     row("source renamed in every scene", [](StandInModel& m) { m.renameItem(u"Webcam"_s, u"Kamera"_s); },
         {R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Kamera"}]},{"nodes":[{"name":"Kamera"}]},)"
          R"({"nodes":[{"name":"Kamera"}]}]})"});
-    row("scene renamed", [](StandInModel& m) { m.renameScene(u"配信終了"_s, u"The End"_s); },
-        {R"({"task":"onQueryScenes","list":[{"name":"The End"}]})"});
-    row("audio muted", [](StandInModel& m) { m.setMuted(u"Mic/Aux"_s, true); },
-        {R"({"task":"onQueryAudioList","list":[{"name":"Mic/Aux","muted":true}]})", scenes});
-    row("audio renamed", [](StandInModel& m) { m.renameAudioSource(u"Mic/Aux"_s, u"Mikro"_s); },
-        {R"({"task":"onQueryAudioList","list":[{"name":"Mikro","muted":false}]})", scenes});
+    row("audio muted and renamed",
+        [](StandInModel& m) {
+            m.setMuted(u"Mic/Aux"_s, true) && m.renameAudioSource(u"Mic/Aux"_s, u"Mikro"_s);
+        },
+        {R"({"task":"onQueryAudioList","list":[{"name":"Mic/Aux","muted":true}]})", scenes,
+            R"({"task":"onQueryAudioList","list":[{"name":"Mikro","muted":true}]})", scenes});
     row("audio source added", [](StandInModel& m) { m.addAudioSource(u"Line In"_s); },
         {scenes, R"({"task":"onQueryAudioList","list":[{"name":"Line In"}]})"});
     row("collection added", [](StandInModel& m) { m.addCollection(u"New"_s); }, {audio, scenes});
-    row("collection switched", [](StandInModel& m) { m.switchCollection(u"Podcast 🎙"_s); },
-        {R"({"task":"onQueryAudioList","list":[{"name":"Studio Mic"}]})",
-            R"({"task":"onQueryScenes","list":[{"name":"Talk"},{"name":"Break"}]})"});
 }
 
 void tst_StreamlabsService::followsEvents()
@@ -341,48 +303,42 @@ void tst_StreamlabsService::followsEvents()
     QCOMPARE(ledChanges, leds);
 }
 
-// Frames that no sane server sends. Nothing changes but the log.
+// What no sane server sends: nothing changes but the log. Frames of other kinds end in the socket.
 void tst_StreamlabsService::survivesBadInput_data()
 {
     QTest::addColumn<QString>("frame");
     QTest::addColumn<QString>("line"); // none: dropped without a word
 
-    auto const message = [](char const* name, QString const& object, QString const& line) {
-        QTest::newRow(name) << u"a[\"%1\"]"_s.arg(QString(object).replace(u'"', uR"(\")"_s)) << line;
+    auto const row = [](char const* name, QString const& frame, QString const& line = {}) {
+        QTest::newRow(name) << frame << line;
     };
-    QTest::newRow("cut frame") << uR"(a["{\"id\":1,\"result\")"_s << QString();
-    QTest::newRow("cut message") << uR"(a["{\"id\":1,\"result\""])"_s << QString();
-    QTest::newRow("two messages") << uR"(a["{\"id\":1,\"result\":true}","{\"id\":2,\"result\":true}"])"_s
-                                  << QString();
-    QTest::newRow("close frame") << uR"(c[3000,"Go away!"])"_s << QString();
-    QTest::newRow("no JSON") << uR"(a["hello"])"_s << QString();
-    QTest::newRow("deep nesting") << uR"(a["%1"])"_s.arg(QString(100000, u'[')) << QString();
-    message("array", u"[1]"_s, {});
+    row("cut frame", uR"(a["{\"id\":1,\"result\")"_s);
+    row("close frame", uR"(c[3000,"Go away!"])"_s);
+
+    auto const message = [row](char const* name, QString object, QString const& line) {
+        row(name, u"a[\"%1\"]"_s.arg(object.replace(u'"', uR"(\")"_s)), line);
+    };
+    QString const unasked = u"critical: [StreamlabsResponse] WTF WTF \"\""_s;
     message("no id", uR"({"result":true})"_s, u"critical: unrecognized response"_s);
-    message("error without a result", uR"({"id":1,"error":{"code":-32603,"message":"x"}})"_s,
-        u"critical: unrecognized response"_s);
+    message("no result", uR"({"id":1,"error":{"code":-1}})"_s, u"critical: unrecognized response"_s);
     message("id never sent", uR"({"id":4711,"result":true})"_s,
         u"critical: no such id 4711 QJsonObject({\"id\":4711"_s);
     message("id answered before", uR"({"id":1,"result":true})"_s, u"critical: no such id 1"_s);
     message("negative id", uR"({"id":-3,"result":true})"_s, u"critical: no such id -3"_s);
-    message(
-        "fractional id", uR"({"id":1.5,"result":true})"_s, u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
-    message("id above 2^53", uR"({"id":9007199254740993000,"result":5})"_s,
-        u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
-    message("text as id", uR"({"id":"1","result":{"scenes":[]}})"_s,
-        u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
-    message(
-        "null result", uR"({"id":null,"result":null})"_s, u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
-    message("event of an unknown resource",
-        uR"({"id":null,"result":{"_type":"EVENT","resourceId":"Coffee.ready","data":1}})"_s,
+    message("fractional id", uR"({"id":1.5,"result":true})"_s, unasked);
+    message("id above 2^53", uR"({"id":9007199254740993000,"result":5})"_s, unasked);
+    message("text as id", uR"({"id":"1","result":{"scenes":[]}})"_s, unasked);
+    message("null result", uR"({"id":null,"result":null})"_s, unasked);
+
+    auto const special = [message](char const* name, QString const& result, QString const& line) {
+        message(name, uR"({"id":null,"result":{"_type":%1}})"_s.arg(result), line);
+    };
+    special("event of an unknown resource", uR"("EVENT","resourceId":"Coffee.ready","data":1)"_s,
         u"debug: TODO: onEventReceived \"Coffee.ready\""_s);
-    message("event without a resource", uR"({"id":null,"result":{"_type":"EVENT"}})"_s,
-        u"debug: TODO: onEventReceived \"\""_s);
-    message("subscription nobody asked for",
-        uR"({"id":null,"result":{"_type":"SUBSCRIPTION","resourceId":"StreamingService.streamingStatusChange"}})"_s,
-        u"critical: UNABLE set \"\" to \"StreamingService.streamingStatusChange\""_s);
-    message("helper nobody asked for", uR"({"id":null,"result":{"_type":"HELPER","resourceId":"Scene"}})"_s,
-        u"critical: [StreamlabsResponse] WTF WTF \"\""_s);
+    special("event without a resource", uR"("EVENT")"_s, u"debug: TODO: onEventReceived \"\""_s);
+    special("subscription nobody asked for", uR"("SUBSCRIPTION","resourceId":"Scenes.x")"_s,
+        u"critical: UNABLE set \"\" to \"Scenes.x\""_s);
+    special("helper nobody asked for", uR"("HELPER","resourceId":"Scene")"_s, unasked);
 }
 
 void tst_StreamlabsService::survivesBadInput()
@@ -425,8 +381,7 @@ void tst_StreamlabsService::ignoresAnEventBeforeItsSubscriptionIsAnswered()
 void tst_StreamlabsService::refusedToken()
 {
     service->connectSlobs(u"wrong"_s, desktop->port());
-    QTRY_VERIFY(log->count(u"critical: unrecognized response"_s) == 1);
-    QVERIFY(log->take(u"critical: unrecognized response"_s));
+    QVERIFY(awaitLine(u"critical: unrecognized response"_s));
     QCOMPARE(requests.size(), 1);
     QCOMPARE(published, QList<QJsonObject>());
 
@@ -436,16 +391,14 @@ void tst_StreamlabsService::refusedToken()
     published.clear();
     desktop->scriptResult(u"TcpServerService.auth"_s, false);
     service->connectSlobs(u"wrong"_s, desktop->port());
-    QTRY_COMPARE(log->count(u"critical: auth failed"_s), 1);
-    QVERIFY(log->take(u"critical: auth failed"_s));
+    QVERIFY(awaitLine(u"critical: auth failed"_s));
     QCOMPARE(requests.size(), 2);
-    QCOMPARE(publishedTasks(), QStringList(u"onStreamlabsAuthResult"_s));
+    QCOMPARE(publishedTasks(), u"onStreamlabsAuthResult"_s);
 
     // The connection stays open, and asking again is possible.
     task(R"({"event":"refreshModel"})");
     QTRY_COMPARE(requests.size(), 3);
-    QTRY_VERIFY(log->count(u"critical: unrecognized response"_s) == 1);
-    QVERIFY(log->take(u"critical: unrecognized response"_s));
+    QVERIFY(awaitLine(u"critical: unrecognized response"_s));
 }
 
 void tst_StreamlabsService::collectionSchemaArrivesTwice()
@@ -491,12 +444,12 @@ void tst_StreamlabsService::comesBackAfterALoss()
     desktop->stop();
     QTRY_COMPARE(published.size(), 4);
     QVERIFY(since.elapsed() < 900);
-    QCOMPARE(publishedTasks().join(u' '),
+    QCOMPARE(publishedTasks(),
         u"onStreamlabsAuthResult onQueryStreamingStatus onQueryStreamingStatus onQueryRecordingStatus"_s);
-    QVERIFY(takePublished(R"({"authorized":false,"token":"stand-in-token"})"));
-    QVERIFY(takePublished(R"({"streamingStatus":""})"));
-    QVERIFY(takePublished(R"({"streamingStatus":""})"));
-    QVERIFY(takePublished(R"({"recordingStatus":""})"));
+    for (auto const* part : {R"({"authorized":false,"token":"stand-in-token"})", R"({"streamingStatus":""})",
+             R"({"streamingStatus":""})", R"({"recordingStatus":""})"}) {
+        QVERIFY2(takePublished(part), part);
+    }
     QCOMPARE(ledChanges, QStringList({u"STREAM off"_s, u"STREAM off"_s, u"RECORD off"_s}));
 
     QVERIFY(awaitPublished(R"({"authorized":false})")); // a refused attempt, a second later
@@ -512,7 +465,7 @@ void tst_StreamlabsService::comesBackAfterALoss()
     published.clear();
     desktop->model().switchScene(u"配信終了"_s);
     settle();
-    QCOMPARE(publishedTasks(), QStringList(u"onQueryScenes"_s));
+    QCOMPARE(publishedTasks(), u"onQueryScenes"_s);
     while (log->take(u"critical: QAbstractSocket::SocketError"_s)) {
     }
 }
@@ -530,13 +483,15 @@ void tst_StreamlabsService::lateAnswersOfTheLastConnection()
     published.clear();
     service->connectSlobs(desktop->token(), desktop->port());
     QTRY_COMPARE(requests.size(), 3);
+    QCOMPARE(requests.last().value("id"_L1), 1);
     desktop->releaseReplies(); // answers 21 and 22, then the one that lets the service in
     desktop->setHoldingReplies(false);
     QTRY_COMPARE(requests.size(), 22);
     settle();
+    QCOMPARE(desktop->clientCount(), 1);
     QVERIFY(log->take(u"critical: no such id 21"_s));
     QVERIFY(log->take(u"critical: no such id 22"_s));
-    QCOMPARE(publishedTasks().first(), u"onStreamlabsAuthResult"_s);
+    QVERIFY(publishedTasks().startsWith(u"onStreamlabsAuthResult"_s));
     QVERIFY(takePublished(R"({"task":"onQueryScenes","list":[{"name":"Just Chatting"}]})"));
 }
 
@@ -548,8 +503,7 @@ void tst_StreamlabsService::closesForGood()
     ledChanges.clear();
     service->closeSlobs();
     QTRY_COMPARE(desktop->clientCount(), 0);
-    QTRY_COMPARE(log->count(u"critical: StreamlabsService::connectSlobs \"\" 0"_s), 1);
-    QVERIFY(log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s));
+    QVERIFY(awaitLine(u"critical: StreamlabsService::connectSlobs \"\" 0"_s));
     QVERIFY(takePublished(R"({"task":"onStreamlabsAuthResult","authorized":false})"));
     QCOMPARE(ledChanges, QStringList({u"STREAM off"_s, u"STREAM off"_s, u"RECORD off"_s}));
     auto const empty = state();
@@ -568,18 +522,6 @@ void tst_StreamlabsService::closesForGood()
     QVERIFY(awaitPublished(R"({"task":"onQueryStreamingStatus","streamingStatus":"live"})"));
 }
 
-void tst_StreamlabsService::reconnectsAtOnceAfterClosing()
-{
-    connectAndWait();
-    service->closeSlobs();
-    service->connectSlobs(desktop->token(), desktop->port());
-    QTRY_COMPARE(requests.size(), 20);
-    QCOMPARE(requests.first().value("id"_L1), 1);
-    settle();
-    QCOMPARE(desktop->clientCount(), 1);
-    log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);
-}
-
 void tst_StreamlabsService::closesDuringAnAttempt()
 {
     QSignalSpy clients(desktop.get(), &StreamlabsStandIn::clientCountChanged);
@@ -588,26 +530,16 @@ void tst_StreamlabsService::closesDuringAnAttempt()
     QTRY_COMPARE(clients.size(), 2); // it comes and goes
     QCOMPARE(desktop->clientCount(), 0);
     QCOMPARE(requests, QList<QJsonObject>());
-    QTRY_COMPARE(log->count(u"critical: StreamlabsService::connectSlobs \"\" 0"_s), 1);
-    log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);
+    QVERIFY(awaitLine(u"critical: StreamlabsService::connectSlobs \"\" 0"_s));
 }
 
 void tst_StreamlabsService::connectsOnlyWithTokenAndPort()
 {
-    struct
-    {
-        QString token;
-        int port;
-        QString line;
-    } const cases[] = {
-        {{}, desktop->port(), u"critical: StreamlabsService::connectSlobs \"\" %1"_s.arg(desktop->port())},
-        {u"t"_s, 0, u"critical: StreamlabsService::connectSlobs \"t\" 0"_s},
-        {u"t"_s, -1, u"critical: StreamlabsService::connectSlobs \"t\" -1"_s},
-    };
     QSignalSpy clients(desktop.get(), &StreamlabsStandIn::clientCountChanged);
-    for (auto const& [token, port, line] : cases) {
+    for (auto const& [token, port] :
+        {std::pair(QString(), int(desktop->port())), {u"t"_s, 0}, {u"t"_s, -1}}) {
         service->connectSlobs(token, port);
-        QVERIFY(log->take(line));
+        QVERIFY(log->take(u"critical: StreamlabsService::connectSlobs \"%1\" %2"_s.arg(token).arg(port)));
     }
     QVERIFY(!clients.wait(200));
     QVERIFY(state().contains(
