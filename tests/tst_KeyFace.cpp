@@ -427,6 +427,7 @@ private slots:
         panel.showKnobColorTransparent();
         QVERIFY(shows(Qt::transparent));
         panel.showKnobColor();
+        QVERIFY(shows(green));
         QVERIFY(paintEvents(&panel, [&] { panel.setKnobColor(green); }) == 0);
         panel.setKnobColor(QColor(1, 2, 3)); // not in the palette
         QVERIFY(chosen->isChecked() && shows(QColor(1, 2, 3)) && selected.isEmpty());
@@ -436,6 +437,8 @@ private slots:
         auto const* const palette = child<QWidget>(&panel, "selectColorWidget");
         panel.hideColorSelect();
         QVERIFY(palette->isHidden());
+        panel.showColorSelect();
+        QVERIFY(!palette->isHidden());
     }
 
     void knobStates()

@@ -92,6 +92,7 @@ private slots:
         QCOMPARE(written.keys(), (QStringList{u"bold"_s, u"color"_s, u"family"_s, u"horAlignment"_s,
                                      u"italic"_s, u"size"_s, u"underLine"_s}));
         QCOMPARE(ZoDisplayViewAttribute::fromJson(written), wanted);
+        QVERIFY(QMetaType::fromName("ZoDisplayViewAttribute").isValid());
         wanted.color = QColor(1, 2, 254, 10); // loses its alpha
         QCOMPARE(ZoDisplayViewAttribute::toJson(wanted).value(u"color"_s), QJsonValue(u"#0102fe"_s));
     }
