@@ -24,7 +24,6 @@ bool isResult(QJsonObject const& message, QString const& name)
     return message.value("task"_L1) == QJsonValue(name);
 }
 
-//! Made once: the service sends them with every status.
 QJsonObject makeLed(QString const& functionName, bool on)
 {
     return {{u"task"_s, kUpdateFunctionKeyLedAppControl}, {u"sender"_s, QString()},
@@ -289,6 +288,7 @@ bool SlobsAgent::isRecording(QString const& recordingStatus)
 
 QJsonObject SlobsAgent::setStreamingLed(QString const& streamingStatus)
 {
+    // Made once, for they go out with every status.
     static QJsonObject const on = makeLed(u"STREAM"_s, true);
     static QJsonObject const off = makeLed(u"STREAM"_s, false);
     return isStreaming(streamingStatus) ? on : off;

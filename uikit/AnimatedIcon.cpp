@@ -36,8 +36,9 @@ QSize fittedByRatio(QSize const& picture, QSize const& box, double boxRatio)
     return size.expandedTo({1, 1});
 }
 
-//! The logical screen of a GIF file, which all of its frames are drawn on. Qt states the size of the frame if
-//! that is smaller. See "Graphics Interchange Format, version 89a", section 18.
+//! The logical screen of a GIF file, which all of its frames are drawn on. Where it is larger than 32,767
+//! pixels Qt states the first frame's side instead. See "Graphics Interchange Format, version 89a", section
+//! 18.
 QSize gifScreen(QString const& path)
 {
     constexpr qsizetype widthAt = 6;

@@ -299,7 +299,7 @@ bool GifConverter::convert(
         Canvas canvas(file->canvas);
         Resampler const resampler(file->canvas, target);
         Writer writer(output, file->loops);
-        // The frames to come are decoded, and those of late scaled, while one is drawn and one is written.
+        // Two frames are decoded ahead and one is scaled while another is drawn or written.
         constexpr qsizetype ahead = 2;
         QThreadPool threads; // joins them, so nothing above goes before their work is done
         threads.setMaxThreadCount(2);

@@ -5,7 +5,7 @@ class QString;
 class QWidget;
 
 //! For panels that are made with their keys and that nobody may ever open: nothing of them is styled before
-//! they are shown. Style sheets cost more time and memory than all else about such a panel.
+//! they are shown or grabbed. Style sheets cost more time and memory than all else about such a panel.
 class Visibility
 {
 public:

@@ -202,9 +202,9 @@ QImage ZoBaseHotkeyWidget::processHotkeyIcon(QImage const& image, QSize const& s
 void ZoBaseHotkeyWidget::paintEvent([[maybe_unused]] QPaintEvent* event)
 {
     qreal const ratio = devicePixelRatioF();
-    if (backdrop.isNull() || backdrop.devicePixelRatio() != ratio ||
-        backdrop.deviceIndependentSize() != QSizeF(size())) {
-        backdrop = QPixmap((QSizeF(size()) * ratio).toSize());
+    QSize const pixels = (QSizeF(size()) * ratio).toSize();
+    if (backdrop.size() != pixels || backdrop.devicePixelRatio() != ratio) {
+        backdrop = QPixmap(pixels);
         backdrop.setDevicePixelRatio(ratio);
         backdrop.fill(Qt::transparent);
         QStyleOption option;
