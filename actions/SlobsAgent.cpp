@@ -4,6 +4,7 @@
 #include "relay/ZoRemoteCommands.h"
 
 #include <QDebug>
+#include <QHash>
 #include <QJsonDocument>
 #include <QUrl>
 #include <QWebSocket>
@@ -18,6 +19,11 @@ namespace {
 
 //! The host's settings page on which the Streamlabs account is linked.
 constexpr int kSettingsPage = 7;
+
+QString toText(QJsonObject const& message)
+{
+    return QString::fromUtf8(QJsonDocument(message).toJson(QJsonDocument::Compact));
+}
 
 bool isResult(QJsonObject const& message, QString const& name)
 {
@@ -65,7 +71,7 @@ void SlobsAgent::addRccEventHandler(QString const& task, Handler handler)
 
 void SlobsAgent::sendRccEvent(QJsonObject const& event)
 {
-    socket->sendTextMessage(QString::fromUtf8(QJsonDocument(event).toJson(QJsonDocument::Compact)));
+    socket->sendTextMessage(toText(event));
 }
 
 void SlobsAgent::onTextMessageReceived(QString const& text)
@@ -104,6 +110,17 @@ void SlobsAgent::showSettingsLogin()
 }
 
 // ---- Tasks for the service
+
+void SlobsAgent::sendServiceTask(QString const& name)
+{
+    // The same text each time, and it is what somebody waits for who has pressed a key.
+    static QHash<QString, QString> texts;
+    QString& text = texts[name];
+    if (text.isEmpty()) {
+        text = toText({{u"task"_s, kSlobsServiceTask}, {u"event"_s, name}});
+    }
+    socket->sendTextMessage(text);
+}
 
 void SlobsAgent::sendServiceTask(QString const& name, QJsonObject arguments)
 {

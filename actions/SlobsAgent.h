@@ -146,7 +146,8 @@ signals:
 
 private:
     void onTextMessageReceived(QString const& text);
-    void sendServiceTask(QString const& name, QJsonObject arguments = {});
+    void sendServiceTask(QString const& name);
+    void sendServiceTask(QString const& name, QJsonObject arguments);
 
     std::unique_ptr<QWebSocket> socket;
     QMap<QString, Handler> handlers;
