@@ -118,7 +118,7 @@ private slots:
             QCOMPARE(label.geometry(), QRect(7, top, 60, height));
             QVERIFY(label.styleSheet().contains(
                 u"color: rgb(255,0,9); font-size:%1px; %2"_s.arg(px).arg(border)));
-            auto const font = label.font();
+            auto const& font = label.font();
             QCOMPARE(font.weight(), on ? 700 : 400);
             QVERIFY(font.italic() == on && font.underline() == on);
         };
