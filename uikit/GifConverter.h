@@ -5,15 +5,15 @@
 
 #include <functional>
 
-//! Resizes animated GIF files with ImageMagick.
+//! Resizes animated GIF files, which ImageMagick reads and writes.
 //!
-//! Frame count, delays, loop count and transparency stay as they are. The pictures are resized with
-//! ImageMagick's default filter; each frame gets a colour table of its own (GifColors), and what does not
+//! Frame count, delays, loop count and transparency stay as they are. The pictures are resized as ImageMagick
+//! does it by default (Resampler); each frame gets a colour table of its own (GifColors), and what does not
 //! change from one frame to the next is written once.
 //!
-//! Frames are worked off one by one, so that memory does not grow with their number, and the file is checked
-//! before ImageMagick sees any of it. ImageMagick's own resource limits hold for the whole process, which is
-//! the host's, and are left alone.
+//! At most a few frames are in work at a time, so that memory does not grow with their number, on two threads
+//! that end with the call. The file is checked before ImageMagick sees any of it. ImageMagick's own resource
+//! limits hold for the whole process, which is the host's, and are left alone.
 namespace GifConverter {
 
 //! Limits of what is accepted: the canvas and each frame, all frames together (canvas times number), the
