@@ -30,6 +30,16 @@ bool isResult(QJsonObject const& message, QString const& name)
     return message.value("task"_L1) == QJsonValue(name);
 }
 
+//! Sets a text of a message that is kept from one time to the next: every key asks for the status, and mostly
+//! it is the same.
+QJsonObject updated(QJsonObject& message, QLatin1StringView key, QString const& text)
+{
+    if (QJsonValue const known = message.value(key); !known.isString() || known.toString() != text) {
+        message.insert(key, text);
+    }
+    return message;
+}
+
 QJsonObject makeLed(QString const& functionName, bool on)
 {
     return {{u"task"_s, kUpdateFunctionKeyLedAppControl}, {u"sender"_s, QString()},
@@ -216,12 +226,14 @@ QJsonObject SlobsAgent::toAuthState(bool authorized, QString const& token, int p
 
 QJsonObject SlobsAgent::toStreamingStatus(QString const& status)
 {
-    return {{u"task"_s, kQueryStreamingStatusResult}, {u"streamingStatus"_s, status}};
+    static QJsonObject message{{u"task"_s, kQueryStreamingStatusResult}};
+    return updated(message, "streamingStatus"_L1, status);
 }
 
 QJsonObject SlobsAgent::toRecordingStatus(QString const& status)
 {
-    return {{u"task"_s, kQueryRecordingStatusResult}, {u"recordingStatus"_s, status}};
+    static QJsonObject message{{u"task"_s, kQueryRecordingStatusResult}};
+    return updated(message, "recordingStatus"_L1, status);
 }
 
 QJsonObject SlobsAgent::toSceneList(QList<Scene> const& scenes, QString const& activeId)

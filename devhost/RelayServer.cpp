@@ -190,10 +190,12 @@ void RelayServer::receive(QWebSocket* client, QString const& text)
     if (isSignalConnected(QMetaMethod::fromSignal(&RelayServer::messageReceived))) {
         emit messageReceived(m_numbers.value(client), text);
     }
-    QJsonParseError error;
-    auto const document = QJsonDocument::fromJson(text.toUtf8(), &error);
-    QJsonObject const command = document.object();
-    QString const problem = document.isObject() ? handle(client, command) : u"not a JSON object"_s;
+    if (text != m_lastReceived) {
+        m_lastReceived = text;
+        m_lastCommand = QJsonDocument::fromJson(text.toUtf8());
+    }
+    QJsonObject const command = m_lastCommand.object();
+    QString const problem = m_lastCommand.isObject() ? handle(client, command) : u"not a JSON object"_s;
     if (!problem.isEmpty()) {
         qCWarning(devHostLog) << "relay: message rejected," << problem << text.left(200);
         send(client, {{u"task"_s, command.value("task"_L1)}, {u"error"_s, problem}});

@@ -3,6 +3,7 @@
 #include "relay/ZoInterfaceRcc.h"
 
 #include <QHash>
+#include <QJsonDocument>
 #include <QJsonObject>
 #include <QList>
 #include <QObject>
@@ -110,5 +111,8 @@ private:
     QTimer m_turn;
     //! What was published last, by task, and its text.
     QHash<QString, std::pair<QJsonObject, QString>> m_last;
+    //! What a client sent last. Keys say the same, one after the other.
+    QString m_lastReceived;
+    QJsonDocument m_lastCommand;
     bool m_acknowledgesAtOnce = true;
 };

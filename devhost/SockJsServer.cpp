@@ -3,6 +3,7 @@
 #include <QHostAddress>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QMetaMethod>
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -140,8 +141,11 @@ void SockJsServer::setHeartbeatInterval(std::chrono::milliseconds interval)
 
 void SockJsServer::sendRawFrame(QString const& frame)
 {
-    for (int const client : clients())
-        sendFrame(client, frame);
+    // A copy: who hears of a frame may drop the connections.
+    for (QHash<int, Client> const clients = m_clients; auto const& [id, client] : clients.asKeyValueRange()) {
+        client.webSocket->sendTextMessage(frame);
+        emit frameSent(id, frame);
+    }
 }
 
 void SockJsServer::sendRawBytes(QByteArray const& bytes)
@@ -220,7 +224,7 @@ void SockJsServer::acceptWebSockets()
 void SockJsServer::receiveFrame(int client, QString const& frame)
 {
     emit frameReceived(client, frame);
-    if (frame.isEmpty())
+    if (frame.isEmpty() || !isSignalConnected(QMetaMethod::fromSignal(&SockJsServer::messageReceived)))
         return;
     std::optional<QStringList> const messages = messagesOf(frame);
     if (!messages) {

@@ -80,7 +80,7 @@ public:
 signals:
     void clientConnected(int client);
     void clientDisconnected(int client);
-    //! One message, already taken out of its frame.
+    //! One message, already taken out of its frame. Frames are only looked into while somebody listens.
     void messageReceived(int client, QString const& message);
     //! \name Traffic
     //! Every frame as it went over the wire, for an inspector.

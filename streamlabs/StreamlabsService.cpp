@@ -3,6 +3,7 @@
 #include "actions/SlobsAgent.h"
 #include "relay/ZoRemoteCommands.h"
 #include "streamlabs/SceneListCache.h"
+#include "streamlabs/SockJsCodec.h"
 #include "streamlabs/SockJsSocket.h"
 #include "streamlabs/StreamlabsApi.h"
 
@@ -65,10 +66,12 @@ public:
     void initRccHandlers();
     void reset();
 
-    void makeJsonRpcRequest(QString const& name, QJsonObject& request);
-    void request(QString const& name, QJsonObject message) { makeJsonRpcRequest(name, message); }
-    void requestAudioList() { request(rpcGetAudioList, StreamlabsApi::makeGetAudioListObject({})); }
-    void requestSceneList() { request(rpcGetSceneList, StreamlabsApi::makeGetSceneListObject()); }
+    void makeJsonRpcRequest(QString const& name, QJsonObject const& request);
+    void requestAudioList()
+    {
+        makeJsonRpcRequest(rpcGetAudioList, StreamlabsApi::makeGetAudioListObject({}));
+    }
+    void requestSceneList() { makeJsonRpcRequest(rpcGetSceneList, StreamlabsApi::makeGetSceneListObject()); }
     //! Sends the request when connected, and tries to connect when not.
     void requestOrReconnect(QString const& name, QJsonObject const& message);
 
@@ -105,6 +108,8 @@ public:
     QList<AudioSource> audioSources;
     int requestId = 0;
     QMap<int, QString> pendingRequests;
+    //! What was sent last under each name. Most requests are the same each time but for the id.
+    QMap<QString, std::pair<QJsonObject, SockJsCodec::NumberedFrame>> sentRequests;
     std::unique_ptr<SockJsSocket> socket;
     //! Keyed by request name, by "EVENT", or by the resource id of an answered subscription.
     QMap<QString, Handler> responseHandlers;
@@ -199,7 +204,7 @@ void StreamlabsService::Impl::initSocket()
     connect(socket.get(), &SockJsSocket::textMessageReceived, q, [this](QString const& frame) {
         // A SockJS server speaks first; heartbeats and close frames need no answer.
         if (frame == "o"_L1) {
-            request(rpcAuthorization, StreamlabsApi::makeAuthObject(token));
+            makeJsonRpcRequest(rpcAuthorization, StreamlabsApi::makeAuthObject(token));
         }
     });
     connect(socket.get(), &SockJsSocket::jsonMessageReceived, q,
@@ -269,12 +274,14 @@ void StreamlabsService::Impl::initRccHandlers()
             }},
         {kQueryStreamingStatus, [this](QJsonObject const&) { publishStreamingStatus(); }},
         {kToggleStreamingStatus,
-            [this](
-                QJsonObject const&) { request(rpcToggleStream, StreamlabsApi::makeToggleStreamObject()); }},
+            [this](QJsonObject const&) {
+                makeJsonRpcRequest(rpcToggleStream, StreamlabsApi::makeToggleStreamObject());
+            }},
         {kQueryRecordingStatus, [this](QJsonObject const&) { publishRecordingStatus(); }},
         {kToggleRecordingStatus,
-            [this](
-                QJsonObject const&) { request(rpcToggleRecord, StreamlabsApi::makeToggleRecordObject()); }},
+            [this](QJsonObject const&) {
+                makeJsonRpcRequest(rpcToggleRecord, StreamlabsApi::makeToggleRecordObject());
+            }},
         {kRefreshScenes,
             [this](QJsonObject const&) {
                 requestOrReconnect(rpcGetSceneList, StreamlabsApi::makeGetSceneListObject());
@@ -282,15 +289,16 @@ void StreamlabsService::Impl::initRccHandlers()
         {kQueryScenes, [this](QJsonObject const&) { publishSceneList(); }},
         {kSetActiveScene,
             [this, text](QJsonObject const& task) {
-                request(
+                makeJsonRpcRequest(
                     rpcSetActiveScene, StreamlabsApi::makeSetActiveSceneObject(text(task, "activeId"_L1)));
             }},
         {kSetSourceVisibility,
             [this, text](QJsonObject const& task) {
                 // Shares the scene's request name: neither answer has a handler of its own.
-                request(rpcSetActiveScene, StreamlabsApi::makeSetSourceVisibleObject(text(task, "sceneId"_L1),
-                                               text(task, "sceneItemId"_L1), text(task, "sourceId"_L1),
-                                               task.value("visible"_L1).toBool()));
+                makeJsonRpcRequest(
+                    rpcSetActiveScene, StreamlabsApi::makeSetSourceVisibleObject(text(task, "sceneId"_L1),
+                                           text(task, "sceneItemId"_L1), text(task, "sourceId"_L1),
+                                           task.value("visible"_L1).toBool()));
             }},
         {kRefreshCollections,
             [this](QJsonObject const&) {
@@ -305,8 +313,9 @@ void StreamlabsService::Impl::initRccHandlers()
         {kQueryAudioList, [this](QJsonObject const&) { publishAudioList(); }},
         {kSetAudioMute,
             [this, text](QJsonObject const& task) {
-                request(rpcSetAudioMute, StreamlabsApi::makeSetAudioMuteObject(
-                                             text(task, "sourceId"_L1), task.value("muted"_L1).toBool()));
+                makeJsonRpcRequest(
+                    rpcSetAudioMute, StreamlabsApi::makeSetAudioMuteObject(
+                                         text(task, "sourceId"_L1), task.value("muted"_L1).toBool()));
             }},
     };
 
@@ -326,12 +335,13 @@ void StreamlabsService::Impl::reset()
     collections.clear();
     audioSources.clear();
     pendingRequests.clear();
+    sentRequests.clear();
     initStreamlabsHandlers();
 }
 
 // ---- Requests and what comes back
 
-void StreamlabsService::Impl::makeJsonRpcRequest(QString const& name, QJsonObject& request)
+void StreamlabsService::Impl::makeJsonRpcRequest(QString const& name, QJsonObject const& request)
 {
     if (!socket || !socket->isValid()) {
         qWarning() << "makeJsonRpcRequest: ignore" << name << request;
@@ -341,15 +351,19 @@ void StreamlabsService::Impl::makeJsonRpcRequest(QString const& name, QJsonObjec
         requestId = 0;
     }
     ++requestId;
-    request.insert("id"_L1, requestId);
     pendingRequests.insert(requestId, name);
-    socket->sendJsonMessage(request);
+    auto& [last, frame] = sentRequests[name];
+    if (request != last) {
+        last = request;
+        frame = SockJsCodec::NumberedFrame(request);
+    }
+    socket->sendTextMessage(frame.withId(requestId));
 }
 
 void StreamlabsService::Impl::requestOrReconnect(QString const& name, QJsonObject const& message)
 {
     if (socket && socket->isValid()) {
-        request(name, message);
+        makeJsonRpcRequest(name, message);
     } else {
         q->connectSlobs(token, port);
     }
@@ -357,25 +371,27 @@ void StreamlabsService::Impl::requestOrReconnect(QString const& name, QJsonObjec
 
 void StreamlabsService::Impl::handleStreamlabsResponse(QJsonObject const& message)
 {
-    if (!message.contains("id"_L1) || !message.contains("result"_L1)) {
+    QJsonValue const idValue = message.value("id"_L1);
+    QJsonValue const value = message.value("result"_L1);
+    if (idValue.isUndefined() || value.isUndefined()) {
         qCritical() << "unrecognized response";
         return;
     }
-    int const id = message.value("id"_L1).toInt();
+    int const id = idValue.toInt();
     if (id != 0 && !pendingRequests.contains(id)) {
         qCritical() << "no such id" << id << message;
         return;
     }
     QString const name = pendingRequests.take(id); // events come with a null id, which counts as 0
 
-    QJsonValue const value = message.value("result"_L1);
     if (value.isObject()) {
         QJsonObject const result = value.toObject();
         QString const type = result.value("_type"_L1).toString();
         QString const resourceId = result.value("resourceId"_L1).toString();
         // A result without a "_type" is an answer of its own and never an event's.
-        if (!type.isEmpty() && responseHandlers.contains(type)) {
-            if (Handler const handler = responseHandlers.value(type)) {
+        if (auto const entry = responseHandlers.constFind(type);
+            !type.isEmpty() && entry != responseHandlers.constEnd()) {
+            if (Handler const handler = *entry) { // a copy, for it may take itself out
                 handler(result);
             } else {
                 qCritical() << "[StreamlabsResponse] WTF" << type << result;
@@ -403,11 +419,11 @@ void StreamlabsService::Impl::onAuthorization(QJsonObject const& message)
 {
     if (message.value("result"_L1).toBool()) {
         subscribeEvent();
-        request(rpcQueryModel, StreamlabsApi::makeQueryModelObject());
-        request(rpcGetActiveScene, StreamlabsApi::makeGetActiveSceneObject());
+        makeJsonRpcRequest(rpcQueryModel, StreamlabsApi::makeQueryModelObject());
+        makeJsonRpcRequest(rpcGetActiveScene, StreamlabsApi::makeGetActiveSceneObject());
         requestAudioList();
         requestSceneList();
-        request(rpcQueryModel, StreamlabsApi::makeQueryModelObject());
+        makeJsonRpcRequest(rpcQueryModel, StreamlabsApi::makeQueryModelObject());
     } else {
         qCritical() << "auth failed";
     }
@@ -455,11 +471,12 @@ void StreamlabsService::Impl::onDisconnected()
 
 void StreamlabsService::Impl::onServiceTask(QJsonObject const& task)
 {
-    if (!task.contains("event"_L1)) {
+    QJsonValue const event = task.value("event"_L1);
+    if (event.isUndefined()) {
         qCritical() << "[onServiceTask] Unknown task" << task;
         return;
     }
-    QString const name = task.value("event"_L1).toString();
+    QString const name = event.toString();
     auto const entry = taskHandlers.constFind(name);
     if (entry == taskHandlers.constEnd()) {
         qCritical() << "[onServiceTask] TODO" << name;
@@ -475,7 +492,7 @@ void StreamlabsService::Impl::onServiceTask(QJsonObject const& task)
 void StreamlabsService::Impl::subscribe(QString const& name, QJsonObject const& subscription, Handler handler)
 {
     responseHandlers[name] = std::move(handler);
-    request(name, subscription);
+    makeJsonRpcRequest(name, subscription);
 }
 
 void StreamlabsService::Impl::subscribeEvent()
