@@ -1,10 +1,11 @@
 #include "actions/SlobsMessagePool.h"
 
+#include <QAnyStringView>
 #include <QJsonDocument>
+#include <QUtf8StringView>
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 #include <type_traits>
 #include <utility>
 
@@ -23,14 +24,6 @@ std::shared_ptr<SlobsMessage>& handled()
     return message;
 }
 
-//! The C library compares with the widest registers that the processor has, which QString does not: each
-//! agent compares some hundred kilobytes.
-bool equal(QString const& a, QString const& b)
-{
-    return a.size() == b.size() &&
-           std::memcmp(a.constData(), b.constData(), sizeof(QChar) * static_cast<std::size_t>(a.size())) == 0;
-}
-
 template <typename Record>
 QList<Record> decodeList(QJsonObject const& message)
 {
@@ -45,9 +38,9 @@ QList<Record> decodeList(QJsonObject const& message)
 
 } // namespace
 
-SlobsMessage::SlobsMessage(QString const& text)
+SlobsMessage::SlobsMessage(QByteArray const& text)
 {
-    auto const document = QJsonDocument::fromJson(text.toUtf8());
+    auto const document = QJsonDocument::fromJson(text);
     if (document.isObject()) {
         content = document.object();
     }
@@ -86,19 +79,29 @@ std::shared_ptr<SlobsMessagePool> SlobsMessagePool::shared()
     return existing;
 }
 
+bool SlobsMessagePool::Entry::isOf(QString const& text) const
+{
+    if (text.size() != length) {
+        return false;
+    }
+    bool const isAscii = utf8.size() == length; // as most are, and compares in less time
+    return isAscii ? text == QLatin1StringView(utf8)
+                   : QAnyStringView(QUtf8StringView(utf8)) == QAnyStringView(text);
+}
+
 std::shared_ptr<SlobsMessage> SlobsMessagePool::take(QString const& text)
 {
     // What everybody has taken was still needed while the last of them handled it, and is not any more.
     auto const agents = self.use_count();
     std::erase_if(entries, [agents](Entry const& entry) { return entry.taken >= agents; });
 
-    auto entry =
-        std::ranges::find_if(entries, [&text](Entry const& known) { return equal(known.text, text); });
+    auto entry = std::ranges::find_if(entries, [&text](Entry const& known) { return known.isOf(text); });
     if (entry == entries.end()) {
         if (entries.size() == keepCount) {
             entries.erase(entries.begin());
         }
-        entries.push_back({text, std::make_shared<SlobsMessage>(text)});
+        QByteArray const utf8 = text.toUtf8();
+        entries.push_back({utf8, text.size(), std::make_shared<SlobsMessage>(utf8)});
         entry = std::prev(entries.end());
         if (!expiry.isActive()) {
             expiry.start();

@@ -2,6 +2,7 @@
 
 #include "streamlabs/StreamlabsApi.h"
 
+#include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
@@ -17,7 +18,8 @@
 class SlobsMessage
 {
 public:
-    explicit SlobsMessage(QString const& text);
+    //! \a text is UTF-8.
+    explicit SlobsMessage(QByteArray const& text);
 
     //! Nothing when the text was not a JSON object.
     std::optional<QJsonObject> const& object() const { return content; }
@@ -75,7 +77,13 @@ private:
 
     struct Entry
     {
-        QString text;
+        bool isOf(QString const& text) const;
+
+        //! The text. Every agent compares its own with it, some hundred kilobytes, and the less memory that
+        //! takes, the sooner it is done.
+        QByteArray utf8;
+        //! Of the text in UTF-16.
+        qsizetype length = 0;
         std::shared_ptr<SlobsMessage> message;
         qsizetype taken = 0;
     };
