@@ -72,6 +72,7 @@ protected:
     static QList<Choice> toChoices(QList<Record> const& records, QString Record::*id)
     {
         QList<Choice> choices;
+        choices.reserve(records.size());
         for (auto const& record : records) {
             if (!(record.*id).isEmpty()) {
                 choices.append({record.*id, record.name});

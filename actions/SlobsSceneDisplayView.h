@@ -1,8 +1,7 @@
 #pragma once
 
 #include "actions/BaseSlobsDisplayView.h"
-
-#include <QStringList>
+#include "streamlabs/StreamlabsApi.h"
 
 //! The key face of a scene: state 1 while it is the active one, invalid while it does not exist.
 class SlobsSceneDisplayView : public BaseSlobsDisplayView
@@ -19,6 +18,6 @@ public slots:
 
 private:
     QString activeSceneId;
-    QStringList sceneIds;
+    QList<StreamlabsApiPrivate::Scene> scenes;
     QString sceneId;
 };
