@@ -60,6 +60,8 @@ private slots:
     void agentDispatches();
     void agentComesBack();
     void agentsShareOneParsing();
+    void agentsTellTextsApart_data();
+    void agentsTellTextsApart();
     void sharedParsingIsInvisible();
     void resultsDecode_data();
     void resultsDecode();
@@ -334,6 +336,32 @@ void tst_Relay::agentsShareOneParsing()
         alone->take(QString::number(i));
     }
     QVERIFY(watched.expired());
+}
+
+void tst_Relay::agentsTellTextsApart_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("other");
+
+    QTest::newRow("ASCII") << uR"({"task":"a"})"_s << uR"({"task":"b"})"_s;
+    QTest::newRow("as long in UTF-16") << uR"({"task":"é"})"_s << uR"({"task":"e"})"_s;
+    QTest::newRow("as long in UTF-8") << uR"({"task":"é"})"_s << uR"({"task":"ee"})"_s;
+    QTest::newRow("other script") << uR"({"task":"字"})"_s << uR"({"task":"子"})"_s;
+    QTest::newRow("beyond the first plane") << uR"({"task":"😀"})"_s << uR"({"task":"😁"})"_s;
+}
+
+void tst_Relay::agentsTellTextsApart()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, other);
+
+    auto const one = SlobsMessagePool::shared();
+    auto const two = SlobsMessagePool::shared();
+    auto const three = SlobsMessagePool::shared();
+    auto const message = one->take(text);
+    QVERIFY(two->take(other)->object() == json(other.toUtf8()));
+    QCOMPARE(three->take(QString(text.constData(), text.size())), message);
+    QVERIFY(message->object() == json(text.toUtf8()));
 }
 
 // Three agents, one of which connects late and one of which hears more: each gets what it would get alone.
