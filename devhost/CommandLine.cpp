@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QStandardPaths>
 
-#include <algorithm>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
@@ -16,16 +15,17 @@ namespace {
 
 QString scriptHelp()
 {
-    return QCoreApplication::translate(
-               "main", "Lines of a script (# begins a comment; words with blanks stand in double quotes):") +
+    return QCoreApplication::translate("main", "Lines of a script (one that begins with # is a comment; "
+                                               "words with blanks stand in double quotes):") +
            u"\n"_s + ScriptParser::help().join(u'\n') +
            QCoreApplication::translate("main",
-               "\n\nThe window stays open when a script has run, unless the script ends with quit. Without a "
-               "display "
-               "the program ends with the script.\n\nExit code: 0, the script ran and every expectation "
-               "held; 1, one did not; 2, a line or an "
-               "option "
-               "is wrong, or the library cannot be used.\n\n"
+               "\n\nA script begins before the link stands. Where that matters its first line is\n"
+               "  expect onStreamlabsAuthResult {\"authorized\":true}\n"
+               "The stand-in's API token is stand-in-token; --json tells its port.\n\n"
+               "The window stays open when a script has run, unless the script ends with quit. Without a "
+               "display the program ends with the script.\n\n"
+               "Exit code: 0, the script ran and every expectation held; 1, one did not; 2, a line or an "
+               "option is wrong, or the library cannot be used.\n\n"
                "Examples:\n"
                "  lumen-devhost --headless\n"
                "  echo 'expect onQueryScenes' | lumen-devhost --headless --script - --scenes 50 --items 40\n"
@@ -34,13 +34,6 @@ QString scriptHelp()
 }
 
 } // namespace
-
-bool CommandLine::isHeadless(int argc, char const* const* argv)
-{
-    return std::any_of(argv, argv + argc, [](char const* word) {
-        return qstrcmp(word, "--headless") == 0 || qstrcmp(word, "--help") == 0 || qstrcmp(word, "-h") == 0;
-    });
-}
 
 QString CommandLine::read(QStringList const& arguments)
 {
@@ -118,6 +111,10 @@ QString CommandLine::read(QStringList const& arguments)
     }
     if (!problem.isEmpty()) {
         return problem;
+    }
+
+    if (parser.isSet(scriptOption) && parser.value(scriptOption).isEmpty()) {
+        return u"--script needs a file, or - for standard input."_s;
     }
 
     headless = parser.isSet(headlessOption);

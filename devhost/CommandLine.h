@@ -31,8 +31,6 @@ struct CommandLine
     //! Without one the stand-in has its demo collections.
     std::optional<Size> size;
 
-    //! Whether an argument asks for it: the platform must know before there is an application.
-    static bool isHeadless(int argc, char const* const* argv);
     //! Reads \a arguments, the first of which is the program, or answers with what is wrong. Prints the help
     //! and exits when that is wanted.
     QString read(QStringList const& arguments);

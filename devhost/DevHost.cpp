@@ -10,7 +10,20 @@
 
 using namespace Qt::StringLiterals;
 
-DevHost::DevHost(QObject* parent) : QObject(parent) {}
+DevHost::DevHost(QObject* parent) : QObject(parent)
+{
+    // As the service publishes: what the relay sends its clients it thins out when it comes too fast. Queued,
+    // for who hears of it may stop the service that has just published.
+    connect(
+        &m_relay, &RelayServer::published, this,
+        [this](QString const& subject, QJsonObject const& payload) {
+            if (subject == ZoRemoteSubjects::kSubjectStreamlabsResponse) {
+                emit publicationReceived(payload);
+            }
+        },
+        Qt::QueuedConnection);
+    connect(&m_relay, &RelayServer::ledChanged, this, &DevHost::ledChanged, Qt::QueuedConnection);
+}
 
 DevHost::~DevHost()
 {
@@ -92,8 +105,7 @@ void DevHost::onClientMessage(QJsonObject const& message)
         m_console->setPackage(m_plugin.package()); // its keys ask the service at once
         emit ready();
     } else {
-        emit publicationReceived(message);
-        m_console->checkFacesSoon();
+        m_console->checkFacesSoon(); // the keys have heard it as well
     }
 }
 

@@ -15,7 +15,7 @@
 class ZoMixerPluginDelegate;
 
 //! A whole console host but for the window: the keys, the relay, the loaded package with its service, a relay
-//! client that listens to what the service publishes, and Streamlabs Desktop, pretended or real.
+//! client that sends it tasks, and Streamlabs Desktop, pretended or real.
 //!
 //! After `start` the pieces come up in the order of a real host, and the service starts once the client
 //! hears. Destruction takes everything down in reverse.
@@ -79,8 +79,9 @@ public:
 signals:
     //! The client hears, the service has been started, and the keys are there.
     void ready();
-    //! Something was published on the package's subject and has arrived at the client.
+    //! Everything that the service publishes and every LED that it switches, in this order.
     void publicationReceived(QJsonObject const& payload);
+    void ledChanged(QString const& app, QString const& function, bool on);
 
 private:
     void onClientMessage(QJsonObject const& message);

@@ -114,7 +114,7 @@ EventReport::~EventReport()
 void EventReport::watch(DevHost& host)
 {
     connect(&host, &DevHost::publicationReceived, this, &EventReport::onPublication);
-    connect(&host.relay(), &RelayServer::ledChanged, this, &EventReport::onLed);
+    connect(&host, &DevHost::ledChanged, this, &EventReport::onLed);
     connect(&host.relay(), &RelayServer::settingsPageRequested, this, [this](int page) {
         if (m_format == Format::Json) {
             print(u"settings-page"_s, {{u"page"_s, page}});

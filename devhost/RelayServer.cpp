@@ -163,6 +163,9 @@ void RelayServer::acceptClients()
         m_numbers.insert(client, ++m_lastNumber);
         connect(client, &QWebSocket::textMessageReceived, this,
             [this, client](QString const& text) { receive(client, text); });
+        connect(client, &QWebSocket::binaryMessageReceived, this, [this, client](QByteArray const& bytes) {
+            reject(client, QJsonValue::Undefined, u"not a text frame"_s, u"%1 bytes"_s.arg(bytes.size()));
+        });
         connect(client, &QWebSocket::bytesWritten, this, [this] {
             if (!m_waiting.empty()) {
                 m_turn.start();
@@ -197,9 +200,15 @@ void RelayServer::receive(QWebSocket* client, QString const& text)
     QJsonObject const command = m_lastCommand.object();
     QString const problem = m_lastCommand.isObject() ? handle(client, command) : u"not a JSON object"_s;
     if (!problem.isEmpty()) {
-        qCWarning(devHostLog) << "relay: message rejected," << problem << text.left(200);
-        send(client, {{u"task"_s, command.value("task"_L1)}, {u"error"_s, problem}});
+        reject(client, command.value("task"_L1), problem, text);
     }
+}
+
+void RelayServer::reject(
+    QWebSocket* client, QJsonValue const& task, QString const& problem, QString const& what)
+{
+    qCWarning(devHostLog) << "relay: message rejected," << problem << what.left(200);
+    send(client, {{u"task"_s, task}, {u"error"_s, problem}});
 }
 
 QString RelayServer::handle(QWebSocket* client, QJsonObject const& command)
@@ -236,10 +245,19 @@ QString RelayServer::handle(QWebSocket* client, QJsonObject const& command)
         subscribe(client, names);
         acknowledge({{u"task"_s, task}, {u"subjects"_s, subjects}});
     } else if (task == kUpdateFunctionKeyLedAppControl) {
-        emit ledChanged(command.value("appName"_L1).toString(), command.value("functionName"_L1).toString(),
-            command.value("status"_L1).toBool());
+        QString const app = command.value("appName"_L1).toString();
+        QString const function = command.value("functionName"_L1).toString();
+        QJsonValue const status = command.value("status"_L1);
+        if (app.isEmpty() || function.isEmpty() || !status.isBool()) {
+            return u"no \"appName\", \"functionName\" or \"status\""_s;
+        }
+        emit ledChanged(app, function, status.toBool());
     } else if (task == kLaunchSettingPage) {
-        emit settingsPageRequested(command.value("params"_L1).toObject().value("page"_L1).toInt());
+        QJsonValue const page = command.value("params"_L1).toObject().value("page"_L1);
+        if (!page.isDouble()) {
+            return u"no \"page\" in \"params\""_s;
+        }
+        emit settingsPageRequested(page.toInt());
     } else if (auto const handler = m_handlers.value(task)) {
         handler(client, command);
     } else {

@@ -23,7 +23,8 @@
 //! - "remote.command.register.to.server": acknowledged. A new client is acknowledged without asking.
 //! - "remote.command.subscribe.subject" with "subject", "remote.command.subscribe.subjects" with "subjects".
 //! - every command that a service has registered a handler for: handed to the handler.
-//! - "remote.command.update.function.key.led.App.Control" and "LaunchSettingPage": what the host itself does.
+//! - "remote.command.update.function.key.led.App.Control" with "appName", "functionName" and "status" (bool),
+//!   and "LaunchSettingPage" with "params": {"page": number}: what the host itself does.
 //!
 //! Acknowledgements repeat the command, {"task": command, "success": true, "subject" or "subjects"}. Anything
 //! else is logged and answered with {"task": what came, "error": why}.
@@ -86,6 +87,8 @@ private:
     void receive(QWebSocket* client, QString const& text);
     //! What is wrong with \a command, or nothing. \a client is null for the host's own commands.
     QString handle(QWebSocket* client, QJsonObject const& command);
+    //! Logs and answers \a what is not understood.
+    void reject(QWebSocket* client, QJsonValue const& task, QString const& problem, QString const& what);
     void subscribe(QWebSocket* client, QStringList const& subjects);
     void deliver(QWebSocket* client, QString const& task, QString const& text);
     void sendNextWaiting();

@@ -28,6 +28,14 @@ struct Token
     std::optional<QJsonObject> object;
 };
 
+qsizetype endOfWord(QStringView line, qsizetype begin)
+{
+    while (begin < line.size() && !line.at(begin).isSpace()) {
+        ++begin;
+    }
+    return begin;
+}
+
 //! The end of the JSON string or object that starts at \a begin, or -1.
 qsizetype endOfJson(QStringView line, qsizetype begin)
 {
@@ -51,10 +59,10 @@ qsizetype endOfJson(QStringView line, qsizetype begin)
     return -1;
 }
 
-//! Splits \a line. The text of an error, or nothing.
-QString tokenize(QString const& line, QList<Token>& tokens)
+//! Splits \a line from \a begin on. The text of an error, or nothing.
+QString tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
 {
-    for (qsizetype i = 0; i < line.size();) {
+    for (qsizetype i = begin; i < line.size();) {
         QChar const c = line.at(i);
         if (c.isSpace()) {
             ++i;
@@ -78,9 +86,7 @@ QString tokenize(QString const& line, QList<Token>& tokens)
                 tokens.append({json[0].toString(), {}});
             }
         } else {
-            while (end < line.size() && !line.at(end).isSpace()) {
-                ++end;
-            }
+            end = endOfWord(line, i);
             tokens.append({line.sliced(i, end - i), {}});
         }
         i = end;
@@ -136,6 +142,14 @@ public:
         return !atEnd() && m_tokens.first().object ? *m_tokens.takeFirst().object : QJsonObject();
     }
 
+    QJsonObject object()
+    {
+        if (atEnd() || !m_tokens.first().object) {
+            fail(u"JSON is missing"_s);
+        }
+        return objectIfAny();
+    }
+
     QString rest()
     {
         QStringList words;
@@ -182,7 +196,8 @@ StandInModel& model(DevHost& host)
 std::span<DesktopControl const> desktopControls()
 {
     static std::array const controls = std::to_array<DesktopControl>({
-        {u"start"_s, {}, u"start Streamlabs Desktop"_s, [](DevHost& h, Words) { return h.startStandIn(); }},
+        {u"start"_s, {}, u"start Streamlabs Desktop"_s,
+            [](DevHost& h, Words) { return h.standIn().isRunning() || h.startStandIn(); }},
         {u"stop"_s, {}, u"quit it"_s, [](DevHost& h, Words) { return h.standIn().stop(), true; }},
         {u"drop"_s, {}, u"break its connections, as a crash does"_s,
             [](DevHost& h, Words) { return h.standIn().drop(), true; }},
@@ -330,7 +345,7 @@ void readExpectKey(ScriptStep& step, Arguments& arguments)
     ScriptStep::Expectation expectation;
     expectation.kind = ScriptStep::Expectation::Kind::Key;
     expectation.key = arguments.key();
-    expectation.members = arguments.objectIfAny();
+    expectation.members = arguments.object();
     expectation.withinMs = arguments.withinIfAny();
     step.expectation = expectation;
 }
@@ -347,7 +362,7 @@ void readExpectPanel(ScriptStep& step, Arguments& arguments)
     expectation.kind = ScriptStep::Expectation::Kind::Panel;
     expectation.key = arguments.key();
     expectation.objectName = arguments.word(u"OBJECTNAME"_s);
-    expectation.members = arguments.objectIfAny();
+    expectation.members = arguments.object();
     expectation.withinMs = arguments.withinIfAny();
     step.expectation = expectation;
 }
@@ -410,7 +425,7 @@ std::span<Command const> commands()
         {u"settings"_s, u"N JSON"_s, u"initialise the action on key N anew with this settings document"_s,
             [](ScriptStep& step, Arguments& arguments) {
                 int const index = arguments.key();
-                onKey(step, index, [settings = arguments.objectIfAny()](ConsoleKey& key) {
+                onKey(step, index, [settings = arguments.object()](ConsoleKey& key) {
                     key.setSettings(settings);
                     return QString();
                 });
@@ -469,16 +484,17 @@ ScriptParser::Result ScriptParser::parse(QString const& line, int lineNumber)
     ScriptStep step;
     step.lineNumber = lineNumber;
     step.text = text;
-    QString const name = text.section(QChar::Space, 0, 0);
+    qsizetype const begin = line.indexOf(text);
+    qsizetype const end = endOfWord(line, begin);
+    QString const name = line.sliced(begin, end - begin);
     auto const command = std::ranges::find(commands(), name, &Command::name);
     if (command == commands().end()) {
         return {{}, u"\"%1\" is no command"_s.arg(name)};
     }
-    QString const behind = text.sliced(name.size());
     QList<Token> tokens;
     if (command->name == "log"_L1) {
-        tokens = {{behind.trimmed(), {}}}; // a text is a text, quotes and braces included
-    } else if (QString const error = tokenize(behind, tokens); !error.isEmpty()) {
+        tokens = {{line.sliced(end).trimmed(), {}}}; // a text is a text, quotes and braces included
+    } else if (QString const error = tokenize(line, end, tokens); !error.isEmpty()) {
         return {{}, error};
     }
 

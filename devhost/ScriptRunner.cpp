@@ -44,7 +44,12 @@ ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), m_
     constexpr int lookingInterval = 5;
     m_looking.setInterval(lookingInterval);
     m_looking.callOnTimeout(this, &ScriptRunner::check);
-    connect(&host, &DevHost::publicationReceived, this, [this](QJsonObject const& payload) {
+}
+
+// Not before the first step: who reports what came has connected by then, and tells it before what it led to.
+void ScriptRunner::listen()
+{
+    connect(&m_host, &DevHost::publicationReceived, this, [this](QJsonObject const& payload) {
         constexpr qsizetype mostKept = 200; // a scene list may be a megabyte
         if (m_publications.size() == mostKept) {
             m_publications.removeFirst();
@@ -52,8 +57,8 @@ ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), m_
         m_publications.append(payload);
         check();
     });
-    connect(&host.relay(), &RelayServer::ledChanged, this,
-        [this](QString const&, QString const& functionName, bool on) {
+    connect(
+        &m_host, &DevHost::ledChanged, this, [this](QString const&, QString const& functionName, bool on) {
             m_leds.insert(functionName, on);
             check();
         });
@@ -76,7 +81,15 @@ void ScriptRunner::endOfScript()
 
 void ScriptRunner::start()
 {
-    m_started = true;
+    if (!m_started) {
+        m_started = true;
+        listen();
+        if (auto const wrong =
+                std::ranges::find_if(m_lines, [](Line const& line) { return !line.parsed.step; });
+            wrong != m_lines.end()) {
+            run(*wrong);
+        }
+    }
     proceed();
 }
 

@@ -28,7 +28,8 @@ public:
 
     explicit ScriptRunner(DevHost& host, QObject* parent = nullptr);
 
-    //! Adds a line. The first wrong one ends the run when its turn comes.
+    //! Adds a line. A wrong one that is there at the start ends the run before its first step, and a later
+    //! one when its turn comes.
     void addLine(QString const& line, int lineNumber);
     //! No more lines will come: the run ends behind the last.
     void endOfScript();
@@ -54,6 +55,7 @@ private:
         int number = 0;
     };
 
+    void listen();
     void proceed();
     void run(Line const& line);
     //! Goes on when what the current step waits for is there.

@@ -50,7 +50,7 @@ Run::Run(CommandLine const& commandLine)
     if (auto const& size = commandLine.size) {
         m_host.standIn().model().generate(size->scenes, size->items, size->audio);
     }
-    m_report.watch(m_host); // before the runner, so that what comes is told before what it leads to
+    m_report.watch(m_host);
     m_report.watch(m_runner);
     connect(&m_runner, &ScriptRunner::finished, this, &Run::onScriptFinished);
     connect(&m_source, &ScriptSource::lineRead, &m_runner, &ScriptRunner::addLine);
@@ -136,26 +136,43 @@ void Run::fail(int code, QString const& why)
     }
 }
 
+//! Qt ends the program where there is none.
+bool hasDisplay()
+{
+#if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+#else
+    return true;
+#endif
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
-    if (CommandLine::isHeadless(argc, argv)) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
+    QCoreApplication::setApplicationName(u"lumen-devhost"_s);
     // Qt has a --plugin of its own and would take ours away.
     QStringList arguments;
     std::transform(argv, argv + argc, std::back_inserter(arguments),
         [](char const* word) { return QString::fromLocal8Bit(word); });
     int programNameOnly = 1;
-    QApplication app(programNameOnly, argv);
-    QCoreApplication::setApplicationName(u"lumen-devhost"_s);
 
     CommandLine commandLine;
-    if (QString const problem = commandLine.read(arguments); !problem.isEmpty()) {
-        std::fprintf(stderr, "%s\nlumen-devhost --help tells more.\n", qPrintable(problem));
+    {
+        QCoreApplication const withoutDisplay(programNameOnly, argv);
+        if (QString const problem = commandLine.read(arguments); !problem.isEmpty()) {
+            std::fprintf(stderr, "%s\nlumen-devhost --help tells more.\n", qPrintable(problem));
+            return exitUsage;
+        }
+    }
+    if (commandLine.headless) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    } else if (!hasDisplay()) {
+        std::fprintf(stderr, "There is no display. lumen-devhost --headless needs none.\n");
         return exitUsage;
     }
+    QApplication app(programNameOnly, argv);
     DarkTheme::apply(app);
     return Run(commandLine).execute();
 }

@@ -59,7 +59,7 @@ void tst_DevHost::parsesLines_data()
 
     for (auto const* good : {"", "   ", "# log", "log it's \"{", "task x", R"(task x {"a":{"b":"}"}})",
              "host connect", "expect t", R"(expect t {"a":1} within 5)", "expect t within 0",
-             "expect-led STREAM on", "expect-led RECORD off within 9", "desktop start",
+             "expect-led STREAM on", "\texpect-led\tRECORD off within 9", "desktop start",
              R"(desktop rename-scene "a b" "ä\u00e4 \"")", "wait 0", "quit"}) {
         QTest::addRow("good: %s", good) << QString::fromUtf8(good) << QString();
     }
@@ -69,8 +69,11 @@ void tst_DevHost::parsesLines_data()
     bad("task", "NAME is missing");
     bad(R"(task {"a":1})", "NAME is missing");
     bad("task x y", "there is more on the line");
-    bad(R"(task x {"a":})", "column 4:");
-    bad(R"(task x {"a":1)", "column 4: this has no end");
+    bad(R"(task x {"a":})", "column 8:");
+    bad(R"(  task x {"a":1)", "column 10: this has no end");
+    bad("settings 0", "JSON is missing");
+    bad("expect-key 0 within 5", "JSON is missing");
+    bad("expect-panel 0 btnRefresh", "JSON is missing");
     bad(R"(task "x)", "this has no end");
     bad("host sing", "\"sing\" is not connect|disconnect|reconnect");
     bad("expect t within", "MS is missing");
@@ -150,7 +153,8 @@ void tst_DevHost::runs_data()
     row("picture", {u"--picture"_s, u"lumen-console.png"_s}, "expect onQueryScenes", 0,
         "picture: lumen-console.png");
     row("empty script", {}, "\n# nothing\n", 0, "Done: 0 expectations");
-    row("all holds", {}, "expect onQueryScenes {\"list\":[{}]}\nexpect-led STREAM off\nquit\nmake coffee", 0,
+    row("all holds", {},
+        "expect onQueryScenes {\"list\":[{}]}\nexpect-led STREAM off\nquit\ndesktop scene Nowhere", 0,
         "Done: 2 expectations held");
     row("size of the model", {u"--scenes"_s, u"3"_s, u"--items"_s, u"2"_s, u"--audio"_s, u"1"_s},
         "expect onQueryScenes {\"list\":[{\"name\":\"Scene 3\",\"nodes\":[{},{}]}]}", 0,
@@ -164,6 +168,8 @@ void tst_DevHost::runs_data()
     row("wrong line", {}, "log a\n\nmake coffee\n", 2, "line 3: \"make\" is no command");
     row("no such scene", {}, "desktop scene Nowhere", 2,
         "line 1: desktop scene Nowhere: the stand-in cannot do that");
+    row("wrong line behind the end", {}, "desktop scene Nowhere\nquit\nmake coffee", 2, "line 3: \"make\"");
+    row("script without a name", {u"--script"_s, QString()}, {}, 2, "--script needs a file");
     row("no such script", {u"--script"_s, u"/nowhere"_s}, {}, 2, "The script /nowhere cannot be read.");
     row("unknown option", {u"--dance"_s}, {}, 2, "dance");
     row("stray word", {u"dance"_s}, {}, 2, "What is \"dance\"?");
@@ -202,6 +208,7 @@ void tst_DevHost::speaksJson()
         QVERIFY2(!event.isEmpty(), qPrintable(line));
         events[event.value("event"_L1).toString()].append(event);
     }
+    QVERIFY(result.out.indexOf("onQueryScenes\""_L1) < result.out.indexOf("\"held\""_L1)); // what it led to
     QCOMPARE(
         events.value(u"publication"_s).first().value("payload"_L1).toObject().value("authorized"_L1), true);
     QVERIFY(events.value(u"led"_s).contains(

@@ -109,6 +109,12 @@ void tst_Relay::relayAnswers()
         {R"({"task":"remote.command.subscribe.subjects","subjects":["a",1]})",
             R"({"task":"remote.command.subscribe.subjects","error":"\"subjects\" is not a list of names"})"},
         {R"({"task":"make.coffee"})", R"({"task":"make.coffee","error":"unknown command"})"},
+        {R"({"task":"remote.command.update.function.key.led.App.Control","appName":"SLOBS",)"
+         R"("functionName":"STREAM","status":"yes"})",
+            R"({"task":"remote.command.update.function.key.led.App.Control",)"
+            R"("error":"no \"appName\", \"functionName\" or \"status\""})"},
+        {R"({"task":"LaunchSettingPage"})",
+            R"({"task":"LaunchSettingPage","error":"no \"page\" in \"params\""})"},
         {"{}", R"({"error":"no \"task\""})"},
         {"[]", R"({"error":"not a JSON object"})"},
         {"hello", R"({"error":"not a JSON object"})"},
@@ -120,6 +126,9 @@ void tst_Relay::relayAnswers()
         QCOMPARE(client.last(), json(answer));
         QCOMPARE(log->take(u"warning: relay: message rejected,"_s), answer.contains("error"));
     }
+    client.socket.sendBinaryMessage("{}");
+    QTRY_COMPARE(client.last(), json(R"({"error":"not a text frame"})"));
+    QVERIFY(log->take(u"warning: relay: message rejected,"_s));
 }
 
 void tst_Relay::relayServesServicesAndSubscribers()
