@@ -65,7 +65,11 @@ public:
     virtual bool init(QJsonObject const& params);
     //! Starts the package's background service, stopping a running one first. \a rcc: the host's relay, see
     //! ZoInterfaceRcc for how long it must live. \a params: {"token": string, "port": number}, the API token
-    //! and the port of the application's remote-control interface.
+    //! and the port of the application's remote-control interface. Without them the service waits for
+    //! `onTask`. Nothing is answered: whether the link stands is published on
+    //! "remote.subject.streamlabs.response" as
+    //! {"task": "onStreamlabsAuthResult", "authorized": bool, "token", "port"}. An application that is not
+    //! there is tried again and again; a refused token is a line in the log.
     virtual void startService(ZoInterfaceRcc* rcc, QJsonObject const& params);
     //! Stops and deletes the service; nothing when none runs.
     virtual void stopService();

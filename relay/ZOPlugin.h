@@ -53,9 +53,15 @@ public:
     //! \a settings: {"payload": {the document that the action last sent}}, {"preset": {…}}, or neither for
     //! defaults.
     virtual bool init(QString const& context, QJsonObject const& settings) = 0;
-    //! Delivers one host event, {"event": {"type": one of MekZoPluginEventType, "payload": …}, …}.
+    //! Delivers one host event, {"event": {"type": name, "payload": …}, …}. The names that actions
+    //! understand:
+    //! - "mek.zo.plugin.event.key.down", "mek.zo.plugin.event.app.triggered", "mek.zo.plugin.event.key.up":
+    //! the
+    //!   key was pressed, shall do what it is for, was released. A press sends the three in this order.
+    //! - "mek.zo.plugin.event.update.settings": send the settings document for storing, by `eventSent`.
+    //!
     //! \a reply gets "success": true, or "error": 403 (no event in it) or 404 (unknown type).
-    //! Returns -1 when it was not handled.
+    //! Returns 0 when the event was handled and -1 when it was not.
     virtual int eventReceived(QJsonObject const& event, QJsonObject& reply) = 0;
     //! The same; \a source is for the host's own use and is dropped.
     virtual int eventReceived(QJsonObject const& event, QJsonObject& reply, [[maybe_unused]] int source)
@@ -67,6 +73,8 @@ public:
     //! The settings panel for the host's property inspector. For the actions of this package never null until
     //! the host deletes it.
     virtual QWidget* propertyWidget() = 0;
+    //! What the key shows in its present state: the title, and the path of the icon, which is a file or
+    //! begins with ":/" in the package's resources. Empty for none.
     virtual QString actionTitle() const = 0;
     virtual QString actionIconFilePath() const = 0;
 

@@ -9,6 +9,19 @@ class QWebSocket;
 
 //! The host's relay as the package's service reaches it: in-process calls, no socket of its own.
 //!
+//! Action objects reach the same relay from outside: a WebSocket server (RFC 6455) at ws://127.0.0.1:PORT,
+//! PORT being the "port" of `IBuiltInPackageLibrary::init`. Each message is one JSON object in one text
+//! frame, and "task" names what it is:
+//! - The host acknowledges a new client, {"task": "remote.command.register.to.server", "success": true}. An
+//!   action waits for that before it says anything; after 500 ms without it asks, with the same "task" and an
+//!   empty "id" and "category".
+//! - {"task": "remote.command.subscribe.subject", "subject": name, …} or "remote.command.subscribe.subjects"
+//! with
+//!   "subjects": [names]: from now on the client gets what is published on them.
+//! - Every other command goes to the handler that is registered for it, or is one of the host's own, such as
+//!   {"task": "LaunchSettingPage", "params": {"page": 7}}, on which the host shows the page where the user
+//!   links Streamlabs Desktop.
+//!
 //! Part of the contract with the host, which implements it and is compiled apart from the package: the order
 //! of the operations is binary interface.
 //!

@@ -34,11 +34,18 @@ private slots:
     void followsEvents();
     void survivesBadInput_data();
     void survivesBadInput();
+    void survivesCutFrames();
+    void survivesInvalidUtf8();
+    void takesAnswersOfAWrongTypeForEmpty_data();
+    void takesAnswersOfAWrongTypeForEmpty();
+    void takesEventsOfAWrongTypeForEmpty_data();
+    void takesEventsOfAWrongTypeForEmpty();
     void ignoresAnEventBeforeItsSubscriptionIsAnswered();
     void refusedToken();
     void collectionSchemaArrivesTwice();
     void comesBackAfterALoss();
     void lateAnswersOfTheLastConnection();
+    void lateAnswersAfterADrop();
     void closesForGood();
     void closesDuringAnAttempt();
     void connectsOnlyWithTokenAndPort();
@@ -359,6 +366,93 @@ void tst_StreamlabsService::survivesBadInput()
     QVERIFY(awaitPublished(R"({"task":"onQueryStreamingStatus","streamingStatus":"live"})"));
 }
 
+void tst_StreamlabsService::survivesCutFrames()
+{
+    connectAndWait();
+    auto const before = state();
+    QString const frame =
+        uR"(a["{\"id\":null,\"result\":{\"_type\":\"EVENT\",\"resourceId\":\"ScenesService.sceneSwitched\",)"
+        uR"(\"data\":{\"id\":\"x\"}}}"])"_s;
+    for (qsizetype length = 0; length < frame.size(); ++length) {
+        desktop->transport().sendRawFrame(frame.first(length));
+    }
+    settle();
+    QCOMPARE(published, QList<QJsonObject>());
+    QCOMPARE(state(), before);
+    desktop->transport().sendRawFrame(frame);
+    QVERIFY(awaitPublished(R"({"task":"onQueryScenes","activeId":"x"})"));
+}
+
+// A WebSocket must not go on after it, so the service connects anew.
+void tst_StreamlabsService::survivesInvalidUtf8()
+{
+    connectAndWait();
+    auto const before = state();
+    desktop->transport().sendRawBytes("\x81\x04\"\xff\xfe\"");
+    QTRY_COMPARE(requests.size(), 20);
+    settle();
+    QCOMPARE(state(), before);
+    while (log->take(u"critical: QAbstractSocket::SocketError"_s)) {
+    }
+}
+
+void tst_StreamlabsService::takesAnswersOfAWrongTypeForEmpty_data()
+{
+    QTest::addColumn<QJsonValue>("answer");
+    QTest::newRow("number") << QJsonValue(5);
+    QTest::newRow("true") << QJsonValue(true);
+    QTest::newRow("null") << QJsonValue(QJsonValue::Null);
+    QTest::newRow("array") << QJsonValue(QJsonArray{5, u"x"_s, QJsonValue::Null});
+    QTest::newRow("object") << QJsonValue(QJsonObject());
+}
+
+void tst_StreamlabsService::takesAnswersOfAWrongTypeForEmpty()
+{
+    QFETCH(QJsonValue, answer);
+    for (auto const& method : {u"StreamingService.getModel"_s, u"ScenesService.activeSceneId"_s,
+             u"ScenesService.getScenes"_s, u"AudioService.getSources"_s}) {
+        desktop->scriptResult(method, answer);
+    }
+    connectAndWait();
+    auto const known = state();
+    for (auto const* expected : {R"({"task":"onQueryStreamingStatus","streamingStatus":""})",
+             R"({"task":"onQueryRecordingStatus","recordingStatus":""})",
+             R"({"task":"onQueryScenes","activeId":"","list":[]})",
+             R"({"task":"onQueryAudioList","list":[]})"}) {
+        QVERIFY2(known.contains(json(expected)), expected);
+    }
+}
+
+void tst_StreamlabsService::takesEventsOfAWrongTypeForEmpty_data()
+{
+    QTest::addColumn<QString>("resource");
+    QTest::addColumn<QByteArray>("publication");
+    QTest::newRow("streaming") << u"StreamingService.streamingStatusChange"_s
+                               << QByteArray(R"({"streamingStatus":""})");
+    QTest::newRow("recording") << u"StreamingService.recordingStatusChange"_s
+                               << QByteArray(R"({"recordingStatus":""})");
+    QTest::newRow("scene") << u"ScenesService.sceneSwitched"_s
+                           << QByteArray(R"({"activeId":"","list":[{"name":"Just Chatting"}]})");
+    QTest::newRow("item") << u"ScenesService.itemUpdated"_s
+                          << QByteArray(R"({"list":[{"name":"Just Chatting"}]})");
+    QTest::newRow("source") << u"SourcesService.sourceUpdated"_s
+                            << QByteArray(R"({"list":[{"name":"Just Chatting"}]})");
+}
+
+void tst_StreamlabsService::takesEventsOfAWrongTypeForEmpty()
+{
+    QFETCH(QString, resource);
+    QFETCH(QByteArray, publication);
+    connectAndWait();
+    for (QJsonValue const& data :
+        {QJsonValue(5), QJsonValue(), QJsonValue(QJsonArray()), QJsonValue(QJsonObject())}) {
+        desktop->sendObject({{u"id"_s, QJsonValue::Null},
+            {u"result"_s,
+                QJsonObject{{u"_type"_s, u"EVENT"_s}, {u"resourceId"_s, resource}, {u"data"_s, data}}}});
+        QVERIFY(awaitPublished(publication));
+    }
+}
+
 void tst_StreamlabsService::ignoresAnEventBeforeItsSubscriptionIsAnswered()
 {
     desktop->setHoldingReplies(true);
@@ -493,6 +587,31 @@ void tst_StreamlabsService::lateAnswersOfTheLastConnection()
     QVERIFY(log->take(u"critical: no such id 22"_s));
     QVERIFY(publishedTasks().startsWith(u"onStreamlabsAuthResult"_s));
     QVERIFY(takePublished(R"({"task":"onQueryScenes","list":[{"name":"Just Chatting"}]})"));
+}
+
+// Request numbers go on, so an old answer finds its own request and is taken for what it was; the answers of
+// the new connection follow.
+void tst_StreamlabsService::lateAnswersAfterADrop()
+{
+    connectAndWait();
+    auto const before = state();
+    desktop->setHoldingReplies(true);
+    task(R"({"event":"refreshScenes"})");
+    task(R"({"event":"refreshAudioList"})");
+    QTRY_COMPARE(requests.size(), 2);
+    published.clear();
+    desktop->drop();
+    QTRY_COMPARE(requests.size(), 3);
+    QCOMPARE(requests.last().value("id"_L1), 23);
+    desktop->releaseReplies(); // answers 21 and 22, then the one that lets the service in
+    desktop->setHoldingReplies(false);
+    QTRY_COMPARE(requests.size(), 22);
+    settle();
+    QVERIFY(publishedTasks().startsWith(
+        u"onStreamlabsAuthResult onQueryStreamingStatus onQueryStreamingStatus onQueryRecordingStatus "
+        "onQueryScenes onQueryAudioList onStreamlabsAuthResult"_s));
+    QCOMPARE(state(), before);
+    QVERIFY(log->take(u"critical: QAbstractSocket::SocketError"_s));
 }
 
 void tst_StreamlabsService::closesForGood()
