@@ -40,8 +40,7 @@ MainWindow::~MainWindow() = default;
 
 void MainWindow::fill()
 {
-    auto& package = *m_host.plugin().package();
-    auto const actions = PackageActions::read(package);
+    auto const actions = PackageActions::read(m_host.plugin());
     QHash<QString, QString> labels;
     for (auto const& action : actions) {
         labels.insert(action.id, action.label);
@@ -49,8 +48,9 @@ void MainWindow::fill()
     }
     ui->listActions->setActions(actions);
     constexpr int margin = 3;
-    auto* const about = new QLabel(
-        tr("%1, relay on port %2").arg(PackageActions::packageLabel(package)).arg(m_host.relay().port()));
+    auto* const about = new QLabel(tr("%1, relay on port %2")
+                                       .arg(PackageActions::packageLabel(m_host.plugin()))
+                                       .arg(m_host.relay().port()));
     m_link->setMargin(margin);
     about->setMargin(margin);
     ui->statusbar->addWidget(m_link);

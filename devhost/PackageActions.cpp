@@ -1,5 +1,6 @@
 #include "devhost/PackageActions.h"
 
+#include "devhost/PluginHost.h"
 #include "plugin/IBuiltInPackageLibrary.h"
 
 #include <QJsonArray>
@@ -32,21 +33,21 @@ QString labelOf(QMap<QString, QString> const& labels, QString const& key)
 
 } // namespace
 
-QList<PackageAction> PackageActions::read(IBuiltInPackageLibrary& package)
+QList<PackageAction> PackageActions::read(PluginHost const& plugin)
 {
-    auto const labels = package.mapping();
     QList<PackageAction> actions;
-    for (auto const& entry : package.list().value("subnode"_L1).toArray()) {
+    for (auto const& entry : plugin.package()->list().value("subnode"_L1).toArray()) {
         QJsonObject const action = entry.toObject();
-        actions.append(
-            {action.value("category"_L1).toString(), labelOf(labels, action.value("title"_L1).toString()),
-                copyOf(action.value("menu_icon"_L1).toString())});
+        actions.append({action.value("category"_L1).toString(),
+            labelOf(plugin.labels(), action.value("title"_L1).toString()),
+            copyOf(action.value("menu_icon"_L1).toString())});
     }
     return actions;
 }
 
-QString PackageActions::packageLabel(IBuiltInPackageLibrary& package)
+QString PackageActions::packageLabel(PluginHost const& plugin)
 {
-    return labelOf(package.mapping(), package.list().value("title"_L1).toString()) + u' ' +
+    auto& package = *plugin.package();
+    return labelOf(plugin.labels(), package.list().value("title"_L1).toString()) + u' ' +
            package.versionName();
 }

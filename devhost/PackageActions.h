@@ -4,7 +4,7 @@
 #include <QList>
 #include <QString>
 
-class IBuiltInPackageLibrary;
+class PluginHost;
 
 //! An action that a package offers, as the host lists it. Nothing in it points into the library.
 struct PackageAction
@@ -17,8 +17,9 @@ struct PackageAction
 
 namespace PackageActions {
 
-QList<PackageAction> read(IBuiltInPackageLibrary& package);
+//! Of the package that is loaded.
+QList<PackageAction> read(PluginHost const& plugin);
 //! Name and version for people, such as "Streamlabs 1.0.4".
-QString packageLabel(IBuiltInPackageLibrary& package);
+QString packageLabel(PluginHost const& plugin);
 
 } // namespace PackageActions

@@ -1,5 +1,6 @@
 #include "devhost/PluginHost.h"
 
+#include "devhost/DevHostLog.h"
 #include "plugin/IBuiltInPackageLibrary.h"
 
 #include <QCoreApplication>
@@ -51,7 +52,10 @@ bool PluginHost::load(Parameters const& parameters)
     }
     if (auto* translator = m_package->translate(parameters.language)) {
         QCoreApplication::installTranslator(translator);
+    } else {
+        qCWarning(devHostLog) << "The package has no texts in" << parameters.language;
     }
+    m_labels = m_package->mapping();
     return true;
 }
 

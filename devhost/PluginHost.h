@@ -2,6 +2,7 @@
 
 #include <QJsonObject>
 #include <QLibrary>
+#include <QMap>
 #include <QObject>
 #include <QString>
 
@@ -52,6 +53,8 @@ public:
 
     //! Null while nothing is loaded. Owned here.
     IBuiltInPackageLibrary* package() const { return m_package.get(); }
+    //! What the package calls its actions, by label key.
+    QMap<QString, QString> const& labels() const { return m_labels; }
 
     //! Starts the package's service on the \a relay, which must outlive it, for the Streamlabs Desktop at \a
     //! port.
@@ -68,5 +71,6 @@ private:
 
     QLibrary m_library;
     std::unique_ptr<IBuiltInPackageLibrary> m_package;
+    QMap<QString, QString> m_labels;
     QString m_errorString;
 };

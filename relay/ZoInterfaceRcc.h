@@ -27,7 +27,8 @@ class QWebSocket;
 //!
 //! Lifetime: the host owns the object and passes it to `IBuiltInPackageLibrary::startService`. It stays valid
 //! until `stopService` has returned or the library object has been deleted, whichever comes first. The
-//! package never deletes it.
+//! package never deletes it. A host that deletes it earlier all the same destroys the handlers with it, from
+//! which the package sees that it is gone.
 //!
 //! Threads: the host's GUI thread only. Operations may be called from inside a handler.
 //!

@@ -106,6 +106,8 @@ public:
     SceneListCache scenes;
     QList<CollectionSchema> collections;
     QList<AudioSource> audioSources;
+    //! What the handler that the relay has holds: gone when the relay is.
+    std::weak_ptr<bool> heldByRelay;
     int requestId = 0;
     QMap<int, QString> pendingRequests;
     //! What was sent last under each name. Most requests are the same each time but for the id.
@@ -125,14 +127,14 @@ StreamlabsService::~StreamlabsService()
     deinit();
 }
 
-void StreamlabsService::init(ZoInterfaceRcc* relay)
+void StreamlabsService::init(ZoInterfaceRcc* newRelay)
 {
-    if (rcc != relay) {
+    if (relay() != newRelay) {
         deinit();
     }
     d->initSocket();
     d->initStreamlabsHandlers();
-    rcc = relay;
+    rcc = newRelay;
     d->initRccHandlers();
 }
 
@@ -163,30 +165,39 @@ void StreamlabsService::closeSlobs()
 
 void StreamlabsService::deinit()
 {
-    if (rcc) {
-        rcc->removeCommandHandler(ZoRemoteCommands::kSlobsServiceTask);
+    if (auto* host = relay()) {
+        host->removeCommandHandler(ZoRemoteCommands::kSlobsServiceTask);
     }
     rcc = nullptr; // the host may delete its relay now
 }
 
+// A relay destroys its handlers with it.
+ZoInterfaceRcc* StreamlabsService::relay()
+{
+    if (d->heldByRelay.expired()) {
+        rcc = nullptr;
+    }
+    return rcc;
+}
+
 void StreamlabsService::addRccTaskHandler(QString const& command, CommandHandler handler)
 {
-    if (rcc) {
-        rcc->addCommandHandler(command, std::move(handler));
+    if (auto* host = relay()) {
+        host->addCommandHandler(command, std::move(handler));
     }
 }
 
 void StreamlabsService::sendRccMessage(QString const& subject, QJsonObject const& payload)
 {
-    if (rcc) {
-        rcc->publish(subject, payload);
+    if (auto* host = relay()) {
+        host->publish(subject, payload);
     }
 }
 
 void StreamlabsService::dispatchRccEvent(QJsonObject const& event)
 {
-    if (rcc) {
-        rcc->dispatchEvent(event);
+    if (auto* host = relay()) {
+        host->dispatchEvent(event);
     }
 }
 
@@ -319,8 +330,10 @@ void StreamlabsService::Impl::initRccHandlers()
             }},
     };
 
+    auto const held = std::make_shared<bool>();
+    heldByRelay = held;
     q->addRccTaskHandler(ZoRemoteCommands::kSlobsServiceTask,
-        [this](QWebSocket*, QJsonObject const& task) { onServiceTask(task); });
+        [this, held](QWebSocket*, QJsonObject const& task) { onServiceTask(task); });
 }
 
 void StreamlabsService::Impl::reset()

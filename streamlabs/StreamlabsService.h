@@ -33,12 +33,14 @@ public:
     //! Drops the relay handler if `deinit` has not, since its code may be unloaded next.
     ~StreamlabsService() override;
 
-    //! Binds the service to the host's relay, which must live until `deinit` or destruction.
-    void init(ZoInterfaceRcc* relay);
+    //! Binds the service to the host's relay until `deinit` or destruction. A relay that goes earlier is not
+    //! called any more.
+    void init(ZoInterfaceRcc* newRelay);
     //! Connects to Streamlabs Desktop on 127.0.0.1. A \a port below 1 or an empty \a token changes nothing
     //! but the log.
     void connectSlobs(QString const& token, int port);
-    //! Closes the link and forgets everything, token and port included.
+    //! Closes the link and forgets everything, token and port included. A status that was known is published
+    //! as empty, for keys and LEDs must not stay lit.
     void closeSlobs();
     void deinit();
 
@@ -51,6 +53,10 @@ public:
 
 private:
     class Impl;
+
+    //! The host's relay while it is there, otherwise null.
+    ZoInterfaceRcc* relay();
+
     std::unique_ptr<Impl> d;
     ZoInterfaceRcc* rcc = nullptr;
 };

@@ -2,15 +2,22 @@
 
 #include "devhost/DevHost.h"
 #include "plugin/IBuiltInPackageLibrary.h"
+#include "relay/ZOPlugin.h"
 #include "tests/LogRecorder.h"
 #include "tests/TestJson.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QProcess>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QWidget>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
 
 #ifdef Q_OS_UNIX
 #include <dlfcn.h>
@@ -52,6 +59,8 @@ private slots:
     void exportsTwoFunctions();
     void livesTwice();
     void goesWhileItsServiceRuns();
+    void goesInAnyOrder_data();
+    void goesInAnyOrder();
     void tasks();
     void knowsItsActions();
     void speaksEveryLanguage_data();
@@ -165,6 +174,82 @@ void tst_Package::goesWhileItsServiceRuns()
     log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);
 }
 
+// Whatever a host deletes first, and whatever is going on.
+void tst_Package::goesInAnyOrder_data()
+{
+    QTest::addColumn<int>("moment");
+    QTest::addColumn<unsigned>("seed");
+    QTest::newRow("connecting") << 0 << 1U;
+    QTest::newRow("connected") << 1 << 2U;
+    QTest::newRow("pressed") << 2 << 3U;
+}
+
+void tst_Package::goesInAnyOrder()
+{
+    QFETCH(int, moment);
+    QFETCH(unsigned, seed);
+    QRandomGenerator random(seed);
+    // a: actions, v: their views, l: library object, r: relay, s: stopService
+    QString order = u"alrsv"_s;
+    for (int round = 0; round < 16; ++round) {
+        std::ranges::shuffle(order, random);
+        StreamlabsStandIn desktop;
+        desktop.model().setTransitionTime(std::chrono::milliseconds(0));
+        QVERIFY(desktop.start());
+        auto host = std::make_unique<RelayServer>();
+        QVERIFY(host->listen());
+        QLibrary library(libraryFile);
+        auto const instance = reinterpret_cast<IBuiltInPackageLibrary* (*)()>(library.resolve("instance"));
+        QVERIFY(instance);
+        std::unique_ptr<IBuiltInPackageLibrary> package(instance());
+        package->init({{u"port"_s, host->port()}});
+        QVERIFY(package->loadConfig());
+        package->startService(host.get(), {{u"token"_s, desktop.token()}, {u"port"_s, desktop.port()}});
+        std::vector<std::unique_ptr<ZOPlugin>> actions;
+        std::vector<std::unique_ptr<QWidget>> views;
+        auto const list = package->list().value("subnode"_L1).toArray();
+        for (auto const& entry : list) {
+            auto& action = actions.emplace_back(
+                package->makeWidget(entry.toObject().value("category"_L1).toString(), 0));
+            QVERIFY(action->init(u"key"_s));
+            auto* const view = views.emplace_back(std::make_unique<QWidget>()).get();
+            action->pluginWidget()->setParent(view);
+            action->propertyWidget()->setParent(view);
+            action->propertyWidget()->hide();
+            view->show();
+        }
+        if (moment > 0) {
+            QTRY_COMPARE(host->subscriberCount(u"remote.subject.streamlabs.response"_s), int(actions.size()));
+            QTRY_COMPARE(desktop.authorizedCount(), 1);
+        }
+        if (moment > 1) {
+            for (auto const& action : actions) {
+                QJsonObject reply;
+                action->eventReceived(json(R"({"event":{"type":"mek.zo.plugin.event.key.down"}})"), reply);
+                action->eventReceived(
+                    json(R"({"event":{"type":"mek.zo.plugin.event.app.triggered"}})"), reply);
+            }
+        }
+        for (QChar const step : std::as_const(order)) {
+            if (step == u'a') {
+                actions.clear();
+            } else if (step == u'v') {
+                views.clear();
+            } else if (step == u'l') {
+                package.reset();
+            } else if (step == u'r') {
+                host.reset();
+            } else if (package) {
+                package->stopService();
+            }
+            QCoreApplication::processEvents();
+        }
+        QVERIFY(library.unload());
+        QVERIFY2(!isInMemory(libraryFile), qPrintable(order));
+    }
+    log->clear();
+}
+
 void tst_Package::tasks()
 {
     StreamlabsStandIn desktop;
@@ -257,6 +342,7 @@ void tst_Package::speaksEveryLanguage()
     QCOMPARE(host.package()->mapping().value(u"LAB_SIDEBAR_STLOBS_SCENE"_s), scene);
     bool const unknown = language == "xx_XX"_L1;
     QCOMPARE(log->take(u"warning: [dll] load translation failed \"Streamlabs\" \"xx_XX\""_s), unknown);
+    QCOMPARE(log->take(u"warning: The package has no texts in \"xx_XX\""_s), unknown);
 
     // A language that does not exist leaves the one in use.
     QCOMPARE(host.package()->translate(u"yy_YY"_s), nullptr);
@@ -283,5 +369,5 @@ void tst_Package::hostRefusesOtherLibraries()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_Package)
+QTEST_MAIN(tst_Package)
 #include "tst_Package.moc"
