@@ -13,6 +13,7 @@
 #include <utility>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 Console::Console(QString configDir, QObject* parent) : QObject(parent), m_configDir(std::move(configDir))
 {
@@ -21,14 +22,16 @@ Console::Console(QString configDir, QObject* parent) : QObject(parent), m_config
     m_saving.setInterval(0);
     m_saving.callOnTimeout(this, &Console::save);
 
-    constexpr auto soon = std::chrono::milliseconds(30);
-    m_checking.setSingleShot(true);
-    m_checking.setInterval(soon);
-    m_checking.callOnTimeout(this, [this] {
-        for (auto const& key : std::as_const(m_keys)) {
-            key->checkFace();
-        }
-    });
+    // Soon, however often it is asked for, and once more when all keys have heard it for sure.
+    for (auto [timer, time] : {std::pair(&m_checkingSoon, 5ms), {&m_checkingLate, 100ms}}) {
+        timer->setSingleShot(true);
+        timer->setInterval(time);
+        timer->callOnTimeout(this, [this] {
+            for (auto const& key : std::as_const(m_keys)) {
+                key->checkFace();
+            }
+        });
+    }
 }
 
 Console::~Console()
@@ -100,9 +103,11 @@ bool Console::place(int index, QString const& actionId, QJsonObject const& setti
 
 bool Console::remove(int index)
 {
-    if (!m_keys.remove(index)) {
+    if (!m_keys.contains(index)) {
         return false;
     }
+    m_keys.value(index)->checkFace(); // its last change
+    m_keys.remove(index);
     if (!m_loading) {
         m_saving.start();
     }
@@ -145,9 +150,13 @@ ConsoleKey* Console::key(int index) const
 
 void Console::checkFacesSoon()
 {
-    if (!m_keys.isEmpty()) {
-        m_checking.start();
+    if (m_keys.isEmpty()) {
+        return;
     }
+    if (!m_checkingSoon.isActive()) {
+        m_checkingSoon.start();
+    }
+    m_checkingLate.start();
 }
 
 // ---- Keeping
@@ -168,22 +177,26 @@ void Console::load()
     bool const readable = file.open(QIODevice::ReadOnly);
     auto const document = readable ? QJsonDocument::fromJson(file.readAll(), &error) : QJsonDocument();
     file.close();
-    if (!document.isObject()) {
+    QJsonValue const keys = document.object().value("keys"_L1);
+    if (!keys.isArray()) {
         // What cannot be read is set aside, not overwritten.
         QString const aside = fileName() + u".broken"_s;
         QFile::remove(aside);
         QFile::rename(fileName(), aside);
         qCWarning(devHostLog) << "the stored keys cannot be read:"
-                              << (readable ? error.errorString() : file.errorString()) << "- set aside as"
-                              << aside;
+                              << (!readable              ? file.errorString()
+                                     : document.isNull() ? error.errorString()
+                                                         : u"there is no list of them"_s)
+                              << "- set aside as" << aside;
         return;
     }
     QScopedValueRollback const loading(m_loading, true);
-    for (auto const& entry : document.object().value("keys"_L1).toArray()) {
+    for (QJsonValue const entry : keys.toArray()) {
         QJsonObject const stored = entry.toObject();
         int const index = stored.value("index"_L1).toInt(-1);
-        if (!place(index, stored.value("action"_L1).toString(), stored.value("settings"_L1).toObject())) {
-            m_foreign.append(stored);
+        if (m_keys.contains(index) ||
+            !place(index, stored.value("action"_L1).toString(), stored.value("settings"_L1).toObject())) {
+            m_foreign.append(entry);
         }
     }
 }

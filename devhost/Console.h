@@ -70,9 +70,10 @@ private:
     QString m_configDir;
     IBuiltInPackageLibrary* m_package = nullptr;
     QMap<int, std::shared_ptr<ConsoleKey>> m_keys;
-    //! Stored keys of other packages' actions: kept, not shown.
+    //! Stored keys of other packages' actions, and what is no key: kept, not shown.
     QJsonArray m_foreign;
     bool m_loading = false;
     QTimer m_saving;
-    QTimer m_checking;
+    QTimer m_checkingSoon;
+    QTimer m_checkingLate;
 };

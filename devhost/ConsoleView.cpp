@@ -123,6 +123,7 @@ void ConsoleView::arrange()
     ui->lblPage->setText(tr("Page %1 of %2").arg(m_page + 1).arg(pageCount()));
     ui->btnPreviousPage->setEnabled(m_page > 0);
     ui->btnNextPage->setEnabled(m_page + 1 < pageCount());
+    emit arranged();
 }
 
 // ---- Keys
@@ -131,7 +132,14 @@ KeyView* ConsoleView::makeView()
 {
     auto* const view = new KeyView(ui->body);
     connect(view, &KeyView::chosen, this, [this, view] { setCurrent(view->index()); });
-    connect(view, &KeyView::arrowPressed, this, &ConsoleView::moveCurrent);
+    connect(view, &KeyView::arrowPressed, this, [this](int key) { setCurrent(neighbour(key)); });
+    connect(view, &KeyView::moveAsked, this, [this](int key) {
+        int const to = neighbour(key);
+        if (m_console && m_console->move(current(), to)) {
+            setCurrent(to);
+            focusCurrent();
+        }
+    });
     connect(view, &KeyView::removeAsked, this, &ConsoleView::removeCurrent);
     connect(view, &KeyView::menuAsked, this, &ConsoleView::showMenu);
     connect(view, &KeyView::actionDropped, this, [this, view](QString const& actionId) {
@@ -190,7 +198,7 @@ void ConsoleView::focusCurrent()
     ui->scroll->ensureWidgetVisible(view, 0, 0);
 }
 
-void ConsoleView::moveCurrent(int key)
+int ConsoleView::neighbour(int key) const
 {
     int column = m_position % m_columns;
     int row = m_position / m_columns;
@@ -207,9 +215,8 @@ void ConsoleView::moveCurrent(int key)
     default:
         ++row;
     }
-    if (column >= 0 && column < m_columns && row >= 0 && row < m_rows) {
-        setCurrent(m_page * keysPerPage() + row * m_columns + column);
-    }
+    bool const isThere = column >= 0 && column < m_columns && row >= 0 && row < m_rows;
+    return isThere ? m_page * keysPerPage() + row * m_columns + column : current();
 }
 
 bool ConsoleView::place(QString const& actionId)

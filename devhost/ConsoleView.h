@@ -50,6 +50,8 @@ public:
 signals:
     //! Another key is the current one, or the current one is on another action.
     void currentChanged(int index);
+    //! There is another size or page.
+    void arranged();
 
 private:
     int keysPerPage() const { return m_columns * m_rows; }
@@ -60,7 +62,8 @@ private:
     void showKey(int index);
     KeyView* viewOf(int index) const;
     KeyView* makeView();
-    void moveCurrent(int key);
+    //! The key on this page in the direction of the arrow \a key, or the current one.
+    int neighbour(int key) const;
     void showMenu(QPoint const& at);
 
     std::unique_ptr<Ui::ConsoleView> ui;

@@ -3,6 +3,7 @@
 #include "devhost/Console.h"
 
 #include <QLabel>
+#include <QLineEdit>
 
 using namespace Qt::StringLiterals;
 
@@ -71,6 +72,15 @@ void KeyInspector::focusPanel()
             ensureWidgetVisible(next);
             return;
         }
+    }
+}
+
+void KeyInspector::focusTitle()
+{
+    if (auto* const title = m_panel ? m_panel->findChild<QLineEdit*>(u"lineEdtPluginTitle"_s) : nullptr) {
+        title->setFocus(Qt::ShortcutFocusReason);
+        title->selectAll();
+        ensureWidgetVisible(title);
     }
 }
 

@@ -23,6 +23,8 @@ public:
     void showKey(Console const& console, int index);
     //! The keyboard goes to the first control of the panel.
     void focusPanel();
+    //! The keyboard goes to the title, which the panel's own tab order leaves out.
+    void focusTitle();
 
     //! Where the user found the last icon; empty when never.
     QString const& iconFolder() const { return m_iconFolder; }

@@ -145,7 +145,11 @@ void KeyView::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Right:
     case Qt::Key_Up:
     case Qt::Key_Down:
-        emit arrowPressed(key);
+        if (event->modifiers().testFlags(Qt::ControlModifier | Qt::ShiftModifier)) {
+            emit moveAsked(key);
+        } else {
+            emit arrowPressed(key);
+        }
         break;
     case Qt::Key_Delete:
     case Qt::Key_Backspace:

@@ -39,6 +39,8 @@ signals:
     //! The user means this key.
     void chosen();
     void arrowPressed(int key);
+    //! An arrow with Ctrl and Shift.
+    void moveAsked(int key);
     void removeAsked();
     void menuAsked(QPoint const& globalPosition);
     void actionDropped(QString const& actionId);

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QSettings>
 
+#include <chrono>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -29,6 +30,10 @@ MainWindow::MainWindow(DevHost& host, QString settingsFile, QWidget* parent)
     ui->middle->setStretchFactor(0, 1);
     ui->middle->setStretchFactor(1, 0);
     m_link->setObjectName(u"lblLink"_s);
+    constexpr auto soon = std::chrono::milliseconds(500);
+    m_storing.setSingleShot(true);
+    m_storing.setInterval(soon);
+    m_storing.callOnTimeout(this, &MainWindow::store);
     connectHost();
     connectMenus();
     fill();
@@ -68,6 +73,7 @@ void MainWindow::connectHost()
     connect(&m_host.relay(), &RelayServer::settingsPageRequested, this, &MainWindow::openSettings);
     connect(m_settings, &HostSettingsDialog::statusChanged, this, &MainWindow::showLink);
     connect(ui->console, &ConsoleView::currentChanged, this, &MainWindow::onCurrentKeyChanged);
+    connect(ui->console, &ConsoleView::arranged, this, [this] { m_storing.start(); });
     connect(ui->listActions, &ActionList::chosen, this, &MainWindow::place);
     connect(ui->desktop, &DesktopPanel::refused, this, &MainWindow::tell);
     connect(ui->inspector, &KeyInspector::iconBuilderAsked, this,
@@ -84,6 +90,10 @@ void MainWindow::connectMenus()
     connect(ui->actQuit, &QAction::triggered, this, &QWidget::close);
 
     connect(ui->actPress, &QAction::triggered, ui->console, &ConsoleView::pressCurrent);
+    connect(ui->actEditTitle, &QAction::triggered, this, [this] {
+        ui->tabs->setCurrentWidget(ui->inspector);
+        ui->inspector->focusTitle();
+    });
     connect(ui->actRemove, &QAction::triggered, ui->console, &ConsoleView::removeCurrent);
     connect(ui->actPlace, &QAction::triggered, this, [this] { place(ui->listActions->currentAction()); });
     connect(ui->actPlaceAll, &QAction::triggered, this, [this] {
@@ -121,6 +131,7 @@ void MainWindow::onCurrentKeyChanged(int index)
     bool const taken = m_console.key(index);
     ui->actPress->setEnabled(taken);
     ui->actRemove->setEnabled(taken);
+    ui->actEditTitle->setEnabled(taken);
     ui->inspector->showKey(m_console, index);
 }
 

@@ -3,6 +3,7 @@
 #include <QList>
 #include <QMainWindow>
 #include <QString>
+#include <QTimer>
 
 #include <memory>
 
@@ -57,4 +58,6 @@ private:
     HostSettingsDialog* m_settings;
     QLabel* m_link;
     QStringList m_actionIds;
+    //! The choices are stored soon after a change, for a program may end without being closed.
+    QTimer m_storing;
 };

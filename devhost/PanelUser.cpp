@@ -86,8 +86,8 @@ QString PanelUser::type(QWidget& panel, QString const& objectName, QString const
     }
     field->selectAll();
     press(*field, Qt::Key_Delete);
-    for (QChar const c : text) {
-        press(*field, 0, c);
+    for (char32_t const c : text.toUcs4()) {
+        press(*field, 0, QString::fromUcs4(&c, 1));
     }
     return {};
 }

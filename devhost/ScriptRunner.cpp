@@ -161,8 +161,11 @@ bool ScriptRunner::isMet(ScriptStep::Expectation const& expectation)
         return led != m_leds.constEnd() && *led == expectation.on;
     }
     if (isOfKey(expectation)) {
-        return m_host.console().key(expectation.key) &&
-               jsonIncludes(keyState(expectation), expectation.members);
+        ConsoleKey* const key = m_host.console().key(expectation.key);
+        if (key) {
+            key->checkFace(); // so that it is told before what it leads to
+        }
+        return key && jsonIncludes(keyState(expectation), expectation.members);
     }
     auto const match = std::ranges::find_if(m_publications, [&expectation](QJsonObject const& payload) {
         return payload.value("task"_L1) == expectation.name && jsonIncludes(payload, expectation.members);

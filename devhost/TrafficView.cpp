@@ -72,16 +72,11 @@ void TrafficView::focusFilter()
     ui->edtFilter->setFocus(Qt::ShortcutFocusReason);
 }
 
-void TrafficView::showEvent(QShowEvent* event)
+void TrafficView::watch(DevHost& host)
 {
-    QWidget::showEvent(event);
+    m_host = &host;
     listen(!ui->btnPause->isChecked());
-}
-
-void TrafficView::hideEvent(QHideEvent* event)
-{
-    QWidget::hideEvent(event);
-    listen(false);
+    showCount();
 }
 
 void TrafficView::listen(bool on)
@@ -130,6 +125,9 @@ void TrafficView::showCount()
 {
     int const all = m_model.rowCount();
     int const shown = m_filter.rowCount();
+    QString const count =
+        shown == all ? tr("%1 messages").arg(all) : tr("%1 of %2 messages").arg(shown).arg(all);
+    bool const hearsBoth = !m_host || m_host->usesStandIn();
     ui->lblCount->setText(
-        shown == all ? tr("%1 messages").arg(all) : tr("%1 of %2 messages").arg(shown).arg(all));
+        hearsBoth ? count : tr("%1 of the relay; a running Streamlabs Desktop cannot be heard").arg(count));
 }

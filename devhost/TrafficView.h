@@ -14,7 +14,8 @@ class TrafficView;
 }
 
 //! What goes over the host's two links: the relay, and the connection with the stand-in for Streamlabs
-//! Desktop. It listens only while it is seen and not paused.
+//! Desktop. It listens unless it is paused. The link to a running Streamlabs Desktop is the package's own and
+//! cannot be heard.
 class TrafficView : public QWidget
 {
     Q_OBJECT
@@ -23,12 +24,9 @@ public:
     explicit TrafficView(QWidget* parent = nullptr);
     ~TrafficView() override;
 
-    void watch(DevHost& host) { m_host = &host; }
+    //! \a host knows already which Streamlabs Desktop it uses.
+    void watch(DevHost& host);
     void focusFilter();
-
-protected:
-    void showEvent(QShowEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
 
 private:
     void listen(bool on);

@@ -234,6 +234,43 @@ private slots:
         }
     }
 
+    void asksForWhatIsMissing_data()
+    {
+        QTest::addColumn<QByteArray>("settings");
+        QTest::addColumn<QByteArray>("list");
+        QTest::addColumn<QByteArray>("asksFor");
+        QTest::newRow("source")
+            << QByteArray(R"({"version":2,"scene_id":"s","scene_item_id":"gone"})")
+            << QByteArray(R"({"task":"onQueryScenes","activeId":"s","list":[]})")
+            << QByteArray(R"({"sceneId":"s","sceneItemId":"gone","sourceId":"","visible":true})");
+        QTest::newRow("mute") << QByteArray(R"({"version":2,"audio_source_id":"gone"})")
+                              << QByteArray(R"({"task":"onQueryAudioList","list":[]})")
+                              << QByteArray(R"({"sourceId":"gone","muted":true})");
+    }
+
+    // Nobody knows what state it is in: a press asks for the one that a streamer notices.
+    void asksForWhatIsMissing()
+    {
+        QFETCH(QByteArray, settings);
+        QFETCH(QByteArray, list);
+        QFETCH(QByteArray, asksFor);
+        QList<QJsonObject> tasks;
+        relay->addCommandHandler(u"remote.command.slobs.service.task"_s,
+            [&](QWebSocket*, QJsonObject const& task) { tasks.append(task); });
+        auto const action = make(QString::fromLatin1(QTest::currentDataTag()));
+        action->init(u"key"_s, {{u"payload"_s, json(settings)}});
+        QTRY_COMPARE(tasks.size(), 2); // its queries
+        publish(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"t","port":5})");
+        publish(list.constData());
+        auto const press = [&] {
+            action->onAppTriggeredEvent({});
+            return QTest::qWaitFor([&] { return tasks.size() > 2; }, 50);
+        };
+        QTRY_VERIFY(press());
+        QVERIFY2(jsonIncludes(tasks.at(2), json(asksFor)), qPrintable(compact(tasks.at(2))));
+        log->clear();
+    }
+
     // A relay that acknowledges on request only: asked once, half a second after the connection, and then all
     // goes on.
     void asksTheRelayThatDoesNotSpeak()
@@ -404,7 +441,7 @@ private slots:
             switch (random.bounded(7)) {
             case 0:
             case 1:
-                action = make(allActions.at(random.bounded(5)));
+                action = make(allActions.at(random.bounded(allActions.size())));
                 action->init(u"key"_s);
                 if (random.bounded(2) == 0) {
                     action->pluginWidget()->setParent(&host);

@@ -200,7 +200,9 @@ void tst_DevHost::speaksJson()
 {
     Run const result =
         run({u"--json"_s}, "expect onQueryScenes {\"list\":[{}]}\ndesktop stream on\nexpect-led STREAM on\n"
-                           "host disconnect\nexpect onStreamlabsAuthResult {\"authorized\":false}\nwait 1\n");
+                           "host disconnect\nexpect onStreamlabsAuthResult {\"authorized\":false}\nwait 1\n"
+                           "place mute\nsettings 0 {\"titlelist\":[\"Off\",\"On\"]}\n"
+                           "expect-key 0 {\"title\":\"Off\"}\n");
     QCOMPARE(result.exitCode, 0);
     QHash<QString, QList<QJsonObject>> events;
     for (auto const& line : result.out.split(u'\n', Qt::SkipEmptyParts)) {
@@ -217,10 +219,16 @@ void tst_DevHost::speaksJson()
         QList({json(R"({"event":"link","connected":true})"), json(R"({"event":"link","connected":false})")}));
     QVERIFY(events.value(u"log"_s).contains(json(
         R"({"event":"log","level":"info","category":"default","text":"connected to Streamlabs server"})")));
-    QCOMPARE(events.value(u"step"_s).size(), 6);
-    QCOMPARE(events.value(u"held"_s).size(), 3);
+    QCOMPARE(events.value(u"step"_s).size(), 9);
+    QCOMPARE(events.value(u"held"_s).size(), 4);
+    QStringList titles;
+    for (auto const& key : events.value(u"key"_s)) {
+        titles.append(key.value("title"_L1).toString());
+    }
+    titles.removeDuplicates();
+    QCOMPARE(titles, QStringList({u"Unmute"_s, u"Off"_s}));
     QCOMPARE(
-        events.value(u"finished"_s), QList({json(R"({"event":"finished","exit":0,"held":3,"problem":""})")}));
+        events.value(u"finished"_s), QList({json(R"({"event":"finished","exit":0,"held":4,"problem":""})")}));
 }
 
 void tst_DevHost::takesLinesAsTheyCome()

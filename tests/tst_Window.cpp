@@ -514,16 +514,15 @@ void tst_Window::showsTraffic()
     auto& lines = *find<QTreeView>("lines").model();
     QString published;
     connect(host.get(), &DevHost::publicationReceived, this, [&](QJsonObject const& payload) {
-        published = payload.value("streamingStatus"_L1).toString(published);
+        published = payload.value("streamingStatus"_L1)
+                        .toString(payload.value("recordingStatus"_L1).toString(published));
     });
     auto const goLive = [&](bool on) {
         desktop().setStreaming(on);
         return QTest::qWaitFor([&] { return published == (on ? "live"_L1 : "offline"_L1); });
     };
-    QVERIFY(goLive(true));
+    QVERIFY(goLive(true)); // heard before anybody looks
     trigger("actGoTraffic");
-    QCOMPARE(lines.rowCount(), 0); // nobody listened
-
     QVERIFY(goLive(false));
     auto const shows = [&](QString const& way, QString const& part) {
         for (int row = 0; row < lines.rowCount(); ++row) {
@@ -534,10 +533,14 @@ void tst_Window::showsTraffic()
         }
         return false;
     };
+    QTRY_VERIFY(shows(u"Streamlabs Desktop → service"_s, u"\"data\":\"live\""_s));
     QTRY_VERIFY(shows(u"Streamlabs Desktop → service"_s, u"\"data\":\"ending\""_s));
     QTRY_VERIFY(shows(u"relay → client 1"_s, u"\"streamingStatus\":\"offline\""_s));
     QVERIFY(shows(u"service → relay"_s, u"\"functionName\":\"STREAM\""_s));
-    find<QTreeView>("lines").setCurrentIndex(lines.index(0, 0));
+    find<QTreeView>("lines").setCurrentIndex(lines
+                                                 .match(lines.index(0, TrafficModel::MessageColumn),
+                                                     Qt::DisplayRole, u"\"jsonrpc\""_s, 1, Qt::MatchContains)
+                                                 .value(0));
     QVERIFY(find<QPlainTextEdit>("details").toPlainText().contains(u"\n    \"jsonrpc\": \"2.0\""_s));
 
     int const all = lines.rowCount();
@@ -549,11 +552,12 @@ void tst_Window::showsTraffic()
     find<QLineEdit>("edtFilter").clear();
 
     click("btnPause");
-    QVERIFY(goLive(true));
+    desktop().setRecording(true);
+    QTRY_COMPARE(published, u"recording"_s);
     click("btnPause");
     host->relay().sendToAll(u"the next"_s);
     QTRY_VERIFY(shows(u"relay → client 1"_s, u"the next"_s));
-    QVERIFY(!shows(u"relay → client 1"_s, u"\"streamingStatus\":\"live\""_s));
+    QVERIFY(!shows(u"relay → client 1"_s, u"\"recordingStatus\":\"recording\""_s));
     QVERIFY(log->take(u"[MixerPluginDelegate]"_s));
 }
 
@@ -582,7 +586,8 @@ void tst_Window::linksInTheSettings()
     QVERIFY(host->console().place(0, host->console().actionIdOf(u"record"_s)));
     QTRY_VERIFY(!face(0).invalid);
     QVERIFY(!page.isVisible());
-    host->relay().dispatchEvent({{u"task"_s, ZoRemoteCommands::kLaunchSettingPage}});
+    host->relay().dispatchEvent(
+        {{u"task"_s, ZoRemoteCommands::kLaunchSettingPage}, {u"params"_s, QJsonObject{{u"page"_s, 7}}}});
     QVERIFY(page.isVisible());
 
     auto& token = find<QLineEdit>("edtToken");
@@ -643,6 +648,16 @@ void tst_Window::isForEverybody()
     QVERIFY(window->minimumSizeHint().height() + decoration.height() <= screen.height());
     window->resize(screen - decoration);
     trigger("actPlaceAll");
+
+    // What the mouse drags and clicks, the keyboard does as well.
+    auto& console = host->console();
+    QStringList const before{console.key(0)->actionId(), console.key(1)->actionId()};
+    find<KeyView>("key0").setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier);
+    QCOMPARE(QStringList({console.key(1)->actionId(), console.key(0)->actionId()}), before);
+    QCOMPARE(QApplication::focusWidget()->objectName(), u"key1"_s);
+    trigger("actEditTitle");
+    QCOMPARE(QApplication::focusWidget()->objectName(), u"lineEdtPluginTitle"_s);
 
     QSet<QWidget const*> reached;
     trigger("actGoActions");
