@@ -97,7 +97,12 @@ public:
         document.insert("version"_L1, version);
         document.insert("titlelist"_L1, QJsonArray::fromStringList(titleList));
         document.insert("iconlist"_L1, QJsonArray::fromStringList(iconList));
-        document.insert(ZoDisplayViewAttribute::pluginPayloadKey, ZoDisplayViewAttribute::toJson(attribute));
+        QJsonObject look = source.value(ZoDisplayViewAttribute::pluginPayloadKey).toObject();
+        QJsonObject const ours = ZoDisplayViewAttribute::toJson(attribute);
+        for (auto member = ours.begin(); member != ours.end(); ++member) {
+            look.insert(member.key(), member.value());
+        }
+        document.insert(ZoDisplayViewAttribute::pluginPayloadKey, look);
         return document;
     }
 
@@ -385,6 +390,11 @@ void BaseSlobsWidget::setStates(QStringList const& titles, QStringList const& ic
 {
     settings->titleList = titles;
     settings->iconList = icons;
+}
+
+QJsonObject& BaseSlobsWidget::loadedDocument()
+{
+    return settings->source;
 }
 
 // ---- Events of the host

@@ -83,6 +83,9 @@ signals:
 protected:
     SlobsAgent& agent() const;
     void setStates(QStringList const& titles, QStringList const& icons);
+    //! The settings document as it was loaded. What of it is not ours is written back, so a conversion takes
+    //! out what it has read.
+    QJsonObject& loadedDocument();
     //! Passes \a message to both views.
     void sendToViews(QJsonObject const& message);
     //! Passes a settings document to both views, {"task": "getWidgetSettings", "payload": \a document}.

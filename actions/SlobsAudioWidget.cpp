@@ -32,17 +32,6 @@ void SlobsAudioWidget::readSettings(QJsonObject const& payload)
 void SlobsAudioWidget::prepareWidgetSettings(QJsonObject& document)
 {
     source.writeTo(document, kAudioSourceId, kAudioSourceName);
-    if (document.value(kLegacyPayload).isObject()) {
-        // What the conversion has taken out of it goes; whatever else it holds is not ours to drop.
-        QJsonObject legacy = document.value(kLegacyPayload).toObject();
-        legacy.remove(kLegacyAudioSource);
-        legacy.remove(kAudioSourceName);
-        if (legacy.isEmpty()) {
-            document.remove(kLegacyPayload);
-        } else {
-            document.insert(kLegacyPayload, legacy);
-        }
-    }
 }
 
 bool SlobsAudioWidget::migrateLegacyPayload(QJsonObject const& document, int version)
@@ -50,8 +39,16 @@ bool SlobsAudioWidget::migrateLegacyPayload(QJsonObject const& document, int ver
     if (version >= documentVersion) {
         return false;
     }
-    if (auto const legacy = document.value(kLegacyPayload); legacy.isObject()) {
-        source = SlobsTarget::fromJson(legacy.toObject(), kLegacyAudioSource, kAudioSourceName);
+    if (document.value(kLegacyPayload).isObject()) {
+        QJsonObject legacy = document.value(kLegacyPayload).toObject();
+        source = SlobsTarget::fromJson(legacy, kLegacyAudioSource, kAudioSourceName);
+        legacy.remove(kLegacyAudioSource);
+        legacy.remove(kAudioSourceName);
+        if (legacy.isEmpty()) {
+            loadedDocument().remove(kLegacyPayload);
+        } else { // whatever else it holds is not ours to drop
+            loadedDocument().insert(kLegacyPayload, legacy);
+        }
     } else {
         readSettings(document); // what has no version but today's keys keeps its target
     }

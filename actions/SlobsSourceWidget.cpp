@@ -36,8 +36,6 @@ void SlobsSourceWidget::prepareWidgetSettings(QJsonObject& document)
 {
     scene.writeTo(document, kSceneId, kSceneName);
     item.writeTo(document, kSceneItemId, kSceneItemName);
-    document.remove(kLegacyItemId);
-    document.remove(kLegacyItemName);
 }
 
 bool SlobsSourceWidget::migrateLegacyPayload(QJsonObject const& document, int version)
@@ -50,6 +48,10 @@ bool SlobsSourceWidget::migrateLegacyPayload(QJsonObject const& document, int ve
     bool const isLegacy = document.contains(kLegacyItemId);
     item = SlobsTarget::fromJson(
         document, isLegacy ? kLegacyItemId : kSceneItemId, isLegacy ? kLegacyItemName : kSceneItemName);
+    if (isLegacy) {
+        loadedDocument().remove(kLegacyItemId);
+        loadedDocument().remove(kLegacyItemName);
+    }
     return true;
 }
 
