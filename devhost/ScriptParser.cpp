@@ -68,9 +68,9 @@ QString tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
             ++i;
             continue;
         }
-        qsizetype end = i;
-        if (c == u'"' || c == u'{') {
-            end = endOfJson(line, i);
+        bool const isJson = c == u'"' || c == u'{';
+        qsizetype const end = isJson ? endOfJson(line, i) : endOfWord(line, i);
+        if (isJson) {
             if (end < 0) {
                 return u"column %1: this has no end"_s.arg(i + 1);
             }
@@ -86,7 +86,6 @@ QString tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
                 tokens.append({json[0].toString(), {}});
             }
         } else {
-            end = endOfWord(line, i);
             tokens.append({line.sliced(i, end - i), {}});
         }
         i = end;
