@@ -72,6 +72,12 @@ void MainWindow::connectHost()
         [this](QString const&, QString const& function, bool on) { ui->console->setLed(function, on); });
     connect(&m_host.relay(), &RelayServer::settingsPageRequested, this, &MainWindow::openSettings);
     connect(m_settings, &HostSettingsDialog::statusChanged, this, &MainWindow::showLink);
+    connect(m_settings, &QDialog::finished, this, [this] {
+        // A panel's gear goes when the link comes, and the focus must not fall on "Go live" for it.
+        if (m_focusBefore && !m_focusBefore->isVisible()) {
+            ui->inspector->focusPanel();
+        }
+    });
     connect(ui->console, &ConsoleView::currentChanged, this, &MainWindow::onCurrentKeyChanged);
     connect(ui->console, &ConsoleView::arranged, this, [this] { m_storing.start(); });
     connect(ui->listActions, &ActionList::chosen, this, &MainWindow::place);
@@ -137,6 +143,7 @@ void MainWindow::onCurrentKeyChanged(int index)
 
 void MainWindow::openSettings()
 {
+    m_focusBefore = focusWidget();
     m_settings->show();
     m_settings->raise();
     m_settings->activateWindow();

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QMainWindow>
+#include <QPointer>
 #include <QString>
 #include <QTimer>
 
@@ -56,6 +57,8 @@ private:
     Console& m_console;
     QString m_settingsFile;
     HostSettingsDialog* m_settings;
+    //! When the settings were opened.
+    QPointer<QWidget> m_focusBefore;
     QLabel* m_link;
     QStringList m_actionIds;
     //! The choices are stored soon after a change, for a program may end without being closed.

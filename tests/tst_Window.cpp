@@ -606,6 +606,21 @@ void tst_Window::linksInTheSettings()
     QTRY_COMPARE(find<QLabel>("lblLink").text(), u"● Disconnected"_s);
     click("btnConnect");
     QTRY_COMPARE(status.text(), u"Linked to Streamlabs Desktop"_s);
+
+    // The gear that has opened them goes with the link, and the keyboard stays where it was.
+    page.close();
+    trigger("actDisconnect");
+    auto const* const panel = host->console().key(0)->panelWidget();
+    auto* const gear = panel->findChild<QWidget*>(u"btnGoAuth"_s);
+    QTRY_VERIFY(gear->isVisible());
+    gear->setFocus();
+    QTest::keyClick(gear, Qt::Key_Space);
+    QTRY_VERIFY(page.isVisible());
+    click("btnConnect");
+    QTRY_VERIFY(!gear->isVisible());
+    click("btnClose");
+    QVERIFY(panel->isAncestorOf(window->focusWidget()));
+    QVERIFY(window->focusWidget()->isVisible());
 }
 
 void tst_Window::leavesARealDesktopAlone()
