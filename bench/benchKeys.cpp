@@ -495,18 +495,25 @@ QList<BenchRow> drag()
                 box->model(), &QAbstractItemModel::rowsInserted, &host.window, [&] { ++changes; });
         }
     }
+    // Without the messages that are under way.
+    auto const memoryAtRest = [&] {
+        mouse.stop();
+        drain();
+        return residentMemory();
+    };
+    // What the first seconds take stays; it must not grow from there.
+    constexpr auto warmUp = std::chrono::seconds(10);
     mouse.start();
-    // What the first second takes stays; it must not grow from there.
-    settle(std::chrono::seconds(2));
-    double const before = residentMemory();
+    settle(warmUp);
+    double const before = memoryAtRest();
     double longest = 0;
     {
+        mouse.start();
         LongestGap gap;
         settle(std::chrono::minutes(1));
         longest = gap.longest;
     }
-    double const after = residentMemory();
-    mouse.stop();
+    double const after = memoryAtRest();
     for (auto const& counter : paints) {
         changes += counter->painted;
     }
