@@ -535,7 +535,7 @@ void tst_Window::showsTraffic()
     };
     QTRY_VERIFY(shows(u"Streamlabs Desktop → service"_s, u"\"data\":\"live\""_s));
     QTRY_VERIFY(shows(u"Streamlabs Desktop → service"_s, u"\"data\":\"ending\""_s));
-    QTRY_VERIFY(shows(u"relay → client 1"_s, u"\"streamingStatus\":\"offline\""_s));
+    QTRY_VERIFY(shows(u"relay → client 1"_s, u"\"streamingStatus\":\"ending\""_s));
     QVERIFY(shows(u"service → relay"_s, u"\"functionName\":\"STREAM\""_s));
     find<QTreeView>("lines").setCurrentIndex(lines
                                                  .match(lines.index(0, TrafficModel::MessageColumn),
