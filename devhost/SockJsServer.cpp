@@ -141,11 +141,8 @@ void SockJsServer::setHeartbeatInterval(std::chrono::milliseconds interval)
 
 void SockJsServer::sendRawFrame(QString const& frame)
 {
-    // A copy: who hears of a frame may drop the connections.
-    for (QHash<int, Client> const clients = m_clients; auto const& [id, client] : clients.asKeyValueRange()) {
-        client.webSocket->sendTextMessage(frame);
-        emit frameSent(id, frame);
-    }
+    auto const clients = m_clients; // who hears of a frame may drop some of them
+    std::for_each(clients.keyBegin(), clients.keyEnd(), [&](int client) { sendFrame(client, frame); });
 }
 
 void SockJsServer::sendRawBytes(QByteArray const& bytes)
