@@ -30,15 +30,26 @@ bool isResult(QJsonObject const& message, QString const& name)
     return message.value("task"_L1) == QJsonValue(name);
 }
 
-//! Sets a text of a message that is kept from one time to the next: every key asks for the status, and mostly
-//! it is the same.
-QJsonObject updated(QJsonObject& message, QLatin1StringView key, QString const& text)
+//! The messages of one task that tell a status. Every key asks for it, and there are few that it can be.
+struct StatusMessages
 {
-    if (QJsonValue const known = message.value(key); !known.isString() || known.toString() != text) {
-        message.insert(key, text);
+    QString task;
+    QString key;
+    QHash<QString, QJsonObject> made{};
+
+    QJsonObject of(QString const& status)
+    {
+        constexpr qsizetype most = 16; // more than there are, should a foreign program make some up
+        if (made.size() == most && !made.contains(status)) {
+            made.clear();
+        }
+        QJsonObject& message = made[status];
+        if (message.isEmpty()) {
+            message = {{u"task"_s, task}, {key, status}};
+        }
+        return message;
     }
-    return message;
-}
+};
 
 QJsonObject makeLed(QString const& functionName, bool on)
 {
@@ -226,14 +237,14 @@ QJsonObject SlobsAgent::toAuthState(bool authorized, QString const& token, int p
 
 QJsonObject SlobsAgent::toStreamingStatus(QString const& status)
 {
-    static QJsonObject message{{u"task"_s, kQueryStreamingStatusResult}};
-    return updated(message, "streamingStatus"_L1, status);
+    static StatusMessages messages{kQueryStreamingStatusResult, u"streamingStatus"_s};
+    return messages.of(status);
 }
 
 QJsonObject SlobsAgent::toRecordingStatus(QString const& status)
 {
-    static QJsonObject message{{u"task"_s, kQueryRecordingStatusResult}};
-    return updated(message, "recordingStatus"_L1, status);
+    static StatusMessages messages{kQueryRecordingStatusResult, u"recordingStatus"_s};
+    return messages.of(status);
 }
 
 QJsonObject SlobsAgent::toSceneList(QList<Scene> const& scenes, QString const& activeId)

@@ -68,14 +68,15 @@ struct Chain
 QList<BenchRow> roundTrip()
 {
     Chain chain;
-    // One event per press, so that each round is like the others. What the other application does with a
-    // request is not ours: its transport answers for it, with frames that are ready-made.
+    // One event per press, and a status that is not that of the press before. What the other application does
+    // with a request is not ours: its transport answers for it, with frames that are ready-made.
     QString const beforeId = uR"(a["{\"jsonrpc\":\"2.0\",\"id\":)"_s;
     QString const afterId = uR"(,\"result\":{\"_type\":\"SUBSCRIPTION\",\"resourceId\":\"promise\",)"
                             uR"(\"emitter\":\"PROMISE\"}}"])"_s;
-    QString const event =
+    QString const starting =
         uR"(a["{\"jsonrpc\":\"2.0\",\"id\":null,\"result\":{\"_type\":\"EVENT\",\"emitter\":\"STREAM\",)"
         uR"(\"resourceId\":\"StreamingService.streamingStatusChange\",\"data\":\"starting\"}}"])"_s;
+    QString const offline = QString(starting).replace("starting"_L1, "offline"_L1);
     auto& transport = chain.desktop.transport();
     int id = 0;
     chain.desktop.scriptReply(u"StreamingService.toggleStreaming"_s, [&id](QJsonObject const& request) {
@@ -87,7 +88,7 @@ QList<BenchRow> roundTrip()
     QObject::disconnect(&transport, &SockJsServer::messageReceived, &chain.desktop, nullptr);
     QObject::connect(&transport, &SockJsServer::frameReceived, &chain.desktop, [&] {
         transport.sendRawFrame(beforeId % QString::number(++id) % afterId);
-        transport.sendRawFrame(event);
+        transport.sendRawFrame(id % 2 == 0 ? starting : offline);
     });
 
     // The same bytes for the floor, listened to on one round.

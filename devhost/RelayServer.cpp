@@ -16,6 +16,9 @@ using namespace ZoRemoteCommands;
 
 namespace {
 
+//! Characters from which on a text is sent to one client at a time and kept only while it is the latest.
+constexpr qsizetype large = 8192;
+
 QString compactText(QJsonObject const& message)
 {
     return QString::fromUtf8(QJsonDocument(message).toJson(QJsonDocument::Compact));
@@ -92,26 +95,37 @@ void RelayServer::removeCommandHandler(QString const& command)
 void RelayServer::publish(QString const& subject, QJsonObject const& payload)
 {
     if (auto const subscribers = m_subscribers.value(subject); !subscribers.isEmpty()) {
-        // Lists are published again and again as they are, when keys ask for them and while an item is
-        // dragged.
         QString const task = payload.value("task"_L1).toString();
-        auto& [lastPayload, lastText] = m_last[task];
-        if (payload != lastPayload) {
-            lastPayload = payload;
-            lastText = compactText(payload);
-        }
+        QString const text = textOf(task, payload);
         for (auto* client : subscribers) {
-            deliver(client, task, lastText);
+            deliver(client, task, text);
         }
     }
     emit published(subject, payload);
+}
+
+// Lists are published again and again as they are, when keys ask for them and while an item is dragged, and
+// statuses go to and fro.
+QString RelayServer::textOf(QString const& task, QJsonObject const& payload)
+{
+    auto& published = m_published[task];
+    auto const known = std::ranges::find(published, payload, &Published::payload);
+    if (known != published.end()) {
+        return known->text;
+    }
+    std::erase_if(published, [](Published const& last) { return last.text.size() >= large; });
+    constexpr std::size_t most = 4;
+    if (published.size() == most) {
+        published.erase(published.begin());
+    }
+    published.push_back({payload, compactText(payload)});
+    return published.back().text;
 }
 
 // Some hundred kilobytes to each of many clients would hold up the thread that all of them share, so such
 // texts go to one client at a time, and what has not gone when the next of its kind comes never does.
 void RelayServer::deliver(QWebSocket* client, QString const& task, QString const& text)
 {
-    constexpr qsizetype large = 8192;
     bool const isLarge = text.size() >= large;
     auto const isOfClient = [client](Waiting const& waiting) { return waiting.client == client; };
     if (!isLarge && std::ranges::none_of(m_waiting, isOfClient)) {

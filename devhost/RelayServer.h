@@ -93,6 +93,13 @@ private:
     void deliver(QWebSocket* client, QString const& task, QString const& text);
     void sendNextWaiting();
 
+    struct Published
+    {
+        QJsonObject payload;
+        QString text;
+    };
+    //! The compact text of \a payload.
+    QString textOf(QString const& task, QJsonObject const& payload);
     //! Something published that a client has not been sent yet.
     struct Waiting
     {
@@ -112,8 +119,8 @@ private:
     QHash<QString, CommandHandler> m_handlers;
     std::vector<Waiting> m_waiting;
     QTimer m_turn;
-    //! What was published last, by task, and its text.
-    QHash<QString, std::pair<QJsonObject, QString>> m_last;
+    //! What was published lately, by task.
+    QHash<QString, std::vector<Published>> m_published;
     //! What a client sent last. Keys say the same, one after the other.
     QString m_lastReceived;
     QJsonDocument m_lastCommand;

@@ -65,6 +65,7 @@ private slots:
     void sharedParsingIsInvisible();
     void resultsDecode_data();
     void resultsDecode();
+    void statusesDecode();
     void ledsFollowTheStatus();
 
     void mixerSends_data();
@@ -149,6 +150,12 @@ void tst_Relay::relayServesServicesAndSubscribers()
     relay->publish(u"nobody listens"_s, payload);
     QTRY_COMPARE(listener.texts.size(), 4);
     QCOMPARE(listener.last(), payload);
+    for (int i = 0; i < 14; ++i) { // to and fro between more than the relay remembers
+        QJsonObject const status{{u"task"_s, u"status"_s}, {u"value"_s, i % 7}};
+        relay->publish(u"s"_s, status);
+        QTRY_COMPARE(listener.texts.size(), 5 + i);
+        QCOMPARE(listener.last(), status);
+    }
 
     QList<QJsonObject> commands;
     relay->addCommandHandler(u"c"_s, [&](QWebSocket* connection, QJsonObject const& command) {
@@ -470,6 +477,19 @@ void tst_Relay::resultsDecode()
         SlobsAgent::toRecordingStatus(text), SlobsAgent::toSceneList(scenes, text),
         SlobsAgent::toCollectionList(collections), SlobsAgent::toAudioList(sources)};
     QVERIFY(written.contains(json(decoded)));
+}
+
+void tst_Relay::statusesDecode()
+{
+    for (int i = 0; i < 80; ++i) { // more than are remembered, and each of them again
+        QString const status = QString::number(i % 40);
+        QString streaming;
+        QString recording;
+        SlobsAgent::fromStreamingStatus(SlobsAgent::toStreamingStatus(status), streaming);
+        SlobsAgent::fromRecordingStatus(SlobsAgent::toRecordingStatus(status), recording);
+        QCOMPARE(streaming, status);
+        QCOMPARE(recording, status);
+    }
 }
 
 void tst_Relay::ledsFollowTheStatus()
