@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QHash>
 #include <QList>
+#include <QMap>
 #include <QObject>
 #include <QSet>
 #include <QString>
@@ -108,7 +108,7 @@ private:
     QTcpServer* m_tcpServer;
     QWebSocketServer m_upgrader;
     QSet<QTcpSocket*> m_notUpgraded;
-    QHash<int, Client> m_clients;
+    QMap<int, Client> m_clients;
     int m_lastClient = 0;
     Handshake m_handshake = Handshake::Answer;
     std::chrono::milliseconds m_heartbeatInterval = std::chrono::seconds{25};

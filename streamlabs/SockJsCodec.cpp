@@ -67,6 +67,11 @@ QString SockJsCodec::unescape(QStringView inner)
             *write++ = *read++;
             continue;
         }
+        if (end - read > 1 && read[1] == u'"') { // most of the escapes
+            *write++ = u'"';
+            read += 2;
+            continue;
+        }
         qsizetype backslashes = 0;
         while (read != end && *read == u'\\') {
             ++backslashes;

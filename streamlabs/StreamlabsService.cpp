@@ -400,7 +400,6 @@ void StreamlabsService::Impl::handleStreamlabsResponse(QJsonObject const& messag
     if (value.isObject()) {
         QJsonObject const result = value.toObject();
         QString const type = result.value("_type"_L1).toString();
-        QString const resourceId = result.value("resourceId"_L1).toString();
         // A result without a "_type" is an answer of its own and never an event's.
         if (auto const entry = responseHandlers.constFind(type);
             !type.isEmpty() && entry != responseHandlers.constEnd()) {
@@ -413,6 +412,7 @@ void StreamlabsService::Impl::handleStreamlabsResponse(QJsonObject const& messag
         }
         if (type == kTypeSubscription) {
             // From now on the handler is found by the resource id that the stream's events carry.
+            QString const resourceId = result.value("resourceId"_L1).toString();
             if (responseHandlers.contains(name)) {
                 responseHandlers.insert(resourceId, responseHandlers.take(name));
             } else {
