@@ -92,7 +92,14 @@ void SlobsAgent::addRccEventHandler(QString const& task, Handler handler)
 
 void SlobsAgent::sendRccEvent(QJsonObject const& event)
 {
-    socket->sendTextMessage(toText(event));
+    send(toText(event));
+}
+
+// At once: otherwise it leaves when the event loop has its next turn, after all that a pressed key draws.
+void SlobsAgent::send(QString const& text)
+{
+    socket->sendTextMessage(text);
+    socket->flush();
 }
 
 void SlobsAgent::onTextMessageReceived(QString const& text)
@@ -140,7 +147,7 @@ void SlobsAgent::sendServiceTask(QString const& name)
     if (text.isEmpty()) {
         text = toText({{u"task"_s, kSlobsServiceTask}, {u"event"_s, name}});
     }
-    socket->sendTextMessage(text);
+    send(text);
 }
 
 void SlobsAgent::sendServiceTask(QString const& name, QJsonObject arguments)

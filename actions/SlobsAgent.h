@@ -53,7 +53,8 @@ inline QString const kCcGetWidgetSettings = QString::fromLatin1("getWidgetSettin
 //! under result names ("onQueryScenes"); the relay's own answers arrive under the relay command's name.
 //!
 //! Agents do not reconnect: after `disconnected` the agent is idle until `connectRcc` is called again. What
-//! is sent while not connected is lost. GUI thread only.
+//! is sent while not connected is lost. A message leaves while it is sent, which may be when the loss of the
+//! connection shows, as `disconnected` from inside. GUI thread only.
 class SlobsAgent : public QObject
 {
     Q_OBJECT
@@ -146,6 +147,7 @@ signals:
 
 private:
     void onTextMessageReceived(QString const& text);
+    void send(QString const& text);
     void sendServiceTask(QString const& name);
     void sendServiceTask(QString const& name, QJsonObject arguments);
 

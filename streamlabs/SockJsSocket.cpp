@@ -73,12 +73,15 @@ void SockJsSocket::close()
 
 qint64 SockJsSocket::sendTextMessage(QString const& text)
 {
-    return socket->sendTextMessage(text);
+    // At once: otherwise it leaves when the event loop has its next turn, after all that a pressed key draws.
+    qint64 const sent = socket->sendTextMessage(text);
+    socket->flush();
+    return sent;
 }
 
 void SockJsSocket::sendJsonMessage(QJsonObject const& object)
 {
-    socket->sendTextMessage(SockJsCodec::encodeClientFrame(object));
+    sendTextMessage(SockJsCodec::encodeClientFrame(object));
 }
 
 bool SockJsSocket::isValid() const

@@ -36,7 +36,8 @@ public:
     void open(QString const& host, int port);
     //! Closes an established connection normally (code 1000); otherwise does nothing.
     void close();
-    //! Sends \a text as it is. Returns the number of bytes sent.
+    //! Sends \a text as it is. Returns the number of bytes sent. It leaves now, and when that shows that the
+    //! connection is lost, `disconnected` comes from inside.
     qint64 sendTextMessage(QString const& text);
     //! Sends \a object in a SockJS client frame, `["…"]`.
     void sendJsonMessage(QJsonObject const& object);

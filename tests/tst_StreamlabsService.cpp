@@ -44,6 +44,7 @@ private slots:
     void refusedToken();
     void collectionSchemaArrivesTwice();
     void comesBackAfterALoss();
+    void noticesALossWhileItSends();
     void lateAnswersOfTheLastConnection();
     void lateAnswersAfterADrop();
     void closesForGood();
@@ -570,6 +571,23 @@ void tst_StreamlabsService::comesBackAfterALoss()
     QCOMPARE(publishedTasks(), u"onQueryScenes"_s);
     while (log->take(u"critical: QAbstractSocket::SocketError"_s)) {
     }
+}
+
+// What is sent finds out before the socket has told that the other side is gone.
+void tst_StreamlabsService::noticesALossWhileItSends()
+{
+    connectAndWait();
+    auto const before = state();
+    desktop->drop();
+    for (int i = 0; i < 5; ++i) {
+        task(R"({"event":"refreshScenes"})");
+    }
+    QVERIFY(takePublished(R"({"task":"onStreamlabsAuthResult","authorized":false})"));
+    QTRY_COMPARE(requests.size(), 20);
+    settle();
+    QCOMPARE(state(), before);
+    QCOMPARE(desktop->clientCount(), 1);
+    log->clear(); // how far the requests came is up to the operating system
 }
 
 void tst_StreamlabsService::lateAnswersOfTheLastConnection()
