@@ -126,10 +126,8 @@ QList<BenchRow> roundTrip()
 
 QList<BenchRow> decodeLargeFrame()
 {
-    StreamlabsStandIn desktop;
     constexpr int scenes = 50;
     constexpr int items = 40;
-    desktop.model().generate(scenes, items, 0);
     QString frame;
     {
         Chain chain;

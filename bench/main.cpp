@@ -52,6 +52,11 @@ int main(int argc, char* argv[])
     parser.addOptions({json, only, verbose});
     parser.addHelpOption();
     parser.process(app);
+    if (!parser.positionalArguments().isEmpty() ||
+        (parser.isSet(only) && !names.contains(parser.value(only)))) {
+        std::fprintf(stderr, "There are the measurements %s.\n", qPrintable(names.join(", "_L1)));
+        return 2;
+    }
 
     if (!parser.isSet(verbose)) {
         qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const&) {});
