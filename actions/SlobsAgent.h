@@ -54,7 +54,7 @@ inline QString const kCcGetWidgetSettings = QString::fromLatin1("getWidgetSettin
 //!
 //! Agents do not reconnect: after `disconnected` the agent is idle until `connectRcc` is called again. What
 //! is sent while not connected is lost. A message leaves while it is sent, which may be when the loss of the
-//! connection shows, as `disconnected` from inside. GUI thread only.
+//! connection shows, as `disconnected` from inside; what hears it must not delete the agent. GUI thread only.
 class SlobsAgent : public QObject
 {
     Q_OBJECT

@@ -30,7 +30,9 @@ class QWebSocket;
 //! package never deletes it. A host that deletes it earlier all the same destroys the handlers with it, from
 //! which the package sees that it is gone.
 //!
-//! Threads: the host's GUI thread only. Operations may be called from inside a handler.
+//! Threads: the host's GUI thread only. Operations may be called from inside a handler. From inside an
+//! operation the host must not stop or start the package's service nor delete the library object: the service
+//! is at work then. `IBuiltInPackageLibrary::onTask` is fine.
 //!
 //! Failures: nothing is thrown, nothing is answered; what cannot be done is the host's to log.
 class ZoInterfaceRcc

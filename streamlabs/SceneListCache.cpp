@@ -46,6 +46,9 @@ void SceneListCache::updateItem(Source const& item)
 
 void SceneListCache::rename(QString const& id, QString const& name)
 {
+    if (id.isEmpty()) {
+        return; // as what a folder shows
+    }
     for (qsizetype i = 0; i < records.size(); ++i) {
         if (records.at(i).id == id) {
             renameScene(i, name);

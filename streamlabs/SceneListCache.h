@@ -28,6 +28,7 @@ public:
     //! Copies the four flags and the name of \a item into every node with its scene id and scene item id.
     void updateItem(Source const& item);
     //! Gives the scene called \a id, and every node that shows the source \a id, the name \a name.
+    //! An empty id is none.
     void rename(QString const& id, QString const& name);
 
 private:

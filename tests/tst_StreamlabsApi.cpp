@@ -116,6 +116,11 @@ void tst_StreamlabsApi::decodesLists()
     QCOMPARE(sources.first().id, u"a"_s);
     fromJson(QJsonArray(), sources);
     QVERIFY(sources.isEmpty());
+    Scene scene{{}, {}, QList<Source>(2)};
+    fromJson(json(R"({"id":"a"})"), scene);
+    QCOMPARE(scene.nodes.size(), 2); // it says nothing of them
+    fromJson(json(R"({"nodes":[]})"), scene);
+    QCOMPARE(scene.nodes.size(), 0);
 
     LogRecorder log;
     CollectionSchema collection;
@@ -155,12 +160,23 @@ void tst_StreamlabsApi::keepsTheEncodedScenesInStep()
     int changes = 0;
     for (int round = 0; round < 500; ++round) {
         QJsonArray const before = cache.json();
-        if (round % 2 == 0) {
-            cache.updateItem(anyItem(anyOf(u"s"_s), anyOf(u"i"_s)));
-        } else {
-            cache.rename(random.bounded(2) == 0 ? anyOf(u"s"_s) : anyOf(u"x"_s), anyOf(u"name"_s));
+        Source item = anyItem(anyOf(u"s"_s), anyOf(u"i"_s));
+        QString const id = random.bounded(2) == 0 ? anyOf(u"s"_s) : anyOf(u"x"_s);
+        bool const renames = round % 2 == 0;
+        for (auto& scene : scenes) {
+            scene.name = renames && scene.id == id ? item.name : scene.name;
+            for (auto& node : scene.nodes) {
+                if (renames) {
+                    node.name = node.sourceId == id ? item.name : node.name;
+                } else if (node.sceneId == item.sceneId && node.sceneItemId == item.sceneItemId) {
+                    item.sourceId = node.sourceId;
+                    node = item;
+                }
+            }
         }
-        QCOMPARE(cache.json(), toJson(cache.scenes()));
+        renames ? cache.rename(id, item.name) : cache.updateItem(item);
+        QCOMPARE(cache.json(), toJson(scenes));
+        QCOMPARE(toJson(cache.scenes()), toJson(scenes));
         changes += cache.json() == before ? 0 : 1;
     }
     QVERIFY(changes > 200);
