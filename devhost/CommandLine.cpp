@@ -116,13 +116,21 @@ QString CommandLine::read(QStringList const& arguments)
     if (parser.isSet(scriptOption) && parser.value(scriptOption).isEmpty()) {
         return u"--script needs a file, or - for standard input."_s;
     }
+    if (parser.isSet(configDir) && parser.value(configDir).isEmpty()) {
+        return u"--config-dir needs a folder."_s;
+    }
 
     headless = parser.isSet(headlessOption);
     bool const tour = headless && !parser.isSet(scriptOption);
+    if (tour && host.desktop) {
+        return u"Without a display a running Streamlabs Desktop needs a --script: "
+               "the tour is for the stand-in, and goes live."_s;
+    }
     script = tour ? u":/devhost/demo.script"_s : parser.value(scriptOption);
-    picture = tour && !parser.isSet(pictureOption) ? u"lumen-console.png"_s : parser.value(pictureOption);
-    // A scriptOption starts from an empty console, unless it is told where to keep one.
-    host.keepsKeys = parser.isSet(configDir) || script.isEmpty();
+    needsPicture = parser.isSet(pictureOption);
+    picture = tour && !needsPicture ? u"lumen-console.png"_s : parser.value(pictureOption);
+    // A script starts from an empty console, unless it is told where to keep one. The tour always does.
+    host.keepsKeys = !tour && (parser.isSet(configDir) || script.isEmpty());
     host.pluginFile = parser.value(plugin);
     host.configDir = parser.isSet(configDir)
                          ? QDir(parser.value(configDir)).absolutePath()

@@ -26,6 +26,8 @@ struct CommandLine
     QString script;
     //! Where a picture of the window goes; empty for none.
     QString picture;
+    //! Whether it was asked for, and a picture that cannot be written is a failure.
+    bool needsPicture = false;
     EventReport::Format format = EventReport::Format::Text;
     bool verbose = false;
     //! Without one the stand-in has its demo collections.

@@ -34,6 +34,12 @@ QString levelName(QtMsgType type)
     return u"fatal"_s;
 }
 
+//! Whether the package tells that it, or Streamlabs Desktop, did not do what it was asked for.
+bool isRefusal(QString const& text)
+{
+    return text.startsWith("[onServiceTask]"_L1) || text == "unrecognized response"_L1;
+}
+
 QStringList namesOf(QJsonArray const& list, auto const& wanted)
 {
     QStringList names;
@@ -200,7 +206,7 @@ void EventReport::onMessage(QtMsgType type, QMessageLogContext const& context, Q
     QString const category = QString::fromUtf8(context.category);
     if (m_format == Format::Json) {
         print(u"log"_s, {{u"level"_s, levelName(type)}, {u"category"_s, category}, {u"text"_s, text}});
-    } else if (m_verbose || category == QLatin1StringView(devHostLog().categoryName())) {
+    } else if (m_verbose || category == QLatin1StringView(devHostLog().categoryName()) || isRefusal(text)) {
         std::fflush(stdout);
         std::fprintf(stderr, "      %s: %s\n", qPrintable(levelName(type)), qPrintable(text));
     }

@@ -8,6 +8,7 @@
 #include <QJsonDocument>
 #include <QList>
 #include <QPointF>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
@@ -86,7 +87,11 @@ QString tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
                 tokens.append({json[0].toString(), {}});
             }
         } else {
-            tokens.append({line.sliced(i, end - i), {}});
+            QString const word = line.sliced(i, end - i);
+            if (auto const json = word.indexOf(QRegularExpression(u"[\"{]"_s)); json >= 0) {
+                return u"column %1: a blank is missing before this"_s.arg(i + json + 1);
+            }
+            tokens.append({word, {}});
         }
         i = end;
     }

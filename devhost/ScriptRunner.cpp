@@ -50,9 +50,10 @@ ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), m_
 void ScriptRunner::listen()
 {
     connect(&m_host, &DevHost::publicationReceived, this, [this](QJsonObject const& payload) {
-        constexpr qsizetype mostKept = 200; // a scene list may be a megabyte
-        if (m_publications.size() == mostKept) {
-            m_publications.removeFirst();
+        constexpr qsizetype mostLists = 200; // each of them may be a megabyte
+        auto const isList = [](QJsonObject const& known) { return known.contains("list"_L1); };
+        if (isList(payload) && std::ranges::count_if(m_publications, isList) == mostLists) {
+            m_publications.erase(std::ranges::find_if(m_publications, isList));
         }
         m_publications.append(payload);
         check();

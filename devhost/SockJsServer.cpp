@@ -1,5 +1,7 @@
 #include "devhost/SockJsServer.h"
 
+#include "devhost/DevHostLog.h"
+
 #include <QHostAddress>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -82,7 +84,7 @@ bool SockJsServer::listen(quint16 port)
 {
     if (m_tcpServer->listen(QHostAddress::LocalHost, port))
         return true;
-    qWarning("SockJsServer: cannot listen on port %d: %s", port, qUtf8Printable(m_tcpServer->errorString()));
+    qCWarning(devHostLog) << "the stand-in cannot listen on port" << port << m_tcpServer->errorString();
     return false;
 }
 

@@ -165,10 +165,8 @@ StandInModel::Source const& StandInModel::newSource(Collection& collection, Sour
 
 StandInModel::Source const& StandInModel::newDevice(Collection& collection, QString const& name)
 {
-    int lastChannel = 0;
-    for (Source const& source : std::as_const(collection.sources))
-        lastChannel = qMax(lastChannel, source.channel);
-    return newSource(collection, {{}, name, u"wasapi_input_capture"_s, true, false, false, lastChannel + 1});
+    int const channel = ++collection.lastChannel;
+    return newSource(collection, {{}, name, u"wasapi_input_capture"_s, true, false, false, channel});
 }
 
 QString StandInModel::newItem(

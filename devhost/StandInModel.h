@@ -252,6 +252,7 @@ private:
         QHash<QString, Node> nodes;
         QStringList sourceIds; // in order of creation
         QHash<QString, Source> sources;
+        int lastChannel = 0;
 
         QString nameOf(Node const& node) const;
         Node const* findNode(QString const& target, Kind kind) const;

@@ -1,5 +1,7 @@
 #include "devhost/StreamlabsStandIn.h"
 
+#include "devhost/DevHostLog.h"
+
 #include <QJsonDocument>
 #include <QRegularExpression>
 #include <QUuid>
@@ -333,7 +335,7 @@ void StreamlabsStandIn::dispatch(QString const& method, Call const& call)
 StreamlabsStandIn::Answer StreamlabsStandIn::authorize(Call const& call)
 {
     if (m_token.isEmpty() || call.args[0] != QJsonValue(m_token)) {
-        qInfo("StreamlabsStandIn: a client came with a wrong token");
+        qCInfo(devHostLog, "the stand-in refuses a client: its token is wrong");
         return {{}, kInternalError, u"Invalid token"_s};
     }
     m_clients[call.client].authorized = true;

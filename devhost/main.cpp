@@ -122,8 +122,11 @@ void Run::takePicture()
     }
     if (m_window->savePicture(file)) {
         m_report.note(u"The window's picture: %1"_s.arg(file));
+    } else if (QString const problem = u"The picture %1 cannot be written."_s.arg(file);
+               m_commandLine.needsPicture) {
+        fail(1, problem);
     } else {
-        fail(1, u"The picture %1 cannot be written."_s.arg(file));
+        m_report.note(problem);
     }
 }
 
@@ -144,6 +147,18 @@ bool hasDisplay()
            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 #else
     return true;
+#endif
+}
+
+//! Lets Qt go on where it would end the program, when a display does not answer. False when the user has
+//! chosen the platform.
+bool fallsBackWithoutDisplay()
+{
+#if defined(Q_OS_UNIX) && !defined(Q_OS_DARWIN)
+    return !qEnvironmentVariableIsSet("QT_QPA_PLATFORM") &&
+           qputenv("QT_QPA_PLATFORM", "xcb;wayland;offscreen");
+#else
+    return false;
 #endif
 }
 
@@ -172,7 +187,12 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "There is no display. lumen-devhost --headless needs none.\n");
         return exitUsage;
     }
+    bool const mustAnswer = fallsBackWithoutDisplay();
     QApplication app(programNameOnly, argv);
+    if (mustAnswer && QApplication::platformName() == "offscreen"_L1) {
+        std::fprintf(stderr, "The display does not answer. lumen-devhost --headless needs none.\n");
+        return exitUsage;
+    }
     DarkTheme::apply(app);
     return Run(commandLine).execute();
 }

@@ -68,6 +68,7 @@ void tst_DevHost::parsesLines_data()
     };
     bad("task", "NAME is missing");
     bad(R"(task {"a":1})", "NAME is missing");
+    bad(R"(task x{"a":1})", "column 7: a blank is missing");
     bad("task x y", "there is more on the line");
     bad(R"(task x {"a":})", "column 8:");
     bad(R"(  task x {"a":1)", "column 10: this has no end");
@@ -110,6 +111,21 @@ struct Run
     QImage picture;
 };
 
+// The script that README.md shows.
+QByteArray linesOfReadme()
+{
+    QFile file(QStringLiteral(LUMEN_TEST_README));
+    QByteArray lines;
+    if (file.open(QIODevice::ReadOnly)) {
+        bool isScript = false;
+        for (QByteArray const& line : file.readAll().split('\n')) {
+            isScript = isScript ? line.isEmpty() || line.startsWith("    ") : line.endsWith("lines such as");
+            lines += isScript && line.startsWith("    ") ? line + '\n' : QByteArray();
+        }
+    }
+    return lines;
+}
+
 // Runs the program on the lines of a script.
 Run run(QStringList arguments, QByteArray const& script)
 {
@@ -148,6 +164,7 @@ void tst_DevHost::runs_data()
     };
     row("help", {u"--help"_s}, {}, 0, "desktop rename-scene SCENE NAME");
     row("tour", {}, {}, 0, "Done:");
+    row("the lines of README.md", {}, linesOfReadme(), 0, "Done: 3 expectations held");
     row("no place for a picture", {u"--picture"_s, u"/nowhere/a.png"_s}, "expect onQueryScenes", 1,
         "The picture /nowhere/a.png cannot be written.");
     row("picture", {u"--picture"_s, u"lumen-console.png"_s}, "expect onQueryScenes", 0,
@@ -177,6 +194,19 @@ void tst_DevHost::runs_data()
     row("port without a token", {u"--desktop-port"_s, u"59650"_s}, {}, 2, "go together");
     row("port and size", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s, u"--audio"_s, u"2"_s},
         {}, 2, "are for the stand-in");
+    row("tour of a real application", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s}, {}, 2,
+        "needs a --script");
+    row("no folder", {u"--config-dir"_s, QString()}, "quit", 2, "--config-dir needs a folder");
+    row("after many lists", {},
+        "expect onQueryAudioList\ndesktop stream on\nexpect-led STREAM on\n" +
+            QByteArray("desktop drag Webcam\n").repeated(300) +
+            "desktop record on\nexpect-led RECORD on\n"
+            "expect onQueryStreamingStatus {\"streamingStatus\":\"starting\"}",
+        0, "Done: 4");
+    row("a task that there is not", {}, "expect onQueryAudioList\ntask dance\nwait 200", 0,
+        "[onServiceTask] TODO \"dance\"");
+    row("a wrong token", {}, "expect onQueryAudioList\nhost reconnect wrong\nwait 500", 0,
+        "the stand-in refuses a client: its token is wrong");
     row("control of a real application", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s},
         "desktop stop", 2, "a running Streamlabs Desktop is used");
     row("no library", {u"--plugin"_s, u"/nowhere/lib"_s}, {}, 2, "/nowhere/lib");
