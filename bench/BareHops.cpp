@@ -9,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-BareHops::BareHops(Texts texts) : m_texts(std::move(texts))
+BareHops::BareHops(Texts texts, Leaving leaving) : m_texts(std::move(texts)), m_leaving(leaving)
 {
     prepare(m_first);
     prepare(m_second);
@@ -34,7 +34,7 @@ void BareHops::prepare(Hop& hop)
         hop.peer->setParent(&hop.upgrader);
         connect(hop.peer, &QWebSocket::textMessageReceived, this, [this, &hop] {
             if (&hop == &m_first) {
-                m_second.client.sendTextMessage(m_texts.request);
+                sendFrom(m_second.client, m_texts.request);
                 return;
             }
             m_arrived = true;
@@ -43,6 +43,14 @@ void BareHops::prepare(Hop& hop)
             }
         });
     });
+}
+
+void BareHops::sendFrom(QWebSocket& client, QString const& text) const
+{
+    client.sendTextMessage(text);
+    if (m_leaving == Leaving::AtOnce) {
+        client.flush();
+    }
 }
 
 bool BareHops::connectBoth()
@@ -64,7 +72,7 @@ void BareHops::run()
     m_answers = true;
     m_done = false;
     m_answered = 0;
-    m_first.client.sendTextMessage(m_texts.there);
+    sendFrom(m_first.client, m_texts.there);
     while (!m_done) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
@@ -74,7 +82,7 @@ void BareHops::runThere()
 {
     m_answers = false;
     m_arrived = false;
-    m_first.client.sendTextMessage(m_texts.there);
+    sendFrom(m_first.client, m_texts.there);
     while (!m_arrived) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }

@@ -24,7 +24,11 @@ public:
         QString back;
     };
 
-    explicit BareHops(Texts texts);
+    //! When the clients' messages leave: at the event loop's next turn, as with any QWebSocket, or while they
+    //! are sent, as those of the package do.
+    enum class Leaving { Later, AtOnce };
+
+    explicit BareHops(Texts texts, Leaving leaving = Leaving::Later);
 
     //! Waits for both connections.
     bool connectBoth();
@@ -44,8 +48,10 @@ private:
     };
 
     void prepare(Hop& hop);
+    void sendFrom(QWebSocket& client, QString const& text) const;
 
     Texts m_texts;
+    Leaving m_leaving;
     Hop m_first;
     Hop m_second;
     qsizetype m_answered = 0;

@@ -150,8 +150,9 @@ void RelayServer::sendNextWaiting()
     if (next == m_waiting.end()) {
         return; // one that has taken all it was sent starts the next turn
     }
-    sendText(next->client, next->text);
-    m_waiting.erase(next);
+    auto const [client, task, text] = *next;
+    m_waiting.erase(next); // before it is sent, for sending may show that the client is gone
+    sendText(client, text);
     if (!m_waiting.empty()) {
         m_turn.start();
     }
@@ -309,6 +310,9 @@ void RelayServer::send(QWebSocket* client, QJsonObject const& message)
 void RelayServer::sendText(QWebSocket* client, QString const& text)
 {
     client->sendTextMessage(text);
+    if (text.size() < large) {
+        client->flush(); // what a key waits for is not to wait for the event loop's next turn
+    }
     if (isSignalConnected(QMetaMethod::fromSignal(&RelayServer::messageSent))) {
         emit messageSent(m_numbers.value(client), text);
     }
