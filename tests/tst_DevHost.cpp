@@ -119,7 +119,7 @@ QByteArray linesOfReadme()
     if (file.open(QIODevice::ReadOnly)) {
         bool isScript = false;
         for (QByteArray const& line : file.readAll().split('\n')) {
-            isScript = isScript ? line.isEmpty() || line.startsWith("    ") : line.endsWith("lines such as");
+            isScript = isScript ? line.isEmpty() || line.startsWith("    ") : line == "lines such as";
             lines += isScript && line.startsWith("    ") ? line + '\n' : QByteArray();
         }
     }
