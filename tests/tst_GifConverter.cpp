@@ -48,17 +48,24 @@ QImage withoutHiddenColors(QImage image)
 }
 
 //! What is seen, frame by frame, resized as ImageMagick does it left to itself.
-QList<QImage> shown(QByteArray const& file, QSize const& size = {})
+Frames played(QByteArray const& file, QSize const& size = {})
 {
     Frames frames = read(file);
     Frames whole;
     Magick::coalesceImages(&whole, frames.begin(), frames.end());
-    QList<QImage> images;
     for (auto& frame : whole) {
         if (size.isValid()) {
             frame.resize(Magick::Geometry(
                 static_cast<std::size_t>(size.width()), static_cast<std::size_t>(size.height())));
         }
+    }
+    return whole;
+}
+
+QList<QImage> shown(Frames frames)
+{
+    QList<QImage> images;
+    for (auto& frame : frames) {
         QImage image(
             static_cast<int>(frame.columns()), static_cast<int>(frame.rows()), QImage::Format_RGBA8888);
         frame.write(0, 0, frame.columns(), frame.rows(), "RGBA", Magick::CharPixel, image.bits());
@@ -67,18 +74,15 @@ QList<QImage> shown(QByteArray const& file, QSize const& size = {})
     return images;
 }
 
-double psnr(QList<QImage> const& got, QList<QImage> const& wanted)
+double distance(QList<QImage> const& got, QList<QImage> const& wanted)
 {
     double squares = 0;
-    double count = 0;
     for (qsizetype i = 0; i < wanted.size(); ++i) {
         for (qsizetype at = 0; at < wanted[i].sizeInBytes(); ++at) {
-            int const difference = got[i].constBits()[at] - wanted[i].constBits()[at];
-            squares += difference * difference;
+            squares += std::pow(got[i].constBits()[at] - wanted[i].constBits()[at], 2);
         }
-        count += static_cast<double>(wanted[i].sizeInBytes());
     }
-    return 10 * std::log10(255.0 * 255.0 * count / squares);
+    return squares;
 }
 
 QByteArray get(QString const& path)
@@ -103,31 +107,30 @@ private slots:
 
     void keepsTheAnimation_data()
     {
+        using QTest::newRow;
         QTest::addColumn<QByteArray>("file");
         QRect const part(5, 4, 20, 15);
         quint8 const clear = 9;
-        QTest::newRow("one frame") << gif({{}});
-        QTest::newRow("played once") << gif({{}, {}}, std::nullopt);
-        QTest::newRow("played three times") << gif({{}, {}}, 3);
-        QTest::newRow("delays") << gif({{.delay = 0}, {.delay = 1}, {.delay = 65535}, {.delay = 7}});
-        QTest::newRow("nothing moves") << gif({{.shift = 1}, {.area = {0, 0, 1, 1}, .transparent = 12}});
-        QTest::newRow("parts drawn over") << gif({{}, {.area = part}, {.area = part.translated(9, 8)}});
-        QTest::newRow("own colours") << gif({{}, {.area = part, .shift = 40}, {.shift = 17}});
-        QTest::newRow("interlaced") << gif({{.interlaced = true}, {.area = part, .interlaced = true}});
-        QTest::newRow("transparent") << gif(
+        auto const cleared = Disposal::Background;
+        auto const undrawn = Disposal::Previous;
+        newRow("one frame") << gif({{}});
+        newRow("once, old signature") << gif({{}, {}}, std::nullopt).replace("GIF89a", "GIF87a");
+        newRow("three times, delays") << gif({{.delay = 0}, {.delay = 1}, {.delay = 65535}, {.delay = 7}}, 3);
+        newRow("nothing moves") << gif({{.shift = 1}, {.area = {0, 0, 1, 1}, .transparent = 12}});
+        newRow("parts drawn over") << gif({{}, {.area = part}, {.area = part.translated(9, 8)}});
+        newRow("own colours") << gif({{}, {.area = part, .shift = 40}, {.shift = 17}});
+        newRow("interlaced") << gif({{.interlaced = true}, {.area = part, .interlaced = true}});
+        newRow("transparent") << gif(
             {{.transparent = clear}, {.transparent = clear}, {.transparent = clear}});
-        QTest::newRow("holes that open") << gif({{.disposal = Disposal::Background},
-            {.area = part, .disposal = Disposal::Background, .transparent = clear}, {.area = part}, {}});
-        QTest::newRow("undrawn again") << gif({{}, {.area = part, .disposal = Disposal::Previous},
-            {.area = {0, 0, 4, 4}, .disposal = Disposal::Previous}, {.area = {9, 9, 9, 9}}});
-        QTest::newRow("undrawn first frame")
-            << gif({{.area = part, .disposal = Disposal::Previous, .transparent = clear},
-                   {.area = {1, 1, 9, 9}, .transparent = clear}});
-        QTest::newRow("partly off the canvas")
-            << gif({{}, {.area = {30, 20, 30, 30}}, {.area = {35, 0, 9, 9}}});
-        QTest::newRow("no end mark") << gif({{}, {}}).chopped(1);
-        QTest::newRow("stray bytes") << gif({{}, {}}).chopped(1).append(3, '\0') + ";and more";
-        QTest::newRow("old signature") << gif({{}, {}}).replace("GIF89a", "GIF87a");
+        newRow("holes that open") << gif({{.disposal = cleared},
+            {.area = part, .disposal = cleared, .transparent = clear}, {.area = part}, {}});
+        newRow("undrawn again") << gif({{}, {.area = part, .disposal = undrawn},
+            {.area = {0, 0, 4, 4}, .disposal = undrawn}, {.area = {9, 9, 9, 9}}});
+        newRow("undrawn first frame") << gif({{.area = part, .disposal = undrawn, .transparent = clear},
+            {.area = {1, 1, 9, 9}, .transparent = clear}});
+        newRow("partly off the canvas") << gif({{}, {.area = {30, 20, 30, 30}}, {.area = {35, 0, 9, 9}}});
+        newRow("no end mark") << gif({{}, {}}).chopped(1);
+        newRow("stray bytes") << gif({{}, {}}).chopped(1).append(3, '\0') + ";and more";
     }
 
     //! At its own size an animation of few colours must come out as it went in, pixel for pixel.
@@ -138,20 +141,18 @@ private slots:
         QVERIFY(GifConverter::convert(path(u"a.gif"_s), path(u"b.gif"_s), kCanvas));
 
         auto const result = get(path(u"b.gif"_s));
-        QCOMPARE(shown(result), shown(file));
         Frames const before = read(file);
         Frames const after = read(result);
-        QCOMPARE(after.size(), before.size());
+        auto const wanted = shown(played(file));
+        QCOMPARE(shown(played(result)), wanted);
         for (auto a = after.begin(), b = before.begin(); a != after.end(); ++a, ++b) {
             QCOMPARE(a->animationDelay(), b->animationDelay());
-            QCOMPARE(a->animationIterations(), b->animationIterations());
         }
 
         // The player that shows icons agrees.
         QImageReader player(path(u"b.gif"_s));
-        QImageReader original(path(u"a.gif"_s));
-        QCOMPARE(player.loopCount(), original.loopCount());
-        for (auto const& image : shown(file)) {
+        QCOMPARE(player.loopCount(), QImageReader(path(u"a.gif"_s)).loopCount());
+        for (auto const& image : wanted) {
             QCOMPARE(withoutHiddenColors(player.read()), image);
         }
     }
@@ -174,25 +175,20 @@ private slots:
             frames.emplace_back(64, 48, "RGBA", Magick::CharPixel, image.constBits()).magick("GIF");
         }
         auto const file = write(frames);
-        Frames plain;
-        Frames whole = read(file);
-        Magick::coalesceImages(&plain, whole.begin(), whole.end());
-        for (auto& frame : plain) {
-            frame.resize(Magick::Geometry(30, 20));
-        }
-        auto const floor = shown(write(plain));
+        auto resized = played(file, {30, 20});
+        auto const wanted = shown(resized);
+        auto const floor = shown(played(write(resized)));
 
-        // In place, and with the height left to follow.
+        // In place.
         folder.file(u"a.gif"_s, file);
         QVERIFY(GifConverter::convert(path(u"a.gif"_s), path(u"a.gif"_s), {30, 20}));
-        auto const result = shown(get(path(u"a.gif"_s)));
-        auto const wanted = shown(file, {30, 20});
+        auto const result = shown(played(get(path(u"a.gif"_s))));
         QCOMPARE(result.size(), 2);
         QCOMPARE(result[1].size(), wanted[1].size());
         for (qsizetype i = 0; i < result.size(); ++i) {
             QCOMPARE(result[i].createAlphaMask(), floor[i].createAlphaMask());
         }
-        QCOMPARE_GE(psnr(result, wanted), psnr(floor, wanted));
+        QCOMPARE_LE(distance(result, wanted), distance(floor, wanted));
     }
 
     void refuses_data()
@@ -208,8 +204,8 @@ private slots:
         auto const drawn = [](GifFile::Frame const& frame, int times = 1) {
             return GifFile::head(kCanvas) + GifFile::frame(frame).repeated(times) + GifFile::kEnd;
         };
-        row("empty", {}, notGif);
         row("something else", "\x89PNG\r\n\x1a\n", notGif);
+        row("empty", {}, notGif);
         row("a head only", good.first(13), notGif);
         row("cut within the colours", good.first(100), notGif);
         row("cut within the pixels", good.chopped(20), notGif);

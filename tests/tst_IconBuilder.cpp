@@ -5,7 +5,6 @@
 #include "uikit/DialogIconBuilder.h"
 #include "uikit/DialogIconEditMenu.h"
 
-#include <QApplication>
 #include <QBuffer>
 #include <QComboBox>
 #include <QDateTime>
@@ -15,35 +14,25 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMovie>
-#include <QPointer>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
-#include <QTimer>
-
-#include <functional>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-using Act = std::function<void(QWidget&)>;
-using Pixels = QList<std::pair<QPoint, QRgb>>;
-
 constexpr QSize kFace{150, 108};
-auto const kNothingPainted = qRgba(0, 0, 0, 0);
 
 //! Left half red, right half blue.
 QImage halves(QSize const& size, QImage::Format format = QImage::Format_ARGB32)
 {
     QImage image(size, QImage::Format_ARGB32);
-    for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0; x < size.width(); ++x) {
-            image.setPixel(x, y, x < size.width() / 2 ? qRgb(255, 0, 0) : qRgb(0, 0, 255));
-        }
-    }
+    image.fill(Qt::blue);
+    QPainter(&image).fillRect(0, 0, size.width() / 2, size.height(), Qt::red);
     return image.convertToFormat(format);
 }
 
@@ -86,39 +75,33 @@ private slots:
     }
 
     // Its buttons, and closing it, are the property frame's test's.
-    void menuAnswers_data()
+    void menuAnswers()
     {
-        QTest::addColumn<Act>("act");
-        QTest::addColumn<int>("answer");
+        auto const answered = [](Answer const& act) {
+            DialogIconEditMenu menu;
+            answerInTurn({act});
+            return menu.exec();
+        };
         auto const leave = [](QWidget* widget) {
             QEvent event(QEvent::Leave);
             QApplication::sendEvent(widget, &event);
         };
-        QTest::newRow("pointer leaves") << Act([leave](QWidget& menu) { leave(&menu); }) << -1;
-        QTest::newRow("pointer leaves a button only") << Act([leave](QWidget& menu) {
-            leave(child<QPushButton>(menu, "btnLocalDisk"));
-            QTest::mouseClick(child<QPushButton>(menu, "btnIconBuilder"), Qt::LeftButton);
-        }) << 1;
-        QTest::newRow("hidden") << Act([](QWidget& menu) { menu.hide(); }) << -1;
-        QTest::newRow("keyboard") << Act([](QWidget& menu) {
-            QVERIFY(QTest::qWaitForWindowActive(&menu));
-            QTest::keyClick(menu.focusWidget(), Qt::Key_Tab);
-            QTest::keyClick(menu.focusWidget(), Qt::Key_Return);
-        }) << 1;
+        QCOMPARE(answered(leave), -1);
+        QCOMPARE(answered([](QWidget* menu) { menu->hide(); }), -1);
+        auto const leaveButtonOnlyAndGoOnByKeyboard = [&](QWidget* menu) {
+            leave(child<QPushButton>(*menu, "btnLocalDisk"));
+            QVERIFY(QTest::qWaitForWindowActive(menu));
+            QTest::keyClick(menu->focusWidget(), Qt::Key_Tab);
+            QTest::keyClick(menu->focusWidget(), Qt::Key_Return);
+        };
+        QCOMPARE(answered(leaveButtonOnlyAndGoOnByKeyboard), 1);
     }
 
-    void menuAnswers()
-    {
-        QFETCH(Act, act);
-        DialogIconEditMenu menu;
-        answerInTurn({[act](QWidget* dialog) { act(*dialog); }});
-        QTEST(menu.exec(), "answer");
-    }
-
-    void looks()
+    void looksAndMoves()
     {
         DialogIconBuilder builder;
         QVERIFY(builder.windowFlags().testFlag(Qt::FramelessWindowHint));
+        builder.move(50, 60);
         builder.show();
         // In the order of the modes.
         auto const* const modes = child<QComboBox>(builder, "cbBuilderList");
@@ -135,75 +118,70 @@ private slots:
             QCOMPARE(builder.focusWidget()->objectName(), QString::fromLatin1(name));
             QTest::keyClick(builder.focusWidget(), Qt::Key_Tab);
         }
-    }
 
-    void fillsTheFace_data()
-    {
-        QTest::addColumn<QImage>("picture");
-        QTest::addColumn<int>("mode");
-        QTest::addColumn<QImage::Format>("format");
-        QTest::addColumn<Pixels>("pixels");
-        auto const red = qRgb(255, 0, 0);
-        auto const blue = qRgb(0, 0, 255);
-        auto const black = qRgb(0, 0, 0);
-        auto const argb = QImage::Format_ARGB32;
-        auto const any = QImage::Format_Invalid;
-        auto const row = [](char const* name, QImage const& picture, int mode, QImage::Format format,
-                             Pixels const& pixels) {
-            QTest::newRow(name) << picture << mode << format << pixels;
+        auto const drag = [&](char const* from) {
+            auto* const widget = child<QWidget>(builder, from);
+            QTest::mousePress(widget, Qt::LeftButton, {}, {9, 9});
+            QTest::mouseMove(widget, {29, 14});
+            QTest::mouseRelease(widget, Qt::LeftButton, {}, {9, 9});
+            QTest::mouseMove(widget, {0, 0});
+            return builder.pos();
         };
-        auto const split = Pixels{{{70, 50}, red}, {{80, 50}, blue}};
-        auto const covered = split + Pixels{{{0, 0}, red}, {{149, 107}, blue}};
-        auto const indexed = QImage::Format_Indexed8;
-
-        row("fill, too wide", halves({600, 108}), 0, any, covered);
-        row("fill, a line", halves({20'000, 1}), 0, any, {});
-        row("fill, a pillar", halves({2, 20'000}), 0, any, {{{10, 50}, red}, {{140, 50}, blue}});
-        row("fit, wide", halves({300, 108}), 1, argb,
-            split + Pixels{{{9, 26}, kNothingPainted}, {{9, 27}, red}, {{9, 81}, kNothingPainted}});
-        row("fit, without alpha", halves({300, 108}, QImage::Format_RGB32), 1, QImage::Format_RGB32,
-            split + Pixels{{{9, 9}, black}});
-        row("fit, indexed", halves({300, 108}, indexed), 1, argb, split + Pixels{{{9, 9}, kNothingPainted}});
-        row("stretch", halves({900, 20}), 2, any, covered);
-        row("tile", halves({20, 10}), 3, argb,
-            {{{0, 0}, red}, {{10, 0}, blue}, {{20, 10}, red}, {{149, 107}, red}, {{139, 99}, blue}});
-        row("tile, large", halves({200, 300}), 3, argb,
-            {{{0, 0}, red}, {{99, 107}, red}, {{100, 0}, blue}, {{149, 107}, blue}});
-        row("tile, indexed", halves({20, 10}, indexed), 3, argb, {{{0, 0}, red}});
-        row("center, small", halves({20, 10}), 4, argb,
-            {{{64, 50}, kNothingPainted}, {{65, 49}, red}, {{84, 58}, blue}, {{84, 59}, kNothingPainted},
-                {{85, 50}, kNothingPainted}});
-        row("center, large", halves({800, 600}), 4, argb,
-            {{{74, 0}, red}, {{75, 107}, blue}, {{0, 0}, red}, {{149, 0}, blue}});
-        row("center, wide only", halves({201, 10}, QImage::Format_RGB888), 4, QImage::Format_RGB888,
-            {{{74, 54}, red}, {{75, 54}, blue}, {{0, 48}, black}});
+        QCOMPARE(drag("widgetFooter"), QPoint(50, 60));
+        QCOMPARE(drag("lblTitle"), QPoint(70, 65));
     }
 
     void fillsTheFace()
     {
-        QFETCH(QImage, picture);
-        QFETCH(int, mode);
-        QFETCH(QImage::Format, format);
-        QFETCH(Pixels, pixels);
-        auto const face = IconTransform::apply(picture, IconTransform::Mode{mode});
-        QCOMPARE(face.size(), kFace);
-        if (format != QImage::Format_Invalid) {
-            QCOMPARE(face.format(), format);
-        }
-        for (auto const& [at, color] : pixels) {
-            QVERIFY2(face.pixel(at) == color,
-                qPrintable(u"%1,%2 is %3"_s.arg(at.x()).arg(at.y()).arg(face.pixel(at), 8, 16)));
+        using enum IconTransform::Mode;
+        auto const argb = QImage::Format_ARGB32;
+        auto const rgb = QImage::Format_RGB888;
+        auto const indexed = QImage::Format_Indexed8;
+        QRect const all{{}, kFace};
+        QRect const band(0, 27, 150, 54);
+        // How, what, the part of the face that it covers, and how far from the middle the colours mix.
+        std::tuple<IconTransform::Mode, QImage, QRect, int> const cases[] = {
+            {Fill, halves({600, 108}), all, 5},
+            {Fill, halves({20'000, 1}), all, 65},
+            {Fill, halves({2, 20'000}), all, 65},
+            {Fit, halves({300, 108}), band, 5},
+            {Fit, halves({300, 108}, rgb), band, 5},
+            {Fit, halves({300, 108}, indexed), band, 5},
+            {Stretch, halves({900, 20}), all, 5},
+            {Tile, halves({20, 10}), all, 0},
+            {Tile, halves({200, 300}), all, 0},
+            {Tile, halves({20, 10}, indexed), all, 0},
+            {Center, halves({20, 10}), QRect(65, 49, 20, 10), 0},
+            {Center, halves({800, 600}), all, 0},
+            {Center, halves({201, 10}, rgb), QRect(0, 49, 150, 10), 0},
+        };
+        for (int row = 0; auto const& [mode, picture, area, blur] : cases) {
+            auto const face = IconTransform::apply(picture, mode);
+            QCOMPARE(face.size(), kFace);
+            if (mode != Fill && mode != Stretch) {
+                QCOMPARE(face.format(), picture.format() == indexed ? argb : picture.format());
+            }
+            QRgb const outside = face.hasAlphaChannel() ? 0 : qRgb(0, 0, 0);
+            for (int at = 0; at < kFace.width() * kFace.height(); ++at) {
+                QPoint const point(at % kFace.width(), at / kFace.width());
+                bool const isRed =
+                    mode == Tile ? point.x() % picture.width() < picture.width() / 2 : point.x() < 75;
+                QRgb const wanted = isRed ? qRgb(255, 0, 0) : qRgb(0, 0, 255);
+                bool const isRight = face.pixel(point) == (area.contains(point) ? wanted : outside);
+                QVERIFY2(isRight || qAbs(point.x() - 75) < blur,
+                    qPrintable(u"row %1: %2,%3"_s.arg(row).arg(point.x()).arg(point.y())));
+            }
+            ++row;
         }
     }
 
     void refusesUnknownModes()
     {
-        auto const file = picture(u"a.png"_s);
         DialogIconBuilder builder;
         for (int const mode : {5, -1}) {
             QTest::ignoreMessage(QtWarningMsg,
                 "[QImage DialogIconBuilder::getIconTransform(QString, const int)] Unexpect background mode");
-            QVERIFY(builder.getIconTransform(file, mode).isNull());
+            QVERIFY(builder.getIconTransform(picture(u"a.png"_s), mode).isNull());
         }
     }
 
@@ -217,19 +195,17 @@ private slots:
         QByteArray good;
         QBuffer buffer(&good);
         QVERIFY(halves({4, 4}).save(&buffer, "PNG"));
-        auto const row = [](char const* name, char const* file, QByteArray const& content,
-                             QString const& log = {}) {
-            QTest::newRow(name) << QString::fromLatin1(file) << content << log;
-        };
-        row("wrongly named", "a.jpg", good);
-        row("an animation named otherwise", "a.png", TestGif::gif({{}, {}}));
-        row("an animation", "a.GIF", TestGif::gif({{}, {}}));
-        row("empty", "a.png", {}, unreadable);
-        row("text", "a.png", "Dear Sir or Madam", unreadable);
-        row("truncated", "a.png", good.first(40), unreadable);
-        row("gigantic", "a.png", "P6 32000 32000 255 rgb", unreadable + ".*is too large"_L1);
-        row("an empty animation", "a.gif", {}, unplayable);
-        row("a gigantic animation", "a.gif", TestGif::gif({{}}, 0, {60'000, 60'000}), unplayable);
+        auto const gif = TestGif::gif({{}, {}});
+        QTest::newRow("wrongly named") << u"a.jpg"_s << good << QString();
+        QTest::newRow("an animation named otherwise") << u"a.png"_s << gif << QString();
+        QTest::newRow("an animation") << u"a.GIF"_s << gif << QString();
+        QTest::newRow("empty") << u"a.png"_s << QByteArray() << unreadable;
+        QTest::newRow("truncated") << u"a.png"_s << good.first(40) << unreadable;
+        QTest::newRow("gigantic") << u"a.png"_s << QByteArray("P6 32000 32000 255 rgb")
+                                  << unreadable + ".*is too large"_L1;
+        QTest::newRow("an empty animation") << u"a.gif"_s << QByteArray() << unplayable;
+        QTest::newRow("a gigantic animation")
+            << u"a.gif"_s << TestGif::gif({{}}, 0, {60'000, 60'000}) << unplayable;
     }
 
     //! What is missing leaves the preview as it was; what cannot be read empties it, with a word in the log,
@@ -239,7 +215,6 @@ private slots:
         QFETCH(QString, name);
         QFETCH(QByteArray, bytes);
         QFETCH(QString, warning);
-        bool const isShown = warning.isEmpty();
         DialogIconBuilder builder;
         auto* const preview = child<QLabel>(builder, "imgIcon");
         builder.setImagePath(picture(u"before.png"_s));
@@ -250,15 +225,14 @@ private slots:
             QCOMPARE(preview->pixmap().size(), kFace);
         }
 
-        folder->file(name, bytes);
-        if (!isShown) {
+        if (!warning.isEmpty()) {
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(warning));
         }
-        builder.setImagePath(path(name));
+        builder.setImagePath(folder->file(name, bytes));
         bool const isGif = name.endsWith("gif"_L1, Qt::CaseInsensitive);
-        QCOMPARE(preview->movie() != nullptr || !preview->pixmap().isNull(), isShown);
+        QCOMPARE(preview->movie() || !preview->pixmap().isNull(), warning.isEmpty());
         QCOMPARE(child<QComboBox>(builder, "cbBuilderList")->isEnabled(), !isGif);
-        if (isShown) {
+        if (warning.isEmpty()) {
             return;
         }
         if (isGif) {
@@ -280,11 +254,10 @@ private slots:
         QByteArray jpeg;
         QBuffer buffer(&jpeg);
         QVERIFY(photo.save(&buffer, "JPG"));
-        folder->file(u"photo.jpg"_s, jpeg.insert(2, QByteArray::fromHex("ffe10022457869660000"
-                                                                        "49492a0008000000"
-                                                                        "0100"
-                                                                        "120103000100000006000000"
-                                                                        "00000000")));
+        auto const note =
+            QByteArray::fromHex("ffe1002245786966000049492a00080000000100120103000100000006000000"
+                                "00000000");
+        folder->file(u"photo.jpg"_s, jpeg.insert(2, note));
 
         DialogIconBuilder builder;
         QImage const upright = photo.transformed(QTransform().rotate(90));
@@ -301,47 +274,39 @@ private slots:
         QCOMPARE(builder.getIconTransform(path(u"photo.jpg"_s), 4).pixel(65, 50), qRgb(255, 0, 0));
     }
 
-    void writesAStillPicture_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<int>("mode");
-        for (int mode = 0; mode < 5; ++mode) {
-            QTest::addRow("png, mode %d", mode) << u"a.png"_s << mode;
-        }
-        QTest::newRow("jpg") << u"b.c.jpg"_s << 1;
-    }
-
     void writesAStillPicture()
     {
-        QFETCH(QString, name);
-        QFETCH(int, mode);
-        auto const file = picture(name, {300, 200});
-        QFile::setPermissions(file, QFile::ReadOwner);
-        auto const before = QFileInfo(file).size();
+        for (auto const& [mode, name] :
+            {std::pair{0, "a.png"}, {1, "a.png"}, {2, "a.png"}, {3, "a.png"}, {4, "a.png"}, {1, "b.c.jpg"}}) {
+            init(); // in one folder, icons of the same second would want the same name
+            auto const file = picture(QString::fromLatin1(name), {300, 200});
+            QFile::setPermissions(file, QFile::ReadOwner);
+            auto const before = QFileInfo(file).size();
 
-        DialogIconBuilder builder;
-        QSignalSpy const changed(&builder, &DialogIconBuilder::fileChanged);
-        builder.setImagePath(file);
-        answerInTurn({[mode](QWidget* dialog) {
-            auto* const modes = child<QComboBox>(*dialog, "cbBuilderList");
-            for (int i = 0; i < mode; ++i) {
-                QTest::keyClick(modes, Qt::Key_Down);
+            DialogIconBuilder builder;
+            QSignalSpy const changed(&builder, &DialogIconBuilder::fileChanged);
+            builder.setImagePath(file);
+            answerInTurn({[keys = mode](QWidget* dialog) {
+                auto* const modes = child<QComboBox>(*dialog, "cbBuilderList");
+                for (int i = 0; i < keys; ++i) {
+                    QTest::keyClick(modes, Qt::Key_Down);
+                }
+                QTest::keyClick(modes, Qt::Key_Return);
+            }});
+            QCOMPARE(builder.exec(), 1);
+
+            QFileInfo const icon(builder.getImagePath());
+            QCOMPARE(changed, (QList<QVariantList>{{path(u"data/icon"_s)}}));
+            QVERIFY(QRegularExpression(u"^\\d{12}$"_s).match(icon.completeBaseName()).hasMatch());
+            QCOMPARE(icon.suffix(), QFileInfo(file).suffix());
+            QImage const written(icon.filePath());
+            QCOMPARE(written.size(), kFace);
+            if (icon.suffix() == "png"_L1) {
+                QCOMPARE(written, builder.getIconTransform(file, mode).convertToFormat(written.format()));
             }
-            QTest::keyClick(modes, Qt::Key_Return);
-        }});
-        QCOMPARE(builder.exec(), 1);
-
-        QFileInfo const icon(builder.getImagePath());
-        QCOMPARE(changed, (QList<QVariantList>{{path(u"data/icon"_s)}}));
-        QVERIFY(QRegularExpression(u"^\\d{12}$"_s).match(icon.completeBaseName()).hasMatch());
-        QCOMPARE(icon.suffix(), QFileInfo(name).suffix());
-        QImage const written(icon.filePath());
-        QCOMPARE(written.size(), kFace);
-        if (icon.suffix() == "png"_L1) {
-            QCOMPARE(written, builder.getIconTransform(file, mode).convertToFormat(written.format()));
+            QCOMPARE(QFileInfo(file).size(), before);
+            QCOMPARE(icons(), QStringList(icon.fileName()));
         }
-        QCOMPARE(QFileInfo(file).size(), before);
-        QCOMPARE(icons(), QStringList(icon.fileName()));
     }
 
     //! Hosts rely on it, so it must not be "repaired".
@@ -351,8 +316,7 @@ private slots:
         QVERIFY(QDir().mkpath(path(u"data/icon"_s)));
         auto const now = QDateTime::currentDateTime();
         for (int second = 0; second < 20; ++second) {
-            auto const taken = now.addSecs(second).toString(u"yyyyMMddmmss"_s) + ".png"_L1;
-            folder->file(u"data/icon/"_s + taken, "taken");
+            folder->file(now.addSecs(second).toString(u"'data/icon/'yyyyMMddmmss'.png'"_s), "taken");
         }
         DialogIconBuilder builder;
         builder.setImagePath(file);
@@ -384,14 +348,14 @@ private slots:
         auto const other = picture(u"b.png"_s, kFace);
         DialogIconBuilder builder;
         builder.setImagePath(picture(u"a.png"_s));
-        auto const answer = [&](Act const& act) {
-            answerInTurn({[act](QWidget* dialog) { act(*dialog); }});
+        auto const answer = [&](Answer const& act) {
+            answerInTurn({act});
             child<QPushButton>(builder, "btnOpenFile")->click();
         };
-        answer([](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+        answer([](QWidget* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); });
         QCOMPARE(builder.getImagePath(), path(u"a.png"_s));
-        answer([&](QWidget& dialog) {
-            auto& files = dynamic_cast<QFileDialog&>(dialog);
+        answer([&](QWidget* dialog) {
+            auto& files = dynamic_cast<QFileDialog&>(*dialog);
             QCOMPARE(files.nameFilters(), QStringList(u"LAB_FILTER_IMAGE_FILES(*.jpg *.png *.gif)"_s));
             files.setDirectory(folder->path());
             child<QLineEdit>(files, "fileNameEdit")->setText(other);
@@ -401,59 +365,37 @@ private slots:
         QCOMPARE(child<QLabel>(builder, "imgIcon")->pixmap().toImage().pixel(10, 10), qRgb(255, 0, 0));
     }
 
-    void movesWithTheMouse()
-    {
-        DialogIconBuilder builder;
-        builder.move(50, 60);
-        builder.show();
-        auto const drag = [&](char const* from) {
-            auto* const widget = child<QWidget>(builder, from);
-            QTest::mousePress(widget, Qt::LeftButton, {}, {9, 9});
-            QTest::mouseMove(widget, {29, 14});
-            QTest::mouseRelease(widget, Qt::LeftButton, {}, {9, 9});
-            QTest::mouseMove(widget, {0, 0});
-            return builder.pos();
-        };
-        QCOMPARE(drag("widgetFooter"), QPoint(50, 60));
-        QCOMPARE(drag("lblTitle"), QPoint(70, 65));
-    }
-
     void convertsAnAnimation()
     {
         auto const file = folder->file(u"a.GIF"_s,
             TestGif::gif(QList<TestGif::Drawn>(6, {.area = {0, 0, 300, 100}, .delay = 50}), 3, {300, 100}));
         DialogIconBuilder builder;
-        QSignalSpy const changed(&builder, &DialogIconBuilder::fileChanged);
         builder.setImagePath(picture(u"still.png"_s));
         builder.setImagePath(file);
         QCOMPARE(child<QLabel>(builder, "imgIcon")->movie()->scaledSize(),
             QSize(150, 50) * builder.devicePixelRatioF());
         answerInTurn({[](QWidget* dialog) { child<QPushButton>(*dialog, "btnOk")->click(); }});
         QCOMPARE(builder.exec(), 1);
-        QCOMPARE(changed.size(), 1);
         QVERIFY(QRegularExpression(u"/data/icon/\\d{12}\\.GIF$"_s).match(builder.getImagePath()).hasMatch());
-        auto const check = [](QString const& icon) {
+        QCOMPARE(icons().size(), 1);
+
+        builder.gifConvert(file, path(u"b.gif"_s), {150, 54}); // the same at one stroke
+        for (auto const& icon : {builder.getImagePath(), path(u"b.gif"_s)}) {
             QImageReader reader(icon);
             QCOMPARE(reader.size(), QSize(150, 50));
             QCOMPARE(reader.imageCount(), 6);
             QCOMPARE(reader.loopCount(), 3);
-        };
-        check(builder.getImagePath());
-        QCOMPARE(icons().size(), 1);
-
-        // The same at one stroke.
-        builder.gifConvert(file, path(u"b.gif"_s), {150, 54});
-        check(path(u"b.gif"_s));
+        }
     }
 
     void keepsTheEventLoopTurning()
     {
-        auto const file = longAnimation();
+        constexpr qint64 limit = 50;
         // The machine may be busy with something else: one undisturbed run out of five has to be to be had.
-        qint64 longest = 0;
-        for (int run = 0; run < 5; ++run) {
+        qint64 longest = limit;
+        for (int run = 0; run < 5 && longest >= limit; ++run) {
             DialogIconBuilder builder;
-            builder.setImagePath(file);
+            builder.setImagePath(longAnimation());
             builder.show();
             auto* const bar = child<QProgressBar>(builder, "progressBar");
             QSignalSpy const progress(bar, &QProgressBar::valueChanged);
@@ -471,53 +413,44 @@ private slots:
             QVERIFY(progress.size() > 20);
             QCOMPARE(QImageReader(builder.getImagePath()).size(), QSize(144, 108));
             QFile::remove(builder.getImagePath());
-            if (longest < 50) {
-                break;
-            }
         }
-        QCOMPARE_LT(longest, 50);
-    }
-
-    void cancels_data()
-    {
-        QTest::addColumn<Act>("act");
-        QTest::newRow("button") << Act(
-            [](QWidget& dialog) { child<QPushButton>(dialog, "btnCancel")->click(); });
-        QTest::newRow("Return on it") << Act([](QWidget& dialog) {
-            child<QPushButton>(dialog, "btnCancel")->setFocus();
-            QTest::keyClick(child<QPushButton>(dialog, "btnCancel"), Qt::Key_Return);
-        });
-        QTest::newRow("Escape") << Act([](QWidget& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
-        QTest::newRow("closed") << Act([](QWidget& dialog) { dialog.close(); });
-        QTest::newRow("ended by the host")
-            << Act([](QWidget& dialog) { dynamic_cast<QDialog&>(dialog).done(7); });
-        QTest::newRow("deleted") << Act([](QWidget& dialog) { delete &dialog; });
+        QCOMPARE_LT(longest, limit);
     }
 
     //! At rest and in the middle of a conversion.
     void cancels()
     {
-        QFETCH(Act, act);
-        bool const byHost = QLatin1StringView(QTest::currentDataTag()) == "ended by the host"_L1;
+        std::pair<int, Answer> const acts[] = {
+            {0,
+                [](QWidget* dialog) {
+                    QTest::keyClick(child<QWidget>(*dialog, "btnCancel"), Qt::Key_Return);
+                }},
+            {0, [](QWidget* dialog) { QTest::keyClick(dialog, Qt::Key_Escape); }},
+            {0, &QWidget::close},
+            {7, [](QWidget* host) { dynamic_cast<QDialog*>(host)->done(7); }},
+            {0, [](QWidget* dialog) { delete dialog; }},
+        };
         for (auto const& file : {picture(u"a.png"_s), longAnimation()}) {
             auto const before = QFileInfo(file).size();
-            QPointer<DialogIconBuilder> builder = new DialogIconBuilder;
-            QSignalSpy const finished(builder, &QDialog::finished);
-            builder->setImagePath(file);
-            builder->show();
-            if (file.endsWith("gif"_L1)) {
-                child<QPushButton>(*builder, "btnOk")->click();
-                QTRY_VERIFY(child<QProgressBar>(*builder, "progressBar")->value() > 0);
+            for (auto const& [result, act] : acts) {
+                QPointer<DialogIconBuilder> builder = new DialogIconBuilder;
+                QSignalSpy const finished(builder, &QDialog::finished);
+                builder->setImagePath(file);
+                builder->show();
+                if (file.endsWith("gif"_L1)) {
+                    child<QPushButton>(*builder, "btnOk")->click();
+                    QTRY_VERIFY(child<QProgressBar>(*builder, "progressBar")->value() > 0);
+                }
+                act(builder);
+                if (builder) {
+                    QTRY_COMPARE(finished.size(), 1);
+                    QCOMPARE(builder->result(), result);
+                    QCOMPARE(builder->getImagePath(), result ? file : QString());
+                    delete builder;
+                }
+                QCOMPARE(icons(), QStringList());
+                QCOMPARE(QFileInfo(file).size(), before);
             }
-            act(*builder);
-            if (builder) {
-                QTRY_COMPARE(finished.size(), 1);
-                QCOMPARE(builder->result(), byHost ? 7 : 0);
-                QCOMPARE(builder->getImagePath(), byHost ? file : QString());
-                delete builder;
-            }
-            QCOMPARE(icons(), QStringList());
-            QCOMPARE(QFileInfo(file).size(), before);
         }
     }
 };

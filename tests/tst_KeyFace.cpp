@@ -27,36 +27,13 @@ using Names = QList<QString>;
 namespace {
 
 constexpr QSize kFace{150, 108};
+constexpr QRect kWhole{{0, 0}, kFace};
 QColor const kGray(30, 30, 30);
 
 template <typename T = QLabel>
 T* child(QWidget const* widget, char const* name)
 {
     return widget->findChild<T*>(QString::fromLatin1(name));
-}
-
-//! Looks at what an object gets.
-class Watch : public QObject
-{
-public:
-    std::function<void(QEvent const&)> see;
-    bool eventFilter(QObject* /*watched*/, QEvent* event) override
-    {
-        see(*event);
-        return false;
-    }
-};
-
-int paintEvents(QWidget* widget, std::function<void()> const& work)
-{
-    QCoreApplication::processEvents();
-    int count = 0;
-    Watch watch;
-    watch.see = [&](QEvent const& event) { count += event.type() == QEvent::Paint ? 1 : 0; };
-    widget->installEventFilter(&watch);
-    work();
-    QCoreApplication::processEvents();
-    return count;
 }
 
 } // namespace
@@ -67,6 +44,30 @@ class tst_KeyFace : public QObject
 
 private:
     TestFolder folder;
+    int paints = 0;
+    Names reports;
+
+    //! Sees what a widget or the application gets.
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        paints += event->type() == QEvent::Paint ? 1 : 0;
+        if (event->type() == QEvent::Type(3417)) {
+            auto const& report = static_cast<MekTooltipEvent const&>(*event);
+            reports += report.eventName() + u'/' + report.label();
+        }
+        return false;
+    }
+
+    int paintEvents(QWidget& widget, std::function<void()> const& work)
+    {
+        QCoreApplication::processEvents();
+        paints = 0;
+        widget.installEventFilter(this);
+        work();
+        QCoreApplication::processEvents();
+        widget.removeEventFilter(this);
+        return paints;
+    }
 
     static QColor pixel(QWidget* widget, QPoint at)
     {
@@ -79,8 +80,7 @@ private slots:
 
     void forms()
     {
-        using Rects = QHash<QString, QRect>;
-        auto const check = [](QWidget& form, Rects const& rects, Names const& hidden) {
+        auto const check = [](QWidget& form, QHash<QString, QRect> const& rects, Names const& hidden) {
             for (auto const& [name, rect] : rects.asKeyValueRange()) {
                 auto const* const part = name.isEmpty() ? &form : form.findChild<QWidget*>(name);
                 QCOMPARE(QRect(part->mapTo(&form, QPoint(0, 0)), part->size()), rect);
@@ -93,10 +93,9 @@ private slots:
         QWidget host;
         host.setStyleSheet(u"background-color: red; border: 5px solid blue;"_s);
         auto* const face = new ZoBaseHotkeyWidget(&host);
-        QRect const all({0, 0}, kFace);
         check(*face,
-            {{{}, all}, {u"lblIcon"_s, all}, {u"lblTitle"_s, {0, 72, 150, 30}}, {u"lblMaskClick"_s, all},
-                {u"lblMaskInvalid"_s, all}, {u"lblMaskInactive"_s, all}},
+            {{{}, kWhole}, {u"lblIcon"_s, kWhole}, {u"lblTitle"_s, {0, 72, 150, 30}},
+                {u"lblMaskClick"_s, kWhole}, {u"lblMaskInvalid"_s, kWhole}, {u"lblMaskInactive"_s, kWhole}},
             {u"lblMaskClick"_s, u"lblMaskInvalid"_s, u"lblMaskInactive"_s});
         face->setIconTitle({});
         QCOMPARE(pixel(face, {75, 1}), QColor(Qt::black));
@@ -115,19 +114,16 @@ private slots:
     // How a picture is cut or placed is told by the icon builder's test.
     void fitting()
     {
-        QRect const whole({0, 0}, kFace);
         for (auto const& [size, drawn] :
-            {std::pair(kFace, whole), {{40, 40}, {55, 34, 40, 40}}, {{2, 2}, {74, 53, 2, 2}},
-                {{225, 162}, whole}, {{300, 50}, whole}, {{100, 200}, whole}, {{60000, 1}, whole}}) {
+            {std::pair(kFace, kWhole), {{40, 40}, {55, 34, 40, 40}}, {{2, 2}, {74, 53, 2, 2}},
+                {{225, 162}, kWhole}, {{300, 50}, kWhole}, {{100, 200}, kWhole}, {{60000, 1}, kWhole}}) {
             QImage image(size, QImage::Format_RGB32);
             image.fill(Qt::red);
             for (int const ratio : {1, 2}) {
                 QImage const face = MekMixerHelper::getProcessPluginIcon(image, kFace, ratio);
                 QCOMPARE(face.deviceIndependentSize(), QSizeF(kFace));
-                QCOMPARE(qAlpha(face.pixel(0, 0)), drawn == whole ? 255 : 0);
-                QCOMPARE(face.pixelColor(drawn.center() * ratio), QColor(Qt::red));
                 QCOMPARE(face.pixelColor(drawn.topLeft() * ratio), QColor(Qt::red));
-                QVERIFY(drawn == whole || face.pixel((drawn.topLeft() - QPoint(1, 1)) * ratio) == 0);
+                QVERIFY(drawn == kWhole || face.pixel((drawn.topLeft() - QPoint(1, 1)) * ratio) == 0);
             }
         }
         QCOMPARE(ZoBaseHotkeyWidget::processHotkeyIcon({}, {4, 5}).pixel(3, 4), 0U);
@@ -138,26 +134,22 @@ private slots:
     {
         QTest::addColumn<QString>("path");
         QTest::addColumn<QSize>("playing"); // at this size; the face's for a still picture
-        QTest::addColumn<QColor>("middle"); // invalid: the face is empty
+        QTest::addColumn<QColor>("middle"); // gray: the face is empty
         QByteArray const svg("<svg xmlns='http://www.w3.org/2000/svg' width='%' height='%'>"
                              "<rect width='99999' height='99999' fill='red'/></svg>");
-        auto const row = [](char const* name, QString const& path, QSize size, QColor const& middle) {
-            QTest::newRow(name) << path << size << middle;
-        };
+        auto const row = [](char const* name, QString const& path, QSize size = {0, 0},
+                             QColor const& middle = kGray) { QTest::newRow(name) << path << size << middle; };
         row("png", folder.picture(u"a.png"_s, kFace, Qt::red), kFace, Qt::red);
         row("svg", folder.file(u"c.svg"_s, QByteArray(svg).replace('%', "150")), kFace, Qt::red);
         row("gif by its content", folder.file(u"d.png"_s, TestGif::flat(kFace, 2)), kFace, Qt::black);
         row("wide gif", folder.file(u"e.GIF"_s, TestGif::flat({100, 50}, 2)), {150, 75}, Qt::black);
         row("png named gif", folder.picture(u"g.gif"_s, kFace, Qt::red, "png"), kFace, Qt::red);
-        row("no path", QString(), {}, {});
-        row("missing", u"/nowhere/a.png"_s, {}, {});
-        row("missing gif", u"/nowhere/a.gif"_s, {}, {});
-        row("a folder", folder.path(), {}, {});
-        row("empty", folder.file(u"h.png"_s, {}), {}, {});
-        row("gigantic gif", folder.file(u"j.gif"_s, TestGif::flat({60000, 60000}, 2, {0, 0, 60000, 1})), {},
-            {});
-        row("gigantic png", folder.file(u"k.png"_s, "P6 32000 32000 255 rgb"), {}, {});
-        row("gigantic svg", folder.file(u"l.svg"_s, QByteArray(svg).replace('%', "60000")), {}, {});
+        row("no path", QString());
+        row("missing", u"/nowhere/a.png"_s);
+        row("missing gif", u"/nowhere/a.gif"_s);
+        row("a folder", folder.path());
+        row("gigantic gif", folder.file(u"j.gif"_s, TestGif::flat({60000, 60000}, 2, {0, 0, 60000, 1})));
+        row("gigantic svg", folder.file(u"l.svg"_s, QByteArray(svg).replace('%', "60000")));
     }
 
     void icons()
@@ -165,30 +157,25 @@ private slots:
         QFETCH(QString, path);
         QFETCH(QSize, playing);
         QFETCH(QColor, middle);
-        for (bool movieFirst : {false, true}) {
+        bool const isShown = middle != kGray;
+        bool const moves = isShown && path.endsWith(u".gif"_s, Qt::CaseInsensitive);
+        for (QString const& first : {folder.picture(u"first.png"_s, kFace, Qt::green),
+                 folder.file(u"first.gif"_s, TestGif::flat(kFace, 2))}) {
             ZoBaseHotkeyWidget face;
             face.setIconTitle({});
             auto* const label = child(&face, "lblIcon");
-            face.setIconAsset(movieFirst ? folder.file(u"first.gif"_s, TestGif::flat(kFace, 2))
-                                         : folder.picture(u"first.png"_s, kFace, Qt::green));
+            face.setIconAsset(first);
             QPointer<QMovie> const before = label->movie();
-            QVERIFY(movieFirst ? before && !label->hasScaledContents() : label->hasScaledContents());
-            if (!middle.isValid()) {
+            if (!isShown) {
                 QTest::ignoreMessage(
                     QtWarningMsg, QRegularExpression(u"\\[(play|read|readPicture)\\] .*\"%1\""_s.arg(path)));
             }
             face.setIconAsset(path);
             QVERIFY(!before);
-            QCOMPARE(pixel(&face, {75, 54}), middle.isValid() ? middle : kGray);
-            if (!middle.isValid()) {
-                continue;
-            }
-            qreal const ratio = face.devicePixelRatioF();
-            bool const moves = path.endsWith(u".gif"_s, Qt::CaseInsensitive);
+            QCOMPARE(pixel(&face, {75, 54}), middle);
             QCOMPARE(moves ? label->movie()->scaledSize() : label->pixmap().size(),
-                (QSizeF(playing) * ratio).toSize());
+                (QSizeF(playing) * face.devicePixelRatioF()).toSize());
             QCOMPARE(label->hasScaledContents(), !moves);
-            QCOMPARE(pixel(&face, {5, 54}), playing.width() < 140 ? kGray : middle);
             QTRY_VERIFY(!moves || label->movie()->state() != QMovie::Running); // hidden
         }
     }
@@ -198,11 +185,10 @@ private slots:
         ZoBaseHotkeyWidget face;
         auto* const label = child(&face, "lblIcon");
         QString const still = folder.picture(u"same.png"_s, kFace, Qt::red);
-        QString const gif = folder.file(u"same.gif"_s, TestGif::flat(kFace, 1));
         face.show();
         QVERIFY(QTest::qWaitForWindowExposed(&face));
         ZoDisplayViewAttribute look;
-        for (QString const& path : {still, gif}) {
+        for (QString const& path : {still, folder.file(u"same.gif"_s, TestGif::flat(kFace, 1))}) {
             auto const set = [&] {
                 face.setIconAsset(path);
                 face.setIconTitle(u"Title"_s);
@@ -210,13 +196,10 @@ private slots:
             };
             set();
             QTRY_VERIFY(!label->movie() || label->movie()->state() == QMovie::Paused); // its one frame
-            qint64 const pixmap = label->pixmap().cacheKey();
-            QPointer<QMovie> const movie = label->movie();
-            QCOMPARE(paintEvents(&face, set), 0);
-            QVERIFY(label->pixmap().cacheKey() == pixmap && label->movie() == movie);
+            QCOMPARE(paintEvents(face, set), 0);
         }
         look.size = 18;
-        QVERIFY(paintEvents(&face, [&] { face.adjustView(look); }) > 0);
+        QVERIFY(paintEvents(face, [&] { face.adjustView(look); }) > 0);
         QCOMPARE(child(&face, "lblTitle")->geometry(), QRect(0, 108 - 36 - 10, 150, 40));
 
         // New content under an old name.
@@ -226,11 +209,10 @@ private slots:
         face.setIconAsset(still);
         QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::yellow));
         // A pixmap takes the file's place.
-        QPixmap plain(10, 10);
-        plain.fill(Qt::cyan);
+        QPixmap const plain(folder.picture(u"plain.png"_s, {10, 10}, Qt::cyan));
         face.setIconPixmap(plain);
         QCOMPARE(pixel(&face, {2, 2}), QColor(Qt::cyan));
-        QCOMPARE(paintEvents(&face, [&] { face.setIconPixmap(plain); }), 0);
+        QCOMPARE(paintEvents(face, [&] { face.setIconPixmap(plain); }), 0);
         face.setIconAsset(still);
         QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::yellow));
     }
@@ -260,10 +242,8 @@ private slots:
         // One without a word about rounds plays once and, however often it is painted, no more.
         face.setIconAsset(folder.file(u"once.gif"_s, TestGif::gif({{}, {}}, std::nullopt)));
         QTRY_COMPARE(label->movie()->state(), QMovie::NotRunning);
-        int const last = label->movie()->currentFrameNumber();
         face.grab();
-        QVERIFY(
-            label->movie()->state() == QMovie::NotRunning && label->movie()->currentFrameNumber() == last);
+        QCOMPARE(label->movie()->state(), QMovie::NotRunning);
 
         // One out of the resources rests while the key shows something else, and goes on.
         QString const live = u":/Streamlabs/images/slobs_stream_on.gif"_s;
@@ -272,7 +252,6 @@ private slots:
         QTRY_VERIFY(movie->currentFrameNumber() > 0);
         face.setIconAsset(folder.picture(u"still.png"_s, kFace, Qt::red));
         QVERIFY(movie && !label->movie() && movie->state() == QMovie::Paused);
-        QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::red));
         face.setIconAsset(live);
         QCOMPARE(label->movie(), movie.get());
         int const resumed = movie->currentFrameNumber();
@@ -285,8 +264,7 @@ private slots:
         face.setIconTitle({});
         auto* const label = child(&face, "lblIcon");
         QString const gif = folder.file(u"pressed.gif"_s, TestGif::flat(kFace, 1));
-        QPixmap down(100, 72);
-        down.fill(Qt::magenta);
+        QPixmap const down(folder.picture(u"down.png"_s, {100, 72}, Qt::magenta));
         for (QString const& path : {folder.picture(u"released.png"_s, kFace, Qt::red), gif}) {
             face.setIconAsset(path);
             QImage const before = face.grab().toImage();
@@ -315,45 +293,32 @@ private slots:
         QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::yellow));
     }
 
-    void arcs_data()
-    {
-        QTest::addColumn<QList<int>>("range"); // value, minimum, maximum
-        QTest::addColumn<int>("degrees");
-        QTest::addColumn<QString>("colored"); // at the lower left, left, top, right, lower right, bottom
-        auto const row = [](char const* name, QList<int> const& range, int degrees, char const* colored) {
-            QTest::newRow(name) << range << degrees << QString::fromLatin1(colored);
-        };
-        int const most = 2147483647;
-        row("half", {50, 0, 100}, 135, "xxx---");
-        row("truncated", {1, 0, 100}, 2, "------");
-        row("below", {-25, 0, 100}, -67, "-----x");
-        row("above", {200, 0, 100}, 540, "xxxxxx");
-        row("empty range", {5, 3, 3}, 0, "------");
-        row("swapped range", {25, 100, 0}, 202, "xxx---");
-        row("largest", {most, -most - 1, most}, 270, "xxxxx-");
-        row("far beyond", {most, 0, 1}, most, "xxxxxx");
-    }
-
     void arcs()
     {
-        QFETCH(QList<int>, range);
-        BaseKnobIconWidget face;
-        face.setKnobMinimum(range[1]);
-        face.setKnobMaximum(range[2]);
-        face.setKnobValue(range[0]);
-        QTEST(child<BaseKnob>(&face, "base")->getCurrentArcLength(), "degrees");
-        QCOMPARE(child(&face, "lblVolume")->text(), QString::number(range[0]));
-        child(&face, "lblSkin")->hide();
-        child(&face, "lblVolume")->hide();
-        for (QColor const& color : {QColor(224, 147, 55), QColor(1, 200, 3)}) {
-            QString found;
-            // Five degrees inside of the dial's ends, at the middle of the arc's width.
-            for (QPoint at : {QPoint(-28, 23), {-36, 0}, {-3, -36}, {36, 0}, {28, 23}, {0, 36}}) {
-                found += pixel(&face, QPoint(54, 54) + at) == color ? u'x' : u'-';
+        int const most = 2147483647;
+        // Where there is colour: at the lower left, left, top, right, lower right, bottom.
+        for (auto const& [value, minimum, maximum, degrees, colored] :
+            {std::tuple(50, 0, 100, 135, "xxx---"), {1, 0, 100, 2, "------"}, {-25, 0, 100, -67, "-----x"},
+                {200, 0, 100, 540, "xxxxxx"}, {5, 3, 3, 0, "------"}, {25, 100, 0, 202, "xxx---"},
+                {most, -most - 1, most, 270, "xxxxx-"}, {most, 0, 1, most, "xxxxxx"}}) {
+            BaseKnobIconWidget face;
+            face.setKnobMinimum(minimum);
+            face.setKnobMaximum(maximum);
+            face.setKnobValue(value);
+            QCOMPARE(child<BaseKnob>(&face, "base")->getCurrentArcLength(), degrees);
+            QCOMPARE(child(&face, "lblVolume")->text(), QString::number(value));
+            child(&face, "lblSkin")->hide();
+            child(&face, "lblVolume")->hide();
+            for (QColor const& color : {QColor(224, 147, 55), QColor(1, 200, 3)}) {
+                QString found;
+                // Five degrees inside of the dial's ends, at the middle of the arc's width.
+                for (QPoint at : {QPoint(-28, 23), {-36, 0}, {-3, -36}, {36, 0}, {28, 23}, {0, 36}}) {
+                    found += pixel(&face, QPoint(54, 54) + at) == color ? u'x' : u'-';
+                }
+                QCOMPARE(found, QString::fromLatin1(colored));
+                face.setKnobColor(QColor(1, 200, 3));
+                face.setKnobColor(QColor());
             }
-            QTEST(found, "colored");
-            face.setKnobColor(QColor(1, 200, 3));
-            face.setKnobColor(QColor());
         }
     }
 
@@ -379,28 +344,8 @@ private slots:
             (face.*off)();
             QVERIFY(!child(&face, name)->isVisible());
         }
-        QCOMPARE(paintEvents(&face, [&] { face.setKnobValue(0); }), 0);
-        QVERIFY(paintEvents(&face, [&] { face.setKnobMinimum(-1); }) > 0);
-    }
-
-    void knobPages()
-    {
-        BaseKnobStateWidget knob;
-        QSignalSpy changed(&knob, &BaseKnobStateWidget::iconIndexChanged);
-        knob.generateButtonsByStateNames({u"1"_s, u"2"_s, u"3"_s, u"4"_s, u"5"_s, u"6"_s, u"7"_s});
-        QCOMPARE(knob.totalButtonNum(), 0);
-        knob.generateButtonsByStateNames({u"old"_s, u"older"_s, u"oldest"_s});
-        knob.generateButtonsByStateNames({u"Off"_s, u"On"_s});
-        QCOMPARE(knob.totalButtonNum(), 5);
-        auto const* const pages = knob.findChild<QButtonGroup*>();
-        auto const* const on = pages->buttons().at(4);
-        QCOMPARE(on->geometry(), QRect(84, 206, 36, 16));
-        QVERIFY(pages->checkedButton() == pages->buttons().at(3) && changed.isEmpty());
-        for (int id : {-1, 3, 1}) {
-            knob.clickButton(id);
-        }
-        QVERIFY(pages->checkedButton() == on && child(&knob, "lblName")->text() == u"On"_s);
-        QCOMPARE(changed, (QList<QVariantList>{{1}}));
+        QCOMPARE(paintEvents(face, [&] { face.setKnobValue(0); }), 0);
+        QVERIFY(paintEvents(face, [&] { face.setKnobMinimum(-1); }) > 0);
     }
 
     void knobColors()
@@ -428,7 +373,7 @@ private slots:
         QVERIFY(shows(Qt::transparent));
         panel.showKnobColor();
         QVERIFY(shows(green));
-        QVERIFY(paintEvents(&panel, [&] { panel.setKnobColor(green); }) == 0);
+        QVERIFY(paintEvents(panel, [&] { panel.setKnobColor(green); }) == 0);
         panel.setKnobColor(QColor(1, 2, 3)); // not in the palette
         QVERIFY(chosen->isChecked() && shows(QColor(1, 2, 3)) && selected.isEmpty());
         QTest::mouseClick(child<QPushButton>(&panel, "btnColor_01"), Qt::LeftButton);
@@ -449,18 +394,22 @@ private slots:
         QSignalSpy paged(&panel, &BaseKnobPropertyWidget::stateIndexChanged);
         QSignalSpy settings(&panel, &BaseKnobPropertyWidget::settingButtonClicked);
         auto* const edit = child<QLineEdit>(&panel, "lineEdtPluginTitle");
-        auto* const preview = child(&panel, "lblImageText");
         auto const icon = [&] { return pixel(child(&panel, "lblIcon"), {18, 18}); };
         Names const icons{
             folder.picture(u"0.png"_s, {50, 50}, Qt::red), folder.picture(u"1.png"_s, {50, 50}, Qt::green)};
+        panel.generateButtonsByStateNames(u"1234567"_s.split(QString(), Qt::SkipEmptyParts)); // do not fit
+        panel.generateButtonsByStateNames({u"old"_s, u"older"_s});
         panel.generateButtonsByStateNames({u"Off"_s, u"On"_s, u"Auto"_s});
-        QList<QAbstractButton*> const buttons = panel.findChild<QButtonGroup*>()->buttons();
+        QCOMPARE(child<BaseKnobStateWidget>(&panel, "knobStateWidget")->totalButtonNum(), 5);
+        auto const* const pages = panel.findChild<QButtonGroup*>();
+        auto* const on = pages->buttons().at(3);
+        QVERIFY(on->isVisible() && pages->checkedButton() == pages->buttons().at(2));
+        QCOMPARE(pages->checkedButton()->geometry(), QRect(138, 206, 36, 16));
         panel.setKnobIconList(icons);
         panel.setKnobTitleList({u"off"_s, u"on"_s});
-        QVERIFY(buttons[2]->isVisible() && icon() == Qt::red && panel.getCurrentIcon() == icons[0]);
-        QTest::mouseClick(buttons[1], Qt::LeftButton);
+        QVERIFY(icon() == Qt::red && panel.getCurrentIcon() == icons[0]);
+        QTest::mouseClick(on, Qt::LeftButton);
         QVERIFY(icon() == Qt::green && edit->text() == u"on"_s && panel.getCurrentIcon() == icons[1]);
-        QCOMPARE(titled.size(), 0);
         panel.lineEditDisconnect();
         edit->setText(u"quiet"_s);
         panel.lineEditConnect();
@@ -471,7 +420,9 @@ private slots:
         QVERIFY(icon() == Qt::green && panel.getCurrentIcon().isEmpty());
         edit->clear();
         panel.setCurrentId(1);
-        QVERIFY(edit->text() == u"set by code!"_s && preview->text() == u"set by code!"_s);
+        QVERIFY(pages->checkedButton() == on && child(&panel, "lblName")->text() == u"On"_s);
+        QVERIFY(edit->text() == u"set by code!"_s);
+        QCOMPARE(child(&panel, "lblImageText")->text(), u"set by code!"_s);
         panel.setCurrentId(9);
         panel.onIconIndexChanged(2147483647);
         panel.onTextChanged(u"nowhere"_s);
@@ -479,40 +430,32 @@ private slots:
                              {2147483647, u"nowhere"_s}}));
         QCOMPARE(paged, (QList<QVariantList>{{1}, {2}, {1}, {2147483647}}));
         panel.setKnobIconList({icons[0]});
-        QVERIFY(!buttons[0]->isVisible());
+        QVERIFY(!on->isVisible());
         panel.showButtons();
-        QVERIFY(buttons[0]->isVisible());
+        QVERIFY(on->isVisible());
         child<QPushButton>(&panel, "btnSetting")->click();
         QCOMPARE(settings.size(), 1);
     }
 
     void tooltips()
     {
-        Names reports;
-        Watch watch;
-        watch.see = [&](QEvent const& event) {
-            if (event.type() == QEvent::Type(3417)) {
-                auto const& report = static_cast<MekTooltipEvent const&>(event);
-                reports += report.eventName() + u'/' + report.label();
-            }
-        };
-        qApp->installEventFilter(&watch);
+        qApp->installEventFilter(this);
         auto button = std::make_unique<MekTooltipButton>();
         button->setProperty("gaV4Lab", u"mute"_s);
         auto const send = [&](QEvent&& event) { QCoreApplication::sendEvent(button.get(), &event); };
         auto const hover = [&] { send(QHelpEvent(QEvent::ToolTip, {}, {})); };
         hover();
         hover();
-        QCOMPARE(reports, Names()); // posted
-        QCoreApplication::processEvents();
-        QCOMPARE(reports, Names{u"Tooltip/mute"_s});
         send(QEvent(QEvent::Leave));
         hover();
         send(QEnterEvent({}, {}, {}));
         button->setProperty("gaV4Lab", {});
         hover();
-        button.reset(); // what is on its way arrives before the code that could deliver it may go
+        QCOMPARE(reports, Names()); // posted
+        // What is on its way arrives before the code that could deliver it may go.
+        button.reset();
         QCOMPARE(reports, (Names{u"Tooltip/mute"_s, u"Tooltip/mute"_s, u"Tooltip/"_s}));
+        qApp->removeEventFilter(this);
     }
 };
 

@@ -2,20 +2,16 @@
 
 #include <QJsonDocument>
 #include <QRegularExpression>
-#include <QSignalSpy>
 #include <QTcpSocket>
 #include <QTest>
 #include <QWebSocket>
 
-#include <functional>
+#include <algorithm>
 #include <memory>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-
-using Change = std::function<bool(StandInModel&)>;
-Q_DECLARE_METATYPE(Change)
 
 namespace {
 
@@ -63,37 +59,24 @@ public:
         QJsonObject const params{{u"resource"_s, parts[1]}, {u"args"_s, parse(u'[' + parts[3] + u']')}};
         QJsonObject const request{{u"id"_s, 7}, {u"method"_s, parts[2]}, {u"params"_s, params}};
         socket.sendTextMessage(text({QString::fromUtf8(QJsonDocument(request).toJson())}));
-        QSignalSpy received(&socket, &QWebSocket::textMessageReceived);
-        do {
-            for (QJsonObject const& message : std::as_const(messages)) {
-                if (message[u"id"_s] == 7)
-                    return message;
-            }
-        } while (received.wait());
-        return {};
+        auto const answer = [this] {
+            return std::ranges::find(messages, 7, [](auto const& message) { return message[u"id"_s]; });
+        };
+        return QTest::qWaitFor([&] { return answer() != messages.end(); }) ? *answer() : QJsonObject();
     }
     QJsonValue result(QString const& line) { return call(line).value(u"result"_s); }
-    // The results of the events among the messages.
-    QList<QJsonObject> events() const
-    {
-        QList<QJsonObject> results;
-        for (QJsonObject const& message : messages) {
-            QJsonObject const result = message[u"result"_s].toObject();
-            if (message.contains(u"id"_s) && message[u"id"_s].isNull() && result[u"_type"_s] == u"EVENT"_s)
-                results.append(result);
-        }
-        return results;
-    }
     // "<event>:<status or name, and what is special about it>|…"
     QString story() const
     {
         QStringList lines;
-        for (QJsonObject const& event : events()) {
+        for (QJsonObject const& message : messages) {
+            QJsonValue const event = message[u"result"_s];
+            if (!message[u"id"_s].isNull() || event[u"_type"_s] != u"EVENT"_s)
+                continue;
             QJsonValue const data = event[u"data"_s];
             QString line = event[u"resourceId"_s].toString().section(u'.', 1) + u':' +
                            data.toString(data[u"name"_s].toString());
-            for (QString const& flag : {u"muted"_s, u"locked"_s})
-                line += data[flag].toBool() ? u' ' + flag : QString();
+            line += data[u"locked"_s].toBool() ? u" locked"_s : QString();
             lines.append(line + (data[u"visible"_s].toBool(true) ? QString() : u" hidden"_s));
         }
         return lines.join(u'|');
@@ -114,12 +97,6 @@ class tst_StreamlabsStandIn : public QObject
         m_client = std::make_unique<Client>(m_standIn->port());
         QVERIFY(m_client->gets(u"o"_s));
     }
-    // Bytes of a request that the server has seen and not answered.
-    qint64 pending() const
-    {
-        QTcpSocket const* const socket = m_standIn->transport().findChild<QTcpSocket*>();
-        return socket ? socket->bytesAvailable() : 0;
-    }
     void authorize() { QCOMPARE(m_client->result(u"TcpServerService auth \"secret\""_s), true); }
     void subscribe()
     {
@@ -131,14 +108,12 @@ class tst_StreamlabsStandIn : public QObject
             "SceneCollectionsService.collectionAdded SceneCollectionsService.collectionRemoved "
             "SceneCollectionsService.collectionSwitched SourcesService.sourceAdded "
             "SourcesService.sourceRemoved SourcesService.sourceUpdated"_s;
-        for (QString const& stream : streams.split(u' ')) {
+        // Twice, which makes no second subscription.
+        for (QString const& stream : (streams + u' ' + streams).split(u' ')) {
             QJsonObject const expected{
                 {u"_type"_s, u"SUBSCRIPTION"_s}, {u"emitter"_s, u"STREAM"_s}, {u"resourceId"_s, stream}};
             QCOMPARE(m_client->result(QString(stream).replace(u'.', u' ')), expected);
-            QCOMPARE(
-                m_client->result(QString(stream).replace(u'.', u' ')), expected); // no second subscription
         }
-        m_client->messages.clear();
     }
 
 private slots:
@@ -152,67 +127,54 @@ private slots:
         QVERIFY(m_standIn->start());
         connectClient();
     }
-    void cleanup()
-    {
-        m_client.reset();
-        m_standIn.reset();
-    }
 
-    void handshake_data()
-    {
-        QTest::addColumn<QByteArray>("path"); // at a blank it waits for what came before to arrive
-        QTest::addColumn<QByteArray>("status");
-        QTest::newRow("endless head") << '/' + QByteArray(20000, 'x') << QByteArray("431");
-        for (char const* path :
-            {"/api/999/x-1_y/websocket", "/api/087/s/websocket?t=1", "/api/08 7/s/websocket"})
-            QTest::newRow(path) << QByteArray(path) << QByteArray("101");
-        for (char const* path :
-            {"/", "/api/08/s/websocket", "/api/abc/s/websocket", "/api/087//websocket",
-                "/api/087/a.b/websocket", "/api/087/s/xhr", "/rpc/087/s/websocket", "/api/087/s/websocket/x"})
-            QTest::newRow(path) << QByteArray(path) << QByteArray("404");
-    }
     void handshake()
     {
-        QFETCH(QByteArray, path);
-        QFETCH(QByteArray, status);
-        m_standIn->drop();
-        QVERIFY(m_client->ends());
-        QTcpSocket socket;
-        socket.connectToHost(u"127.0.0.1"_s, m_standIn->port());
-        QList<QByteArray> const pieces = path.split(' ');
-        socket.write("GET " + pieces.first());
-        if (pieces.size() > 1)
-            QTRY_COMPARE(pending(), 4 + pieces.first().size());
-        socket.write(pieces.mid(1).join() +
-                     " HTTP/1.1\r\nHost: x\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
-                     "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n");
-        QTRY_VERIFY(socket.canReadLine());
-        QCOMPARE(socket.readLine().mid(9, 3), status);
-        QTRY_COMPARE(socket.state() == QAbstractSocket::ConnectedState, status == "101");
+        // At a blank in the path it waits for what came before to arrive.
+        std::pair<QByteArray, QByteArray> const answers[] = {{'/' + QByteArray(20000, 'x'), "431"},
+            {"/api/999/x-1_y/websocket", "101"}, {"/api/087/s/websocket?t=1", "101"},
+            {"/api/08 7/s/websocket", "101"}, {"/", "404"}, {"/api/08/s/websocket", "404"},
+            {"/api/abc/s/websocket", "404"}, {"/api/087//websocket", "404"},
+            {"/api/087/a.b/websocket", "404"}, {"/api/087/s/xhr", "404"}, {"/rpc/087/s/websocket", "404"},
+            {"/api/087/s/websocket/x", "404"}};
+        auto const accepted = [this] { return m_standIn->transport().findChild<QTcpSocket*>(); };
+        for (auto const& [path, status] : answers) {
+            m_standIn->drop();
+            QTRY_VERIFY(!accepted());
+            QTcpSocket socket;
+            socket.connectToHost(u"127.0.0.1"_s, m_standIn->port());
+            QList<QByteArray> const pieces = path.split(' ');
+            socket.write("GET " + pieces.first());
+            if (pieces.size() > 1)
+                QTRY_COMPARE(accepted() ? accepted()->bytesAvailable() : 0, 4 + pieces.first().size());
+            socket.write(pieces.mid(1).join() +
+                         " HTTP/1.1\r\nHost: x\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+                         "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n");
+            QTRY_VERIFY2(socket.canReadLine(), path);
+            QCOMPARE(path + socket.readLine().mid(9, 3), path + status);
+            QTRY_COMPARE(socket.state() == QAbstractSocket::ConnectedState, status == "101");
+        }
     }
 
-    void clientFrames_data()
-    {
-        QTest::addColumn<QString>("frame");
-        QTest::addColumn<QString>("messages"); // followed by "end", unless the frame is broken
-        for (auto const& [frame, messages] :
-            {std::pair(R"(["a\t😀"])", "a\t😀,end,"), {R"(["a","b"])", "a,b,end,"}, {R"("a")", "a,end,"},
-                {"[]", "end,"}, {"", "end,"}, {"a", ""}, {R"(["a")", ""}, {"[1]", ""}, {R"(["a",null])", ""},
-                {R"({"a":"b"})", ""}, {"5", ""}, {R"("a","b")", ""}})
-            QTest::addRow("<%s>", frame) << QString::fromUtf8(frame) << QString::fromUtf8(messages);
-    }
     void clientFrames()
     {
-        QFETCH(QString, frame);
-        QFETCH(QString, messages);
         QString received;
         connect(&m_standIn->transport(), &SockJsServer::messageReceived, m_standIn.get(),
             [&](int, QString const& message) { received += message + u','; });
-        m_client->socket.sendTextMessage(frame);
-        m_client->socket.sendTextMessage(u"[\"end\"]"_s);
-        QVERIFY(!messages.isEmpty() || m_client->ends());
-        QTRY_COMPARE(received, messages);
-        QCOMPARE(m_standIn->clientCount(), messages.isEmpty() ? 0 : 1);
+        // The messages of a frame, followed by "end" unless the frame is broken.
+        for (auto const& [frame, messages] :
+            {std::pair(R"(["a\t😀"])", "a\t😀,end,"), {R"(["a","b"])", "a,b,end,"}, {R"("a")", "a,end,"},
+                {"[]", "end,"}, {"", "end,"}, {"a", ""}, {R"(["a")", ""}, {"[1]", ""}, {R"(["a",null])", ""},
+                {R"({"a":"b"})", ""}, {"5", ""}, {R"("a","b")", ""}}) {
+            connectClient();
+            received.clear();
+            m_client->socket.sendTextMessage(QString::fromUtf8(frame));
+            m_client->socket.sendTextMessage(u"[\"end\"]"_s);
+            bool const broken = !*messages;
+            QVERIFY2(!broken || m_client->ends(), frame);
+            QTRY_COMPARE(received, QString::fromUtf8(messages));
+            QTRY_COMPARE(m_standIn->clientCount(), broken ? 0 : 1);
+        }
     }
 
     void serverFrames()
@@ -223,13 +185,9 @@ private slots:
         QVERIFY(m_client->gets(u"a[\"\\\"\\\\\\n😀é\"]"_s));
         transport.sendBacklog(id, {u"1"_s, u"2"_s});
         QVERIFY(m_client->gets(u"a[\"1\",\"2\"]"_s));
-        transport.sendRawFrame(u"a[\"cut"_s);
-        QVERIFY(m_client->gets(u"a[\"cut"_s) && !m_client->frames.contains(u"h"_s));
+        QVERIFY(!m_client->frames.contains(u"h"_s));
         transport.setHeartbeatInterval(1ms);
         QVERIFY(m_client->gets(u"h"_s));
-        transport.sendRawBytes("\x81\x02\xff\xff"); // a text frame that is not UTF-8
-        QVERIFY(m_client->ends());
-        QCOMPARE(m_client->socket.closeCode(), QWebSocketProtocol::CloseCodeWrongDatatype);
     }
 
     void endsAndRestarts()
@@ -248,105 +206,74 @@ private slots:
         QVERIFY(!StreamlabsStandIn().start(port));
     }
 
-    void requests_data()
-    {
-        QTest::addColumn<QString>("answer"); // id and result, or id and code of the error
-        auto const raw = [](char const* request, char const* answer) {
-            QTest::newRow(request) << QString::fromLatin1(answer);
-        };
-        raw(R"({"id":"s","method":"getModel","params":{"resource":"StreamingService"}})", R"(["s",-32603])");
-        raw(R"({"id":1,"method":"auth","params":{"resource":"TcpServerService","args":["no"]}})",
-            "[1,-32603]");
-        raw(R"({"id":1,"method":"auth","params":{"resource":"TcpServerService"}})", "[1,-32603]");
-        raw("{", "[null,-32700]");
-        raw("[7]", "[null,-32600]");
-        raw(R"({"method":"getModel","params":{"resource":"StreamingService"}})", "[null,-32600]");
-        raw(R"({"id":0,"method":"getModel","params":{"resource":"StreamingService"}})", "[0,-32600]");
-        raw(R"({"id":1,"method":"getModel"})", "[1,-32600]");
-        raw(R"({"id":1,"method":"getModel","params":{"args":[]}})", "[1,-32600]");
-        // With authorization.
-        raw("ScenesService makeSceneActive \"Gameplay\"", "[7,false]");
-        raw("ScenesService nope", "[7,-32601]");
-        raw("Nope getScenes", "[7,-32601]");
-        raw("StreamingService toggleRecording", "[7,null]");
-        raw(R"(SceneItem["a", "b", "c"] setVisibility false)", "[7,-32602]");
-        raw("SceneItem['a', 'b', 'c'] setVisibility false", "[7,-32601]");
-        raw("SceneItem setVisibility false", "[7,-32602]");
-        raw(R"(AudioSource["Mic/Aux"] setMuted true)", "[7,-32602]");
-        raw(R"(AudioService getSourcesForScene "x")", "[7,-32602]");
-    }
     void requests()
     {
-        QFETCH(QString, answer);
-        QString const request = QString::fromLatin1(QTest::currentDataTag());
-        if (answer.startsWith("[7"_L1)) {
-            authorize();
-            m_client->call(request);
-        } else {
-            m_client->socket.sendTextMessage(text({request}));
+        // Id and result, or id and code of the error. The id 7 is that of a client with authorization.
+        std::pair<char const*, char const*> const answers[] = {
+            {R"({"id":1,"method":"auth","params":{"resource":"TcpServerService","args":["no"]}})",
+                "[1,-32603]"},
+            {R"({"id":1,"method":"auth","params":{"resource":"TcpServerService"}})", "[1,-32603]"},
+            {R"({"id":"s","method":"getModel","params":{"resource":"StreamingService"}})", R"(["s",-32603])"},
+            {"{", "[null,-32700]"}, {"[7]", "[null,-32600]"},
+            {R"({"method":"getModel","params":{"resource":"StreamingService"}})", "[null,-32600]"},
+            {R"({"id":0,"method":"getModel","params":{"resource":"StreamingService"}})", "[0,-32600]"},
+            {R"({"id":1,"method":"getModel"})", "[1,-32600]"},
+            {R"({"id":1,"method":"getModel","params":{"args":[]}})", "[1,-32600]"},
+            {"ScenesService makeSceneActive \"Gameplay\"", "[7,false]"}, {"ScenesService nope", "[7,-32601]"},
+            {"Nope getScenes", "[7,-32601]"}, {"StreamingService toggleRecording", "[7,null]"},
+            {R"(SceneItem["a", "b", "c"] setVisibility false)", "[7,-32602]"},
+            {"SceneItem['a', 'b', 'c'] setVisibility false", "[7,-32601]"},
+            {"SceneItem setVisibility false", "[7,-32602]"},
+            {R"(AudioSource["Mic/Aux"] setMuted true)", "[7,-32602]"},
+            {R"(AudioService getSourcesForScene "x")", "[7,-32602]"}};
+        for (auto const& [request, answer] : answers) {
+            m_client->messages.clear();
+            if (QByteArray(answer).startsWith("[7")) {
+                authorize();
+                m_client->call(QString::fromLatin1(request));
+            } else {
+                m_client->socket.sendTextMessage(text({QString::fromLatin1(request)}));
+            }
+            QTRY_COMPARE(m_client->messages.size(), 1);
+            QJsonObject const message = m_client->messages.constLast();
+            bool const failed = message.contains(u"error"_s);
+            QVERIFY2(message.contains(u"id"_s) && message.contains(u"result"_s) != failed, request);
+            QJsonValue const result = failed ? message[u"error"_s][u"code"_s] : message[u"result"_s];
+            QVERIFY2(text({message[u"id"_s], result}) == QLatin1StringView(answer), request);
         }
-        QTRY_COMPARE(m_client->messages.size(), 1);
-        QJsonObject const message = m_client->messages.constLast();
-        bool const failed = message.contains(u"error"_s);
-        QVERIFY(message.contains(u"id"_s) && message.contains(u"result"_s) != failed);
-        QJsonValue const result = failed ? message[u"error"_s][u"code"_s] : message[u"result"_s];
-        QCOMPARE(text({message[u"id"_s], result}), answer);
     }
 
-    void changes_data()
-    {
-        using M = StandInModel;
-        QTest::addColumn<Change>("change");
-        QTest::addColumn<QString>("story");
-        auto const row = [](char const* name, Change const& change, QString const& story) {
-            QTest::newRow(name) << change << story;
-        };
-        row(
-            "scenes",
-            [](M& m) {
-                return m.switchScene(u"配信終了"_s) && m.switchScene(m.activeSceneId()) &&
-                       m.addScene(u"New"_s) && m.renameScene(u"New"_s, u"Old"_s) && m.removeScene(u"Old"_s);
-            },
-            u"sceneSwitched:配信終了|sceneAdded:New|sourceUpdated:Old|sceneRemoved:Old"_s);
-        row(
-            "active scene with sources of its own", [](M& m) { return m.removeScene(m.activeSceneId()); },
-            u"sceneSwitched:Gameplay 🎮|sceneRemoved:Starting Soon ⏳|sourceRemoved:Фон|"
-            "sourceRemoved:Countdown|sourceRemoved:音楽 🎵"_s);
-        row(
-            "items",
-            [](M& m) {
-                return m.addItem(u"Gameplay 🎮"_s, u"New"_s, u"Overlays"_s) &&
-                       m.renameItem(u"New"_s, u"Old"_s) && m.setItemVisible(u"Old"_s, false) &&
-                       m.setItemLocked(u"Old"_s, true) && m.moveItem(u"Old"_s, {1, 2}) &&
-                       m.removeItem(u"Old"_s) && m.removeItem(u"Webcam"_s) && m.removeItem(u"Overlays"_s);
-            },
-            u"sourceAdded:New|itemAdded:New|sourceUpdated:Old|itemUpdated:Old hidden|"
-            "itemUpdated:Old locked hidden|itemUpdated:Old locked hidden|"
-            "itemRemoved:Old locked hidden|sourceRemoved:Old|itemRemoved:Webcam"_s);
-        row(
-            "collections",
-            [](M& m) { return m.addCollection(u"New"_s) && m.removeCollection(m.activeCollectionId()); },
-            u"collectionAdded:New|collectionRemoved:Main Show|sceneSwitched:Talk|"
-            "collectionSwitched:Podcast 🎙"_s);
-        row(
-            "nothing there",
-            [no = u"no"_s](M& m) {
-                return !(m.switchScene(no) || m.removeScene(no) ||
-                         m.addItem(u"配信終了"_s, no, u"Overlays"_s) || m.removeItem(no) ||
-                         m.setItemVisible(u"Overlays"_s, false) || m.removeAudioSource(no) ||
-                         m.setMuted(u"Фон"_s, true) || m.removeCollection(no) || m.switchCollection(no));
-            },
-            u""_s);
-    }
     void changes()
     {
-        QFETCH(Change, change);
-        QFETCH(QString, story);
         subscribe();
-        QVERIFY(change(m_standIn->model()));
-        QTRY_COMPARE(m_client->story(), story);
-        m_client->call(u"ScenesService getScenes"_s); // what is still under way comes before the answer
-        QCOMPARE(m_client->story(), QString());
+        auto const tells = [this](QString const& story, bool done) {
+            QVERIFY(done);
+            QTRY_COMPARE(m_client->story(), story);
+            m_client->call(u"ScenesService getScenes"_s); // what is still under way comes before the answer
+            QCOMPARE(m_client->story(), QString());
+        };
+        StandInModel& m = m_standIn->model();
+        QString const no = u"no"_s;
+        tells({}, !(m.switchScene(no) || m.removeScene(no) || m.addItem(u"配信終了"_s, no, u"Overlays"_s) ||
+                      m.removeItem(no) || m.setItemVisible(u"Overlays"_s, false) || m.removeAudioSource(no) ||
+                      m.setMuted(u"Фон"_s, true) || m.removeCollection(no) || m.switchCollection(no)));
+        // The active scene, with sources of its own.
+        tells(u"sceneSwitched:Gameplay 🎮|sceneRemoved:Starting Soon ⏳|sourceRemoved:Фон|"
+              "sourceRemoved:Countdown|sourceRemoved:音楽 🎵"_s,
+            m.removeScene(m.activeSceneId()));
+        tells(u"sceneSwitched:配信終了|sceneAdded:New|sourceUpdated:Old|sceneRemoved:Old"_s,
+            m.switchScene(u"配信終了"_s) && m.switchScene(m.activeSceneId()) && m.addScene(u"New"_s) &&
+                m.renameScene(u"New"_s, u"Old"_s) && m.removeScene(u"Old"_s));
+        tells(u"sourceAdded:New|itemAdded:New|sourceUpdated:Old|itemUpdated:Old hidden|"
+              "itemUpdated:Old locked hidden|itemUpdated:Old locked hidden|"
+              "itemRemoved:Old locked hidden|sourceRemoved:Old|itemRemoved:Webcam"_s,
+            m.addItem(u"Gameplay 🎮"_s, u"New"_s, u"Overlays"_s) && m.renameItem(u"New"_s, u"Old"_s) &&
+                m.setItemVisible(u"Old"_s, false) && m.setItemLocked(u"Old"_s, true) &&
+                m.moveItem(u"Old"_s, {1, 2}) && m.removeItem(u"Old"_s) && m.removeItem(u"Webcam"_s) &&
+                m.removeItem(u"Overlays"_s));
+        tells(u"collectionAdded:New|collectionRemoved:Main Show|sceneSwitched:Talk|"
+              "collectionSwitched:Podcast 🎙"_s,
+            m.addCollection(u"New"_s) && m.removeCollection(m.activeCollectionId()));
     }
 
     void objects()
@@ -375,7 +302,7 @@ private slots:
             model.switchCollection(u"Podcast 🎙"_s) && model.setRecording(true) && !model.addScene(u"x"_s));
         QTRY_COMPARE(model.recordingStatus(), u"recording"_s);
         QCOMPARE(m_client->result(u"ScenesService getScenes"_s), QJsonValue(QJsonArray()));
-        QVERIFY(m_client->events().isEmpty());
+        QCOMPARE(m_client->story(), QString());
         model.setLoadingTime(0ms);
         QVERIFY(model.switchCollection(u"Main Show"_s));
         QTRY_COMPARE(m_client->story(), u"recordingStatusChange:starting|recordingStatusChange:recording|"
@@ -391,7 +318,7 @@ private slots:
             for (QJsonValue const item : scene[u"nodes"_s].toArray())
                 QVERIFY(model.setItemVisible(item[u"id"_s].toString(), false));
         }
-        QTRY_COMPARE(m_client->events().size(), 3000);
+        QTRY_COMPARE(m_client->story().count(u" hidden"_s), 3000);
     }
 };
 
