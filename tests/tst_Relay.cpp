@@ -285,7 +285,7 @@ private slots:
                  {u""_s, broken}, {uR"({"task":5})"_s, u"debug: [SlobsAgent] \"\" ???"_s},
                  {uR"({"task":"X"})"_s, u"debug: [SlobsAgent] \"X\" ???"_s}}) {
             relay->sendToAll(text);
-            QVERIFY(QTest::qWaitFor([&] { return log->take(line); }));
+            QVERIFY(QTest::qWaitFor([this, &part = line] { return log->take(part); }));
         }
         QString const text = uR"({"task":"x","y":1})"_s;
         relay->sendToAll(text);
@@ -368,10 +368,14 @@ private slots:
     // Agents that connect one after the other: each gets what it would get alone.
     void sharedParsingIsInvisible()
     {
-        std::array<SlobsAgent, 3> agents;
-        std::array<QStringList, 3> heard;
-        for (std::size_t i = 0; i < agents.size(); ++i) {
-            agents[i].addRccEventHandler(u"onQueryScenes"_s, [&list = heard[i]](QJsonObject const& message) {
+        struct Listener
+        {
+            SlobsAgent agent;
+            QStringList heard;
+        };
+        std::array<Listener, 3> listeners;
+        for (auto& [agent, heard] : listeners) {
+            agent.addRccEventHandler(u"onQueryScenes"_s, [&list = heard](QJsonObject const& message) {
                 QList<Scene> scenes;
                 QString activeId;
                 SlobsAgent::fromSceneList(message, scenes, activeId);
@@ -381,7 +385,7 @@ private slots:
         QStringList expected;
         for (int i = 0; i < 60; ++i) {
             if (i == 0 || i == 10 || i == 20) {
-                agents[i / 10U].connectRcc(url());
+                listeners[i / 10U].agent.connectRcc(url());
                 QTRY_COMPARE(relay->clientCount(), i / 10 + 1);
             }
             bool const isKnown = i % 7 != 0;
@@ -392,9 +396,9 @@ private slots:
                 expected.append(u"%1/%2"_s.arg(i / 2).arg(i / 3));
             }
         }
-        QTRY_COMPARE(heard[0], expected);
-        QTRY_COMPARE(heard[1], expected.sliced(8));
-        QTRY_COMPARE(heard[2], expected.sliced(17));
+        QTRY_COMPARE(listeners[0].heard, expected);
+        QTRY_COMPARE(listeners[1].heard, expected.sliced(8));
+        QTRY_COMPARE(listeners[2].heard, expected.sliced(17));
     }
 
     void resultsDecode()

@@ -289,11 +289,11 @@ void tst_StreamlabsService::followsEvents()
             model.renameItem(u"Webcam"_s, u"Kamera"_s) && model.setMuted(u"Mic/Aux"_s, true) &&
             model.renameAudioSource(u"Mic/Aux"_s, u"Mikro"_s) && model.addAudioSource(u"Line In"_s));
     auto const* const scenes = R"({"task":"onQueryScenes"})";
+    auto const* const renamed = R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Kamera"}]},)"
+                                R"({"nodes":[{"name":"Kamera"}]},{"nodes":[{"name":"Kamera"}]}]})";
     for (auto const* publication :
         {R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Webcam","visible":false,"locked":false}]}]})",
-            R"({"task":"onQueryScenes","list":[{"nodes":[{"visible":false,"locked":true}]}]})",
-            R"({"task":"onQueryScenes","list":[{"nodes":[{"name":"Kamera"}]},{"nodes":[{"name":"Kamera"}]},)"
-            R"({"nodes":[{"name":"Kamera"}]}]})",
+            R"({"task":"onQueryScenes","list":[{"nodes":[{"visible":false,"locked":true}]}]})", renamed,
             R"({"task":"onQueryAudioList","list":[{"name":"Mic/Aux","muted":true}]})", scenes,
             R"({"task":"onQueryAudioList","list":[{"name":"Mikro","muted":true}]})", scenes, scenes,
             R"({"task":"onQueryAudioList","list":[{"name":"Line In"}]})"}) {
