@@ -87,8 +87,9 @@ QString tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
                 tokens.append({json[0].toString(), {}});
             }
         } else {
+            static QRegularExpression const beginOfJson(u"[\"{]"_s);
             QString const word = line.sliced(i, end - i);
-            if (auto const json = word.indexOf(QRegularExpression(u"[\"{]"_s)); json >= 0) {
+            if (auto const json = word.indexOf(beginOfJson); json >= 0) {
                 return u"column %1: a blank is missing before this"_s.arg(i + json + 1);
             }
             tokens.append({word, {}});

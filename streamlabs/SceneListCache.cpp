@@ -25,6 +25,9 @@ void SceneListCache::replace(QList<Scene> scenes)
 
 void SceneListCache::updateItem(Source const& item)
 {
+    if (item.sceneItemId.isEmpty()) {
+        return; // no item at all, as every folder
+    }
     for (qsizetype i = 0; i < records.size(); ++i) {
         if (records.at(i).id != item.sceneId) {
             continue;
@@ -47,7 +50,7 @@ void SceneListCache::updateItem(Source const& item)
 void SceneListCache::rename(QString const& id, QString const& name)
 {
     if (id.isEmpty()) {
-        return; // as what a folder shows
+        return; // no source at all, as in every folder
     }
     for (qsizetype i = 0; i < records.size(); ++i) {
         if (records.at(i).id == id) {

@@ -25,7 +25,8 @@ public:
 
     void replace(QList<Scene> scenes);
     void clear() { replace({}); }
-    //! Copies the four flags and the name of \a item into every node with its scene id and scene item id.
+    //! Copies the four flags and the name of \a item into every node with its scene id and scene item id. An
+    //! empty scene item id is none.
     void updateItem(Source const& item);
     //! Gives the scene called \a id, and every node that shows the source \a id, the name \a name.
     //! An empty id is none.

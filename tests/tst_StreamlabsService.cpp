@@ -144,8 +144,9 @@ private:
         QTRY_COMPARE(log->count(u"debug: TODO: onEventReceived \"%1\""_s.arg(mark)), 1);
     }
 
-    //! Neither a text, nor an object with members, nor a list with one.
-    QJsonArray const oddValues{5, true, QJsonValue(), QJsonArray{5, u"x"_s, QJsonValue()}, QJsonObject()};
+    //! Neither a text, nor a list with records, nor an object that says more than which scene it is about.
+    QJsonArray const oddValues{5, true, QJsonValue(), QJsonArray{5, u"x"_s, QJsonValue()}, QJsonObject(),
+        QJsonObject{{u"sceneId"_s, u"scene_00000000-0000-4000-8000-00000000000e"_s}}};
     //! The state of a service that has no link.
     QList<QJsonObject> const unlinked{
         json(R"({"task":"onStreamlabsAuthResult","authorized":false,"token":"","port":0})"),
