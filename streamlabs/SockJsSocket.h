@@ -17,6 +17,8 @@ class QWebSocket;
 //! again at any time and gives up what was there before (for an address that cannot even be tried, such as
 //! port 70000, when the 10 s are over). Everything happens on the thread that owns the object.
 //!
+//! What touches the network is virtual, so that a program can put another transport below the frames.
+//!
 //! Failures: a socket error is logged, "QAbstractSocket::SocketError" and the error, and shows as
 //! `disconnected`. An attempt that has not connected within 10 000 ms is aborted. An attempt that fails
 //! sooner is reported no sooner than 1 000 ms after its `open`, since a refused loopback connection fails
@@ -33,16 +35,16 @@ public:
 
     //! Connects to ws://HOST:PORT/api/087/mekhdmek/websocket. Ends in `connected` or `disconnected`, unless
     //! another `open` comes first.
-    void open(QString const& host, int port);
+    virtual void open(QString const& host, int port);
     //! Closes an established connection normally (code 1000); otherwise does nothing.
-    void close();
+    virtual void close();
     //! Sends \a text as it is. Returns the number of bytes sent. It leaves now, and when that shows that the
     //! connection is lost, `disconnected` comes from inside.
-    qint64 sendTextMessage(QString const& text);
+    virtual qint64 sendTextMessage(QString const& text);
     //! Sends \a object in a SockJS client frame, `["…"]`.
     void sendJsonMessage(QJsonObject const& object);
     //! Whether the connection is established.
-    bool isValid() const;
+    virtual bool isValid() const;
 
 signals:
     void connected();

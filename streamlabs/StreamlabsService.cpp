@@ -180,6 +180,11 @@ ZoInterfaceRcc* StreamlabsService::relay()
     return rcc;
 }
 
+std::unique_ptr<SockJsSocket> StreamlabsService::makeSocket() const
+{
+    return std::make_unique<SockJsSocket>();
+}
+
 void StreamlabsService::addRccTaskHandler(QString const& command, CommandHandler handler)
 {
     if (auto* host = relay()) {
@@ -205,7 +210,7 @@ void StreamlabsService::dispatchRccEvent(QJsonObject const& event)
 
 void StreamlabsService::Impl::initSocket()
 {
-    socket = std::make_unique<SockJsSocket>();
+    socket = q->makeSocket();
     connect(socket.get(), &SockJsSocket::connected, q, [this] {
         qInfo() << "connected to Streamlabs server";
         if (token.isEmpty()) {

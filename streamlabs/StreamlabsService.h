@@ -8,6 +8,8 @@
 
 #include <memory>
 
+class SockJsSocket;
+
 //! The one owner of the link to Streamlabs Desktop.
 //!
 //! It keeps the connection open (reconnecting at once after every loss, until `closeSlobs`), authenticates,
@@ -50,6 +52,10 @@ public:
     void sendRccMessage(QString const& subject, QJsonObject const& payload);
     //! Hands \a event to the relay's event dispatch. Nothing without a relay.
     void dispatchRccEvent(QJsonObject const& event);
+
+protected:
+    //! The transport that `init` binds to. Never null.
+    virtual std::unique_ptr<SockJsSocket> makeSocket() const;
 
 private:
     class Impl;
