@@ -1,0 +1,52 @@
+#include "streamlabs/ListPacer.h"
+
+#include <utility>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto cheap = 2ms;
+//! Publishing takes an eleventh of the time at most.
+constexpr int restPerCost = 10;
+
+} // namespace
+
+ListPacer::ListPacer(MakePayload payload, Publish publish, Clock time)
+    : makePayload(std::move(payload)), toRelay(std::move(publish)), clock(std::move(time))
+{
+    timer.setSingleShot(true);
+    timer.setTimerType(Qt::PreciseTimer);
+    timer.callOnTimeout([this] { publishNow(); });
+}
+
+std::chrono::nanoseconds ListPacer::steadyClock()
+{
+    return std::chrono::steady_clock::now().time_since_epoch();
+}
+
+void ListPacer::publish()
+{
+    auto const rest = publishedAt + restPerCost * cost - clock();
+    if (cost < cheap || rest <= 0ns) {
+        publishNow();
+    } else if (!timer.isActive()) {
+        timer.start(std::chrono::ceil<std::chrono::milliseconds>(rest));
+    }
+}
+
+void ListPacer::publishNow()
+{
+    timer.stop();
+    QJsonObject const payload = makePayload();
+    Publish const call = toRelay; // which may take this object with it
+    Clock const now = clock;
+    std::weak_ptr const watch = alive;
+    auto const start = now();
+    call(payload);
+    auto const end = now();
+    if (!watch.expired()) {
+        cost = end - start;
+        publishedAt = end;
+    }
+}
