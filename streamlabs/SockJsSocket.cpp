@@ -71,6 +71,11 @@ void SockJsSocket::close()
     }
 }
 
+void SockJsSocket::abort()
+{
+    socket->abort();
+}
+
 qint64 SockJsSocket::sendTextMessage(QString const& text)
 {
     // At once: otherwise it leaves when the event loop has its next turn, after all that a pressed key draws.

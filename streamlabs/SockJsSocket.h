@@ -38,6 +38,7 @@ public:
     virtual void open(QString const& host, int port);
     //! Closes an established connection normally (code 1000); otherwise does nothing.
     virtual void close();
+    virtual void abort();
     //! Sends \a text as it is. Returns the number of bytes sent. It leaves now, and when that shows that the
     //! connection is lost, `disconnected` comes from inside.
     virtual qint64 sendTextMessage(QString const& text);

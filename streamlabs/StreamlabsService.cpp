@@ -2,6 +2,7 @@
 
 #include "actions/SlobsAgent.h"
 #include "relay/ZoRemoteCommands.h"
+#include "streamlabs/ListPacer.h"
 #include "streamlabs/SceneListCache.h"
 #include "streamlabs/SockJsCodec.h"
 #include "streamlabs/SockJsSocket.h"
@@ -10,7 +11,10 @@
 #include <QDebug>
 #include <QMap>
 
+#include <deque>
 #include <functional>
+#include <initializer_list>
+#include <optional>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -49,11 +53,17 @@ QString const rpcRegSourceAdded = u"slobs.jsonrpc.register.source.added"_s;
 QString const rpcRegSourceRemove = u"slobs.jsonrpc.register.source.removed"_s;
 QString const rpcRegSourceUpdate = u"slobs.jsonrpc.register.source.update"_s;
 
+//! What all of the names above begin with.
+constexpr auto rpcPrefix = "slobs.jsonrpc."_L1;
+
 // Request ids run from 1 to this and start again.
 constexpr int maxRequestId = 2147483637;
 
 } // namespace
 
+// The host may react to whatever it is told by stopping the service, deleting it or sending it elsewhere. So
+// what calls out answers whether the life in which it was called goes on, and who has more to say asks first.
+// All that an answer or an event changes is changed before any of it is told.
 class StreamlabsService::Impl
 {
 public:
@@ -65,56 +75,96 @@ public:
     void initStreamlabsHandlers();
     void initRccHandlers();
     void reset();
+    //! Ends the current life: what is being told of it stops there.
+    void beginLife() { life = std::make_shared<char>(); }
 
-    void makeJsonRpcRequest(QString const& name, QJsonObject const& request);
-    void requestAudioList()
+    //! \name False when the life is over
+    //!@{
+    bool makeJsonRpcRequest(QString const& name, QJsonObject const& request);
+    bool requestAudioList()
     {
-        makeJsonRpcRequest(rpcGetAudioList, StreamlabsApi::makeGetAudioListObject({}));
+        return makeJsonRpcRequest(rpcGetAudioList, StreamlabsApi::makeGetAudioListObject({}));
     }
-    void requestSceneList() { makeJsonRpcRequest(rpcGetSceneList, StreamlabsApi::makeGetSceneListObject()); }
+    bool requestSceneList()
+    {
+        return makeJsonRpcRequest(rpcGetSceneList, StreamlabsApi::makeGetSceneListObject());
+    }
+    bool subscribeEvent();
+    bool requestState();
+    bool publish(QJsonObject const& payload);
+    bool dispatch(QJsonObject const& event);
+    bool publishAuthState();
+    bool publishStreamingStatus();
+    bool publishRecordingStatus();
+    bool publishList(ListPacer& list);
+    bool publishSceneList() { return publishList(sceneListPacer); }
+    bool publishAudioList() { return publishList(audioListPacer); }
+    //! Tells what `loseStatuses` has left to tell.
+    bool publishStatusesLost();
+    //!@}
     //! Sends the request when connected, and tries to connect when not.
     void requestOrReconnect(QString const& name, QJsonObject const& message);
+    //! Forgets the two statuses; that they are gone is to be told as far as they were known.
+    void loseStatuses();
 
     void handleStreamlabsResponse(QJsonObject const& message);
+    void onSubscribed(QString const& name, QString const& resourceId);
     void onAuthorization(QJsonObject const& message);
     void onCollectionSchema(QJsonObject const& message);
     void onEventReceived(QJsonObject const& event);
+    void onConnected();
     void onDisconnected();
     void onServiceTask(QJsonObject const& task);
 
-    void subscribeEvent();
-    void subscribe(QString const& name, QJsonObject const& subscription, Handler handler);
     void refreshSceneData(QJsonObject const& data);
     void refreshSourceData(QJsonObject const& data);
 
-    void publish(QJsonObject const& payload);
-    void publishAuthState();
-    void publishStreamingStatus();
-    void publishRecordingStatus();
-    //! Clears and publishes the two statuses, as far as they were known.
-    void publishStatusesLost();
-    void publishSceneList();
-    void publishCollections();
-    void publishAudioList();
+    struct Address
+    {
+        QString token;
+        int port = 0;
+
+        bool operator==(Address const&) const = default;
+    };
 
     StreamlabsService* q;
-    QString token;
-    int port = 0;
+    Address address;
     QString streamingStatus;
     QString recordingStatus;
     QString activeSceneId;
     SceneListCache scenes;
     QList<CollectionSchema> collections;
     QList<AudioSource> audioSources;
+    ListPacer sceneListPacer{[this] { return SlobsAgent::toSceneList(scenes.json(), activeSceneId); },
+        [this](QJsonObject const& payload) { publish(payload); }};
+    ListPacer collectionsPacer{[this] { return SlobsAgent::toCollectionList(collections); },
+        [this](QJsonObject const& payload) { publish(payload); }};
+    ListPacer audioListPacer{[this] { return SlobsAgent::toAudioList(audioSources); },
+        [this](QJsonObject const& payload) { publish(payload); }};
+    //! What is still to be told of statuses that were lost. Whoever ends a life tells it first: keys and LEDs
+    //! must not stay lit.
+    std::deque<std::function<bool()>> farewells;
     //! What the handler that the relay has holds: gone when the relay is.
     std::weak_ptr<bool> heldByRelay;
+    //! Held by what is under way; replaced when that is to stop.
+    std::shared_ptr<char> life = std::make_shared<char>();
+    //! The socket has connected, and the loss has not been reported.
+    bool isUp = false;
+    //! Where to go when the link that is being ended has been reported lost.
+    std::optional<Address> nextAddress;
+    //! The address of a live link was changed: keys that were linked are not until the new one is accepted.
+    bool awaitsAcceptance = false;
     int requestId = 0;
     QMap<int, QString> pendingRequests;
     //! What was sent last under each name. Most requests are the same each time but for the id.
     QMap<QString, std::pair<QJsonObject, SockJsCodec::NumberedFrame>> sentRequests;
     std::unique_ptr<SockJsSocket> socket;
-    //! Keyed by request name, by "EVENT", or by the resource id of an answered subscription.
+    //! By request name: what its answer leads to, or, until it is answered, the events that it subscribes to.
     QMap<QString, Handler> responseHandlers;
+    //! By the resource id of an answered subscription. What comes from outside selects among these alone.
+    QMap<QString, Handler> streamHandlers;
+    //! Where the handler of the collections has gone while they are promised.
+    QString collectionsPromise;
     QMap<QString, Handler> taskHandlers;
 };
 
@@ -132,6 +182,7 @@ void StreamlabsService::init(ZoInterfaceRcc* newRelay)
     if (relay() != newRelay) {
         deinit();
     }
+    d->beginLife();
     d->initSocket();
     d->initStreamlabsHandlers();
     rcc = newRelay;
@@ -144,8 +195,25 @@ void StreamlabsService::connectSlobs(QString const& token, int port)
         qCritical() << "StreamlabsService::connectSlobs" << token << port;
         return;
     }
-    d->token = token;
-    d->port = port;
+    Impl::Address const address{token, port};
+    if (d->isUp && !(d->socket->isValid() && address == d->address)) {
+        // Keys that follow another link, or one that was closed a moment ago, hear of its end first.
+        d->nextAddress = address;
+        if (d->socket->isValid()) {
+            d->awaitsAcceptance = true;
+            d->socket->abort();
+        } else {
+            d->onDisconnected();
+        }
+        return;
+    }
+    if (!d->publishStatusesLost()) {
+        return;
+    }
+    d->beginLife();
+    d->address = address;
+    d->nextAddress.reset();
+    d->pendingRequests.clear();
     if (d->socket) {
         d->socket->open(localhost, port);
     }
@@ -153,22 +221,27 @@ void StreamlabsService::connectSlobs(QString const& token, int port)
 
 void StreamlabsService::closeSlobs()
 {
-    // `disconnected` may come from inside `close`, and must find nothing to reconnect to.
-    d->token.clear();
-    d->port = 0;
+    // All of it before anything is told: `disconnected` may come from inside `close`, and must find nothing
+    // to reconnect to.
+    d->loseStatuses();
+    d->reset();
+    std::weak_ptr const life = d->life;
     if (d->socket) {
         d->socket->close();
     }
-    d->publishStatusesLost(); // for when it comes later; keys and LEDs must not stay lit
-    d->reset();
+    if (!life.expired()) {
+        d->publishStatusesLost();
+    }
 }
 
 void StreamlabsService::deinit()
 {
-    if (auto* host = relay()) {
+    d->beginLife();
+    auto* const host = relay();
+    rcc = nullptr; // the host may delete its relay now
+    if (host) {
         host->removeCommandHandler(ZoRemoteCommands::kSlobsServiceTask);
     }
-    rcc = nullptr; // the host may delete its relay now
 }
 
 // A relay destroys its handlers with it.
@@ -211,16 +284,12 @@ void StreamlabsService::dispatchRccEvent(QJsonObject const& event)
 void StreamlabsService::Impl::initSocket()
 {
     socket = q->makeSocket();
-    connect(socket.get(), &SockJsSocket::connected, q, [this] {
-        qInfo() << "connected to Streamlabs server";
-        if (token.isEmpty()) {
-            socket->close(); // closed during the attempt, which cannot be stopped then
-        }
-    });
+    isUp = false;
+    connect(socket.get(), &SockJsSocket::connected, q, [this] { onConnected(); });
     connect(socket.get(), &SockJsSocket::textMessageReceived, q, [this](QString const& frame) {
         // A SockJS server speaks first; heartbeats and close frames need no answer.
         if (frame == "o"_L1) {
-            makeJsonRpcRequest(rpcAuthorization, StreamlabsApi::makeAuthObject(token));
+            makeJsonRpcRequest(rpcAuthorization, StreamlabsApi::makeAuthObject(address.token));
         }
     });
     connect(socket.get(), &SockJsSocket::jsonMessageReceived, q,
@@ -230,19 +299,21 @@ void StreamlabsService::Impl::initSocket()
 
 void StreamlabsService::Impl::initStreamlabsHandlers()
 {
+    streamHandlers.clear();
+    collectionsPromise.clear();
     auto const result = [](QJsonObject const& message) { return message.value("result"_L1); };
 
     responseHandlers = {
         {rpcAuthorization, [this](QJsonObject const& message) { onAuthorization(message); }},
-        {kTypeEvent, [this](QJsonObject const& event) { onEventReceived(event); }},
         {rpcQueryModel,
             [this, result](QJsonObject const& message) {
                 qDebug() << "[onGetModel]";
                 QJsonObject const model = result(message).toObject();
                 streamingStatus = model.value("streamingStatus"_L1).toString();
-                publishStreamingStatus();
                 recordingStatus = model.value("recordingStatus"_L1).toString();
-                publishRecordingStatus();
+                if (publishStreamingStatus()) {
+                    publishRecordingStatus();
+                }
             }},
         {rpcGetSceneList,
             [this, result](QJsonObject const& message) {
@@ -261,7 +332,7 @@ void StreamlabsService::Impl::initStreamlabsHandlers()
         {rpcGetCollectionList,
             [this, result](QJsonObject const& message) {
                 fromJson(result(message).toArray(), collections);
-                publishCollections();
+                publishList(collectionsPacer);
                 qDebug() << "[onGetCollectionList]";
             }},
         {rpcGetCollectionSchema, [this](QJsonObject const& message) { onCollectionSchema(message); }},
@@ -320,7 +391,7 @@ void StreamlabsService::Impl::initRccHandlers()
             [this](QJsonObject const&) {
                 requestOrReconnect(rpcGetCollectionSchema, StreamlabsApi::makeGetCollectionSchemaObject());
             }},
-        {kQueryCollections, [this](QJsonObject const&) { publishCollections(); }},
+        {kQueryCollections, [this](QJsonObject const&) { publishList(collectionsPacer); }},
         {kRefreshAudioList,
             [this, text](QJsonObject const& task) {
                 requestOrReconnect(
@@ -343,15 +414,20 @@ void StreamlabsService::Impl::initRccHandlers()
 
 void StreamlabsService::Impl::reset()
 {
+    beginLife();
     streamingStatus.clear();
     recordingStatus.clear();
     activeSceneId.clear();
-    token.clear();
-    port = 0;
+    address = {};
+    nextAddress.reset();
+    awaitsAcceptance = false;
     requestId = 0;
     scenes.clear();
     collections.clear();
     audioSources.clear();
+    sceneListPacer.cancel();
+    collectionsPacer.cancel();
+    audioListPacer.cancel();
     pendingRequests.clear();
     sentRequests.clear();
     initStreamlabsHandlers();
@@ -359,11 +435,11 @@ void StreamlabsService::Impl::reset()
 
 // ---- Requests and what comes back
 
-void StreamlabsService::Impl::makeJsonRpcRequest(QString const& name, QJsonObject const& request)
+bool StreamlabsService::Impl::makeJsonRpcRequest(QString const& name, QJsonObject const& request)
 {
     if (!socket || !socket->isValid()) {
         qWarning() << "makeJsonRpcRequest: ignore" << name << request;
-        return;
+        return true;
     }
     if (requestId >= maxRequestId) {
         requestId = 0;
@@ -375,7 +451,9 @@ void StreamlabsService::Impl::makeJsonRpcRequest(QString const& name, QJsonObjec
         last = request;
         frame = SockJsCodec::NumberedFrame(request);
     }
+    std::weak_ptr const watch = life;
     socket->sendTextMessage(frame.withId(requestId));
+    return !watch.expired();
 }
 
 void StreamlabsService::Impl::requestOrReconnect(QString const& name, QJsonObject const& message)
@@ -383,7 +461,7 @@ void StreamlabsService::Impl::requestOrReconnect(QString const& name, QJsonObjec
     if (socket && socket->isValid()) {
         makeJsonRpcRequest(name, message);
     } else {
-        q->connectSlobs(token, port);
+        q->connectSlobs(address.token, address.port);
     }
 }
 
@@ -405,47 +483,58 @@ void StreamlabsService::Impl::handleStreamlabsResponse(QJsonObject const& messag
     if (value.isObject()) {
         QJsonObject const result = value.toObject();
         QString const type = result.value("_type"_L1).toString();
-        // A result without a "_type" is an answer of its own and never an event's.
-        if (auto const entry = responseHandlers.constFind(type);
-            !type.isEmpty() && entry != responseHandlers.constEnd()) {
-            if (Handler const handler = *entry) { // a copy, for it may take itself out
-                handler(result);
-            } else {
-                qCritical() << "[StreamlabsResponse] WTF" << type << result;
-            }
+        if (type == kTypeEvent) {
+            onEventReceived(result);
             return;
         }
         if (type == kTypeSubscription) {
-            // From now on the handler is found by the resource id that the stream's events carry.
-            QString const resourceId = result.value("resourceId"_L1).toString();
-            if (responseHandlers.contains(name)) {
-                responseHandlers.insert(resourceId, responseHandlers.take(name));
-            } else {
-                qCritical() << "UNABLE set" << name << "to" << resourceId;
-            }
+            onSubscribed(name, result.value("resourceId"_L1).toString());
             return;
         }
     }
-    if (Handler const handler = responseHandlers.value(name)) {
+    if (Handler const handler = responseHandlers.value(name)) { // a copy, for it may take itself out
         handler(message);
     } else {
         qCritical() << "[StreamlabsResponse] WTF WTF" << name;
     }
 }
 
+// From now on the handler is found by the resource id that the stream's events carry.
+void StreamlabsService::Impl::onSubscribed(QString const& name, QString const& resourceId)
+{
+    if (resourceId == kTypeEvent || resourceId.startsWith(rpcPrefix)) {
+        qDebug() << "TODO: onEventReceived" << resourceId; // no stream is called as we call our requests
+    } else if (Handler const handler = responseHandlers.take(name)) {
+        streamHandlers.insert(resourceId, handler);
+        if (name == rpcGetCollectionSchema) {
+            collectionsPromise = resourceId;
+        }
+    } else {
+        qCritical() << "UNABLE set" << name << "to" << resourceId;
+    }
+}
+
 void StreamlabsService::Impl::onAuthorization(QJsonObject const& message)
 {
     if (message.value("result"_L1).toBool()) {
-        subscribeEvent();
-        makeJsonRpcRequest(rpcQueryModel, StreamlabsApi::makeQueryModelObject());
-        makeJsonRpcRequest(rpcGetActiveScene, StreamlabsApi::makeGetActiveSceneObject());
-        requestAudioList();
-        requestSceneList();
-        makeJsonRpcRequest(rpcQueryModel, StreamlabsApi::makeQueryModelObject());
+        awaitsAcceptance = false;
+        if (!subscribeEvent() || !requestState()) {
+            return;
+        }
     } else {
         qCritical() << "auth failed";
     }
     publishAuthState();
+}
+
+bool StreamlabsService::Impl::requestState()
+{
+    auto const requestModel = [this] {
+        return makeJsonRpcRequest(rpcQueryModel, StreamlabsApi::makeQueryModelObject());
+    };
+    return requestModel() &&
+           makeJsonRpcRequest(rpcGetActiveScene, StreamlabsApi::makeGetActiveSceneObject()) &&
+           requestAudioList() && requestSceneList() && requestModel();
 }
 
 // Streamlabs Desktop may answer with a promise. Its one event then comes here in place of an answer, with the
@@ -456,35 +545,45 @@ void StreamlabsService::Impl::onCollectionSchema(QJsonObject const& message)
     bool const isPromise = !message.contains("result"_L1);
     if (isPromise) {
         QString const resourceId = message.value("resourceId"_L1).toString();
-        responseHandlers.insert(rpcGetCollectionSchema, responseHandlers.take(resourceId));
+        responseHandlers.insert(rpcGetCollectionSchema, streamHandlers.take(resourceId));
         if (message.value("isRejected"_L1).toBool()) {
             qWarning() << "[onGetCollectionSchema] rejected" << message.value("data"_L1);
             return;
         }
     }
     fromJson(message.value(isPromise ? "data"_L1 : "result"_L1).toArray(), collections);
-    publishCollections();
+    publishList(collectionsPacer);
     qDebug() << "[onGetCollectionSchema]";
 }
 
 void StreamlabsService::Impl::onEventReceived(QJsonObject const& event)
 {
     QString const resourceId = event.value("resourceId"_L1).toString();
-    auto const entry = responseHandlers.constFind(resourceId);
-    if (entry == responseHandlers.constEnd()) {
-        qDebug() << "TODO: onEventReceived" << resourceId;
-    } else if (Handler const handler = *entry) {
+    if (Handler const handler = streamHandlers.value(resourceId)) { // a copy, for it may take itself out
         handler(event);
     } else {
-        qCritical() << "WHY no handler" << resourceId;
+        qDebug() << "TODO: onEventReceived" << resourceId;
+    }
+}
+
+void StreamlabsService::Impl::onConnected()
+{
+    isUp = true;
+    qInfo() << "connected to Streamlabs server";
+    if (address.token.isEmpty()) {
+        socket->close(); // closed during the attempt, which cannot be stopped then
     }
 }
 
 void StreamlabsService::Impl::onDisconnected()
 {
-    publishAuthState();
-    publishStatusesLost();
-    q->connectSlobs(token, port);
+    isUp = false;
+    pendingRequests.clear(); // what answers them now belongs to nobody
+    loseStatuses();
+    if (publishAuthState() && publishStatusesLost()) {
+        auto const [token, port] = std::exchange(nextAddress, std::nullopt).value_or(address);
+        q->connectSlobs(token, port);
+    }
 }
 
 void StreamlabsService::Impl::onServiceTask(QJsonObject const& task)
@@ -498,8 +597,8 @@ void StreamlabsService::Impl::onServiceTask(QJsonObject const& task)
     auto const entry = taskHandlers.constFind(name);
     if (entry == taskHandlers.constEnd()) {
         qCritical() << "[onServiceTask] TODO" << name;
-    } else if (*entry) {
-        (*entry)(task);
+    } else if (Handler const handler = *entry) { // a copy, for it may end the service
+        handler(task);
     } else {
         qCritical() << "[onServiceTask]" << name;
     }
@@ -507,56 +606,67 @@ void StreamlabsService::Impl::onServiceTask(QJsonObject const& task)
 
 // ---- Events
 
-void StreamlabsService::Impl::subscribe(QString const& name, QJsonObject const& subscription, Handler handler)
-{
-    responseHandlers[name] = std::move(handler);
-    makeJsonRpcRequest(name, subscription);
-}
-
-void StreamlabsService::Impl::subscribeEvent()
+bool StreamlabsService::Impl::subscribeEvent()
 {
     auto const data = [](QJsonObject const& event) { return event.value("data"_L1); };
     // A promise of the last connection may have taken it along, and its event never came.
+    streamHandlers.remove(std::exchange(collectionsPromise, {}));
     responseHandlers[rpcGetCollectionSchema] = [this](
                                                    QJsonObject const& answer) { onCollectionSchema(answer); };
     Handler const refreshScene = [this, data](
                                      QJsonObject const& event) { refreshSceneData(data(event).toObject()); };
     Handler const reloadSources = [this](QJsonObject const&) {
-        requestSceneList();
-        requestAudioList();
+        if (requestSceneList()) {
+            requestAudioList();
+        }
     };
     Handler const reloadCollection = [this](QJsonObject const&) {
-        requestAudioList();
-        requestSceneList();
+        if (requestAudioList()) {
+            requestSceneList();
+        }
     };
-
-    subscribe(rpcRegStreamingStatusChange, StreamlabsApi::makeStreamStatusSubscription(),
-        [this, data](QJsonObject const& event) {
-            streamingStatus = data(event).toString();
-            publishStreamingStatus();
-        });
-    subscribe(rpcRegRecordingStatusChange, StreamlabsApi::makeRecordStatusSubscription(),
-        [this, data](QJsonObject const& event) {
-            recordingStatus = data(event).toString();
-            publishRecordingStatus();
-        });
-    subscribe(rpcRegSceneAdd, StreamlabsApi::makeSceneAddSubscription(), refreshScene);
-    subscribe(rpcRegSceneRemove, StreamlabsApi::makeSceneRemoveSubscription(), refreshScene);
-    subscribe(rpcRegSceneItemAdd, StreamlabsApi::makeSceneItemAddSubscription(), refreshScene);
-    subscribe(rpcRegSceneItemRemove, StreamlabsApi::makeSceneItemRemoveSubscription(), refreshScene);
-    subscribe(rpcRegSceneItemUpdate, StreamlabsApi::makeSceneItemUpdateSubscription(), refreshScene);
-    subscribe(rpcRegSourceUpdate, StreamlabsApi::makeSourceUpdateSubscription(),
-        [this, data](QJsonObject const& event) { refreshSourceData(data(event).toObject()); });
-    subscribe(rpcRegSourceAdded, StreamlabsApi::makeSourceAddSubscription(), reloadSources);
-    subscribe(rpcRegSourceRemove, StreamlabsApi::makeSourceRemoveSubscription(), reloadSources);
-    subscribe(rpcRegSceneSwitch, StreamlabsApi::makeSceneSwitchSubscription(),
-        [this, data](QJsonObject const& event) {
-            activeSceneId = data(event).toObject().value("id"_L1).toString();
-            publishSceneList();
-        });
-    subscribe(rpcRegCollectionSwitch, StreamlabsApi::makeCollectionSwitchSubscription(), reloadCollection);
-    subscribe(rpcRegCollectionAdd, StreamlabsApi::makeCollectionAddSubscription(), reloadCollection);
-    subscribe(rpcRegCollectionRemove, StreamlabsApi::makeCollectionRemoveSubscription(), reloadCollection);
+    struct Subscription
+    {
+        QString name;
+        QJsonObject request;
+        Handler handler;
+    };
+    Subscription const subscriptions[] = {
+        {rpcRegStreamingStatusChange, StreamlabsApi::makeStreamStatusSubscription(),
+            [this, data](QJsonObject const& event) {
+                streamingStatus = data(event).toString();
+                publishStreamingStatus();
+            }},
+        {rpcRegRecordingStatusChange, StreamlabsApi::makeRecordStatusSubscription(),
+            [this, data](QJsonObject const& event) {
+                recordingStatus = data(event).toString();
+                publishRecordingStatus();
+            }},
+        {rpcRegSceneAdd, StreamlabsApi::makeSceneAddSubscription(), refreshScene},
+        {rpcRegSceneRemove, StreamlabsApi::makeSceneRemoveSubscription(), refreshScene},
+        {rpcRegSceneItemAdd, StreamlabsApi::makeSceneItemAddSubscription(), refreshScene},
+        {rpcRegSceneItemRemove, StreamlabsApi::makeSceneItemRemoveSubscription(), refreshScene},
+        {rpcRegSceneItemUpdate, StreamlabsApi::makeSceneItemUpdateSubscription(), refreshScene},
+        {rpcRegSourceUpdate, StreamlabsApi::makeSourceUpdateSubscription(),
+            [this, data](QJsonObject const& event) { refreshSourceData(data(event).toObject()); }},
+        {rpcRegSourceAdded, StreamlabsApi::makeSourceAddSubscription(), reloadSources},
+        {rpcRegSourceRemove, StreamlabsApi::makeSourceRemoveSubscription(), reloadSources},
+        {rpcRegSceneSwitch, StreamlabsApi::makeSceneSwitchSubscription(),
+            [this, data](QJsonObject const& event) {
+                activeSceneId = data(event).toObject().value("id"_L1).toString();
+                publishSceneList();
+            }},
+        {rpcRegCollectionSwitch, StreamlabsApi::makeCollectionSwitchSubscription(), reloadCollection},
+        {rpcRegCollectionAdd, StreamlabsApi::makeCollectionAddSubscription(), reloadCollection},
+        {rpcRegCollectionRemove, StreamlabsApi::makeCollectionRemoveSubscription(), reloadCollection},
+    };
+    for (auto const& [name, request, handler] : subscriptions) {
+        responseHandlers[name] = handler;
+        if (!makeJsonRpcRequest(name, request)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 // Nodes are neither added nor removed here: the list as a whole is read anew on source and collection events.
@@ -572,68 +682,86 @@ void StreamlabsService::Impl::refreshSourceData(QJsonObject const& data)
 {
     AudioSource source;
     fromJson(data, source);
-    if (data.value("audio"_L1).toBool(false)) {
+    bool const isAudio = data.value("audio"_L1).toBool(false);
+    if (isAudio) {
         for (auto& known : audioSources) {
             if (known.sourceId == source.sourceId) {
                 known.muted = source.muted;
                 known.name = source.name;
             }
         }
-        publishAudioList();
     }
     scenes.rename(source.sourceId, source.name);
-    publishSceneList();
+    if (!isAudio || publishAudioList()) {
+        publishSceneList();
+    }
 }
 
 // ---- Publications
 
-void StreamlabsService::Impl::publish(QJsonObject const& payload)
+bool StreamlabsService::Impl::publish(QJsonObject const& payload)
 {
+    std::weak_ptr const watch = life;
     q->sendRccMessage(ZoRemoteSubjects::kSubjectStreamlabsResponse, payload);
+    return !watch.expired();
 }
 
-void StreamlabsService::Impl::publishAuthState()
+bool StreamlabsService::Impl::dispatch(QJsonObject const& event)
 {
-    publish(SlobsAgent::toAuthState(socket && socket->isValid(), token, port));
+    std::weak_ptr const watch = life;
+    q->dispatchRccEvent(event);
+    return !watch.expired();
 }
 
-void StreamlabsService::Impl::publishStreamingStatus()
+bool StreamlabsService::Impl::publishAuthState()
 {
-    publish(SlobsAgent::toStreamingStatus(streamingStatus));
-    q->dispatchRccEvent(SlobsAgent::setStreamingLed(streamingStatus));
+    bool const isLinked = socket && socket->isValid() && !awaitsAcceptance;
+    return publish(SlobsAgent::toAuthState(isLinked, address.token, address.port));
 }
 
-void StreamlabsService::Impl::publishRecordingStatus()
+bool StreamlabsService::Impl::publishStreamingStatus()
 {
-    publish(SlobsAgent::toRecordingStatus(recordingStatus));
-    q->dispatchRccEvent(SlobsAgent::setRecordingLed(recordingStatus));
+    return publish(SlobsAgent::toStreamingStatus(streamingStatus)) &&
+           dispatch(SlobsAgent::setStreamingLed(streamingStatus));
 }
 
-void StreamlabsService::Impl::publishStatusesLost()
+bool StreamlabsService::Impl::publishRecordingStatus()
 {
-    if (!streamingStatus.isEmpty()) {
-        streamingStatus.clear();
+    return publish(SlobsAgent::toRecordingStatus(recordingStatus)) &&
+           dispatch(SlobsAgent::setRecordingLed(recordingStatus));
+}
+
+bool StreamlabsService::Impl::publishList(ListPacer& list)
+{
+    std::weak_ptr const watch = life;
+    list.publish();
+    return !watch.expired();
+}
+
+void StreamlabsService::Impl::loseStatuses()
+{
+    auto const say = [this](QJsonObject const& result, QJsonObject const& led) {
+        farewells.emplace_back([this, result] { return publish(result); });
+        farewells.emplace_back([this, led] { return dispatch(led); });
+    };
+    if (!std::exchange(streamingStatus, {}).isEmpty()) {
         // Twice on purpose, and the recording status once: the pair is part of the protocol with the host.
-        publishStreamingStatus();
-        publishStreamingStatus();
+        say(SlobsAgent::toStreamingStatus({}), SlobsAgent::setStreamingLed({}));
+        say(SlobsAgent::toStreamingStatus({}), SlobsAgent::setStreamingLed({}));
     }
-    if (!recordingStatus.isEmpty()) {
-        recordingStatus.clear();
-        publishRecordingStatus();
+    if (!std::exchange(recordingStatus, {}).isEmpty()) {
+        say(SlobsAgent::toRecordingStatus({}), SlobsAgent::setRecordingLed({}));
     }
 }
 
-void StreamlabsService::Impl::publishSceneList()
+bool StreamlabsService::Impl::publishStatusesLost()
 {
-    publish(SlobsAgent::toSceneList(scenes.json(), activeSceneId));
-}
-
-void StreamlabsService::Impl::publishCollections()
-{
-    publish(SlobsAgent::toCollectionList(collections));
-}
-
-void StreamlabsService::Impl::publishAudioList()
-{
-    publish(SlobsAgent::toAudioList(audioSources));
+    while (!farewells.empty()) {
+        auto const say = std::move(farewells.front());
+        farewells.pop_front(); // before it is said, for whoever ends this life goes on with the next
+        if (!say()) {
+            return false;
+        }
+    }
+    return true;
 }

@@ -19,6 +19,13 @@ class SockJsSocket;
 //! the relay subject "remote.subject.streamlabs.response" with the encoders of SlobsAgent. The key LEDs for
 //! stream and record follow through the relay's event dispatch.
 //!
+//! The lists go out as often as the relay can bear, see ListPacer; statuses and the auth state always at
+//! once.
+//!
+//! Whatever it calls may stop it, delete it, close its link or send it elsewhere: what it was about to tell
+//! then stays untold, but for statuses that were lost. An answer or an event is taken in as a whole before
+//! any of it is told.
+//!
 //! Order of calls: `init`, then `connectSlobs` and `closeSlobs` as often as wanted, `deinit`, deletion.
 //! Everything happens on the thread that owns the object.
 //!
@@ -39,7 +46,8 @@ public:
     //! called any more.
     void init(ZoInterfaceRcc* newRelay);
     //! Connects to Streamlabs Desktop on 127.0.0.1. A \a port below 1 or an empty \a token changes nothing
-    //! but the log.
+    //! but the log. A link that is up with another token or port ends first, and is reported lost as any
+    //! other; it then counts as linked once the new token has been accepted.
     void connectSlobs(QString const& token, int port);
     //! Closes the link and forgets everything, token and port included. A status that was known is published
     //! as empty, for keys and LEDs must not stay lit.

@@ -36,6 +36,8 @@ private slots:
     void takesAnswersOfAWrongTypeForEmpty();
     void takesEventsOfAWrongTypeForEmpty();
     void refusedToken();
+    void takesSubscriptionsToStreamsOnly();
+    void changesTheTokenOfALiveLink();
     void collectionSchemaArrivesTwice();
     void comesBackAfterALoss();
     void noticesALossWhileItSends();
@@ -337,6 +339,13 @@ void tst_StreamlabsService::survivesBadInput_data()
     special("event without a resource", uR"("EVENT")"_s, u"debug: TODO: onEventReceived \"\""_s);
     special("subscription nobody asked for", uR"("SUBSCRIPTION","resourceId":"Scenes.x")"_s,
         u"critical: UNABLE set \"\" to \"Scenes.x\""_s);
+    special("event of the dispatcher itself", uR"("EVENT","resourceId":"EVENT")"_s,
+        u"debug: TODO: onEventReceived \"EVENT\""_s);
+    special("event of a request", uR"("EVENT","resourceId":"slobs.jsonrpc.model.get","data":{})"_s,
+        u"debug: TODO: onEventReceived \"slobs.jsonrpc.model.get\""_s);
+    special("answer of a request's type", uR"("slobs.jsonrpc.auth")"_s, unasked);
+    special("subscription to the dispatcher", uR"("SUBSCRIPTION","resourceId":"EVENT")"_s,
+        u"debug: TODO: onEventReceived \"EVENT\""_s);
     special("helper nobody asked for", uR"("HELPER","resourceId":"Scene")"_s, unasked);
 }
 
@@ -442,6 +451,55 @@ void tst_StreamlabsService::refusedToken()
     QCOMPARE(publishedTasks(), u"onStreamlabsAuthResult"_s);
     task(R"({"event":"refreshModel"})");
     QTRY_COMPARE(requests.size(), 3);
+    QVERIFY(awaitLine(u"critical: unrecognized response"_s));
+}
+
+// A subscription that is answered with a name of our own is as good as not answered.
+void tst_StreamlabsService::takesSubscriptionsToStreamsOnly()
+{
+    for (auto const* resource : {"EVENT", "slobs.jsonrpc.auth"}) {
+        QJsonObject const answer{
+            {u"_type"_s, u"SUBSCRIPTION"_s}, {u"resourceId"_s, QString::fromLatin1(resource)}};
+        desktop->scriptResult(u"StreamingService.streamingStatusChange"_s, answer);
+        connectAndWait();
+        desktop->sendObject({{u"id"_s, QJsonValue::Null},
+            {u"result"_s, QJsonObject{{u"_type"_s, u"EVENT"_s},
+                              {u"resourceId"_s, answer.value("resourceId"_L1)}, {u"data"_s, u"live"_s}}}});
+        settle();
+        QCOMPARE(published, QList<QJsonObject>());
+        QCOMPARE(log->count(u"debug: TODO: onEventReceived \"%1\""_s.arg(QString::fromLatin1(resource))), 2);
+        close();
+    }
+}
+
+// The keys hear that the old link is gone, and are linked again once the new token is accepted. A refused one
+// leaves them unlinked, although there is a connection.
+void tst_StreamlabsService::changesTheTokenOfALiveLink()
+{
+    connectAndWait();
+    desktop->model().setStreaming(true);
+    QVERIFY(awaitPublished(R"({"streamingStatus":"live"})"));
+    for (auto const& [token, isLinked] : {std::pair(u"wrong"_s, false), {desktop->token(), true}}) {
+        requests.clear();
+        published.clear();
+        QJsonObject const lost = state().first();
+        service->connectSlobs(token, desktop->port());
+        QCOMPARE(published.value(0).value("authorized"_L1), false);
+        QCOMPARE(published.value(0).value("token"_L1), lost.value("token"_L1));
+        QCOMPARE(publishedTasks().count(u"onQueryStreamingStatus"_s), isLinked ? 0 : 2);
+        QTRY_COMPARE(requests.size(), isLinked ? 20 : 1);
+        settle();
+        QCOMPARE(state().first().value("authorized"_L1), isLinked);
+        QCOMPARE(log->take(u"critical: unrecognized response"_s), !isLinked);
+        QCOMPARE(desktop->clientCount(), 1);
+    }
+    QCOMPARE(state().at(1).value("streamingStatus"_L1), u"live"_s);
+    requests.clear();
+    published.clear();
+    service->closeSlobs(); // a host that reconnects does the same in two steps
+    service->connectSlobs(u"wrong"_s, desktop->port());
+    QVERIFY(takePublished(R"({"task":"onStreamlabsAuthResult","authorized":false})"));
+    log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);
     QVERIFY(awaitLine(u"critical: unrecognized response"_s));
 }
 
@@ -554,8 +612,7 @@ void tst_StreamlabsService::lateAnswersOfTheLastConnection()
     QCOMPARE(published, QList<QJsonObject>());
 }
 
-// Request numbers go on, so an old answer finds its own request and is taken for what it was; the answers of
-// the new connection follow.
+// Request numbers go on, and what the lost connection was asked nobody waits for any more.
 void tst_StreamlabsService::lateAnswersAfterALoss()
 {
     connectAndWait();
@@ -564,7 +621,9 @@ void tst_StreamlabsService::lateAnswersAfterALoss()
     answerLate(23, [this] { desktop->transport().sendRawBytes("\x81\x04\"\xff\xfe\""); });
     QVERIFY(publishedTasks().startsWith(
         u"onStreamlabsAuthResult onQueryStreamingStatus onQueryStreamingStatus onQueryRecordingStatus "
-        "onQueryScenes onQueryAudioList onStreamlabsAuthResult"_s));
+        "onStreamlabsAuthResult"_s));
+    QVERIFY(log->take(u"critical: no such id 21"_s));
+    QVERIFY(log->take(u"critical: no such id 22"_s));
     QCOMPARE(state(), before);
     log->take(u"critical: QAbstractSocket::SocketError"_s);
 }
