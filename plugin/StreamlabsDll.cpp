@@ -9,6 +9,7 @@
 #include "streamlabs/StreamlabsService.h"
 
 #include <QDebug>
+#include <QPointer>
 
 #include <utility>
 
@@ -23,25 +24,22 @@ ZOPlugin* make()
     return new Action;
 }
 
+//! \a payload: {"token": string, "port": number}. Nothing when no service runs.
+void connectSlobs(QPointer<StreamlabsService> const& service, QJsonObject const& payload)
+{
+    if (service) {
+        service->connectSlobs(payload.value("token"_L1).toString(), payload.value("port"_L1).toInt());
+    }
+}
+
 } // namespace
 
 class StreamlabsDll::Impl
 {
 public:
-    //! \a payload: {"token": string, "port": number}. Nothing when no service runs.
-    void connect(QJsonObject const& payload)
-    {
-        if (service) {
-            service->connectSlobs(payload.value("token"_L1).toString(), payload.value("port"_L1).toInt());
-        }
-    }
-
-    void close()
-    {
-        if (service) {
-            service->closeSlobs();
-        }
-    }
+    //! What the service tells the host may lead the host back here, to stop the service or to start another:
+    //! this one may be gone when an operation of it returns, and so may the package.
+    QPointer<StreamlabsService> running() const { return service.get(); }
 
     std::unique_ptr<StreamlabsService> service;
 };
@@ -96,34 +94,43 @@ ZOPlugin* StreamlabsDll::makeWidget(QString const& actionId, int index)
 
 void StreamlabsDll::startService(ZoInterfaceRcc* rcc, QJsonObject const& params)
 {
+    QPointer const self(this);
     stopService();
     qDebug() << "StreamlabsDll::startService" << params;
+    if (!self || d->service) {
+        return; // deleted, or started with something newer, by who heard that the last one stopped
+    }
     d->service = std::make_unique<StreamlabsService>(nullptr);
-    d->service->init(rcc);
-    d->connect(params);
+    auto const service = d->running();
+    service->init(rcc);
+    connectSlobs(service, params);
 }
 
 void StreamlabsDll::stopService()
 {
     qDebug() << "StreamlabsDll::stopService" << d->service.get();
-    if (!d->service) {
-        return;
+    auto const service = d->running();
+    if (service) {
+        service->closeSlobs();
     }
-    d->service->closeSlobs();
-    d->service->deinit();
-    d->service.reset();
+    if (service) {
+        service->deinit();
+    }
+    if (service) {
+        d->service.reset();
+    }
 }
 
 void StreamlabsDll::onTask(QJsonObject const& task, [[maybe_unused]] QJsonObject& reply)
 {
     qDebug() << "StreamlabsDll::onMessage" << task;
+    auto const service = d->running();
     QString const name = task.value("task"_L1).toString();
-    if (name == "reconnect"_L1) {
-        d->close();
-        d->connect(task.value("payload"_L1).toObject());
-    } else if (name == "disconnect"_L1) {
-        d->close();
-    } else if (name == "connect"_L1) {
-        d->connect(task.value("payload"_L1).toObject());
+    QJsonObject const payload = task.value("payload"_L1).toObject();
+    if (service && (name == "reconnect"_L1 || name == "disconnect"_L1)) {
+        service->closeSlobs();
+    }
+    if (name == "reconnect"_L1 || name == "connect"_L1) {
+        connectSlobs(service, payload);
     }
 }

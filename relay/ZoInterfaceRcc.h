@@ -31,8 +31,9 @@ class QWebSocket;
 //! which the package sees that it is gone.
 //!
 //! Threads: the host's GUI thread only. Operations may be called from inside a handler. From inside an
-//! operation the host must not stop or start the package's service nor delete the library object: the service
-//! is at work then. `IBuiltInPackageLibrary::onTask` is fine.
+//! operation, and from inside a handler, the host may do with the package whatever it may do otherwise: stop
+//! its service, start it anew, send it tasks, delete it. What the service was about to tell then stays
+//! untold. (To unload the library the host waits until the call has returned, of course.)
 //!
 //! Failures: nothing is thrown, nothing is answered; what cannot be done is the host's to log.
 class ZoInterfaceRcc
