@@ -1,7 +1,6 @@
 #include "streamlabs/SockJsCodec.h"
 
 #include <QJsonDocument>
-#include <QStringBuilder>
 
 #include <algorithm>
 
@@ -28,17 +27,6 @@ QString SockJsCodec::encodeClientFrame(QJsonObject const& object)
     }
     write = std::ranges::copy(suffix, write).out;
     return QString::fromUtf8(frame.constData(), write - frame.constData());
-}
-
-SockJsCodec::NumberedFrame::NumberedFrame(QJsonObject const& request)
-{
-    constexpr qsizetype opening = R"(["{)"_L1.size();
-    tail = u',' + encodeClientFrame(request).sliced(opening);
-}
-
-QString SockJsCodec::NumberedFrame::withId(int id) const
-{
-    return uR"(["{\"id\":)"_s % QString::number(id) % tail;
 }
 
 std::optional<QStringView> SockJsCodec::messageOf(QStringView frame)

@@ -19,24 +19,6 @@ namespace SockJsCodec {
 //! quote as `\"`. Backslashes are not doubled.
 QString encodeClientFrame(QJsonObject const& object);
 
-//! The client frames of a request that is sent again and again, each time with another "id". Encoding JSON
-//! takes longer than all else between a pressed key and the wire, so it happens once.
-class NumberedFrame
-{
-public:
-    NumberedFrame() = default;
-    //! \a request has at least one member, none that is called "id", and none that comes before it in the
-    //! alphabet.
-    explicit NumberedFrame(QJsonObject const& request);
-
-    //! What `encodeClientFrame` gives for the request with \a id as its "id".
-    QString withId(int id) const;
-
-private:
-    //! All that follows the id.
-    QString tail;
-};
-
 //! The inner text of a server frame that holds one message; nothing for any other (`o`, `h`, `c[…]`, …).
 std::optional<QStringView> messageOf(QStringView frame);
 

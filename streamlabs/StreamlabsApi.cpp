@@ -207,14 +207,12 @@ QJsonObject StreamlabsApi::makeQueryModelObject()
 
 QJsonObject StreamlabsApi::makeToggleStreamObject()
 {
-    static QJsonObject const request = makeCall(kMethodStreamingToggleStream, kServiceStreaming);
-    return request;
+    return makeCall(kMethodStreamingToggleStream, kServiceStreaming);
 }
 
 QJsonObject StreamlabsApi::makeToggleRecordObject()
 {
-    static QJsonObject const request = makeCall(kMethodStreamingToggleRecord, kServiceStreaming);
-    return request;
+    return makeCall(kMethodStreamingToggleRecord, kServiceStreaming);
 }
 
 QJsonObject StreamlabsApi::makeStreamStatusSubscription()

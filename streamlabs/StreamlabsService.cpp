@@ -4,7 +4,6 @@
 #include "relay/ZoRemoteCommands.h"
 #include "streamlabs/ListPacer.h"
 #include "streamlabs/SceneListCache.h"
-#include "streamlabs/SockJsCodec.h"
 #include "streamlabs/SockJsSocket.h"
 #include "streamlabs/StreamlabsApi.h"
 
@@ -156,8 +155,6 @@ public:
     bool awaitsAcceptance = false;
     int requestId = 0;
     QMap<int, QString> pendingRequests;
-    //! What was sent last under each name. Most requests are the same each time but for the id.
-    QMap<QString, std::pair<QJsonObject, SockJsCodec::NumberedFrame>> sentRequests;
     std::unique_ptr<SockJsSocket> socket;
     //! By request name: what its answer leads to, or, until it is answered, the events that it subscribes to.
     QMap<QString, Handler> responseHandlers;
@@ -429,7 +426,6 @@ void StreamlabsService::Impl::reset()
     collectionsPacer.cancel();
     audioListPacer.cancel();
     pendingRequests.clear();
-    sentRequests.clear();
     initStreamlabsHandlers();
 }
 
@@ -446,13 +442,10 @@ bool StreamlabsService::Impl::makeJsonRpcRequest(QString const& name, QJsonObjec
     }
     ++requestId;
     pendingRequests.insert(requestId, name);
-    auto& [last, frame] = sentRequests[name];
-    if (request != last) {
-        last = request;
-        frame = SockJsCodec::NumberedFrame(request);
-    }
+    QJsonObject numbered = request;
+    numbered.insert("id"_L1, requestId);
     std::weak_ptr const watch = life;
-    socket->sendTextMessage(frame.withId(requestId));
+    socket->sendJsonMessage(numbered);
     return !watch.expired();
 }
 

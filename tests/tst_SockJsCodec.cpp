@@ -92,11 +92,6 @@ void tst_SockJsCodec::encodesAsTheStepsDo()
         }
         QJsonObject const object{{text, text}, {u"n"_s, round}};
         QCOMPARE(SockJsCodec::encodeClientFrame(object), encodeInSteps(object));
-
-        QJsonObject request{{u"jsonrpc"_s, text}, {u"params"_s, object}};
-        SockJsCodec::NumberedFrame const frame(request);
-        request.insert("id"_L1, round);
-        QCOMPARE(frame.withId(round), encodeInSteps(request));
     }
     QCOMPARE(SockJsCodec::encodeClientFrame({{u"a"_s, u"it's"_s}}), uR"(["{\"a\":\"it\\\"s\"}"])"_s);
 }
