@@ -5,17 +5,20 @@
 #include <QDebug>
 #include <QJsonDocument>
 #include <QUrl>
-#include <QWebSocket>
 
 #include <chrono>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
 namespace {
 
 constexpr auto connectTimeout = 10s;
 constexpr auto quietTimeAfterOpen = 1000ms;
+constexpr int heartbeatsToMiss = 3;
+// Heartbeats closer than this, and timers later than this, tell of a standstill of ours.
+constexpr auto standstill = 1000ms;
 
 #if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
 constexpr auto errorSignal = &QWebSocket::errorOccurred;
@@ -25,43 +28,47 @@ constexpr auto errorSignal = qOverload<QAbstractSocket::SocketError>(&QWebSocket
 
 } // namespace
 
-SockJsSocket::SockJsSocket(QObject* parent)
-    : QObject(parent)
-    , socket(std::make_unique<QWebSocket>(QString(), QWebSocketProtocol::Version13))
-    , connectTimer(std::make_unique<QTimer>())
+SockJsSocket::SockJsSocket(QObject* parent) : QObject(parent)
 {
     // Precise, for a coarse timer may fire a twentieth early.
-    connectTimer->setSingleShot(true);
-    connectTimer->setTimerType(Qt::PreciseTimer);
-    connectTimer->setInterval(connectTimeout);
-    failureTimer.setSingleShot(true);
-    failureTimer.setTimerType(Qt::PreciseTimer);
-
-    connect(socket.get(), &QWebSocket::connected, this, &SockJsSocket::onConnected);
-    connect(socket.get(), &QWebSocket::disconnected, this, &SockJsSocket::onDisconnected);
-    connect(socket.get(), &QWebSocket::textMessageReceived, this, &SockJsSocket::onMessageReceived);
-    connect(socket.get(), errorSignal, this,
-        [](QAbstractSocket::SocketError error) { qCritical() << "QAbstractSocket::SocketError" << error; });
-    connect(connectTimer.get(), &QTimer::timeout, this, &SockJsSocket::onConnectTimeout);
-    connect(&failureTimer, &QTimer::timeout, this, &SockJsSocket::disconnected);
+    for (QTimer* timer : {&connectTimer, &failureTimer}) {
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+    }
+    connectTimer.setObjectName(u"connectTimer"_s);
+    connect(&connectTimer, &QTimer::timeout, this, &SockJsSocket::onTimeout);
+    connect(&failureTimer, &QTimer::timeout, this, &SockJsSocket::reportEnd);
+    renewSocket();
 }
 
-SockJsSocket::~SockJsSocket()
+SockJsSocket::~SockJsSocket() = default;
+
+// A new one each time: nothing of the connection before can reach the next, even when we are inside of it.
+void SockJsSocket::renewSocket()
 {
-    connectTimer->stop();
-    disconnect(socket.get(), &QWebSocket::textMessageReceived, this, nullptr);
-    disconnect(socket.get(), &QWebSocket::disconnected, this, nullptr);
-    disconnect(socket.get(), &QWebSocket::connected, this, nullptr);
-    connectTimer.reset();
-    socket.reset();
+    connectTimer.stop();
+    failureTimer.stop();
+    heartbeatDistance = 0ms;
+    sinceHeartbeat.invalidate();
+    socket.renew();
+    socket.on(&QWebSocket::connected, this, [this] { onConnected(); });
+    socket.on(&QWebSocket::disconnected, this, [this] { onDisconnected(); });
+    socket.on(
+        &QWebSocket::textMessageReceived, this, [this](QString const& text) { onMessageReceived(text); });
+    socket.on(&QWebSocket::textFrameReceived, this, [this](QString const&, bool) { onFrame(); });
+    socket.on(&QWebSocket::binaryFrameReceived, this, [this](QByteArray const&, bool) { onFrame(); });
+    socket.on(&QWebSocket::aboutToClose, this, [this] { awaitFrame(); });
+    socket.on(errorSignal, this,
+        [](QAbstractSocket::SocketError error) { qCritical() << "QAbstractSocket::SocketError" << error; });
 }
 
 void SockJsSocket::open(QString const& host, int port)
 {
-    failureTimer.stop(); // a failure still held back belongs to an attempt that no longer matters
+    renewSocket();
+    isUp = false;
     attempt.start();
-    connectTimer->start();
-    socket->open(QUrl(u"ws://%1:%2/api/087/mekhdmek/websocket"_s.arg(host, QString::number(port))));
+    awaitFrame();
+    socket.open(QUrl(u"ws://%1:%2/api/087/mekhdmek/websocket"_s.arg(host, QString::number(port))));
 }
 
 void SockJsSocket::close()
@@ -73,14 +80,20 @@ void SockJsSocket::close()
 
 void SockJsSocket::abort()
 {
-    socket->abort();
+    renewSocket();
+    if (isUp) {
+        reportEnd();
+    } else {
+        attempt.invalidate();
+    }
 }
 
 qint64 SockJsSocket::sendTextMessage(QString const& text)
 {
     // At once: otherwise it leaves when the event loop has its next turn, after all that a pressed key draws.
-    qint64 const sent = socket->sendTextMessage(text);
-    socket->flush();
+    QWebSocket* const used = socket.get(); // outlives us when `disconnected` comes from inside
+    qint64 const sent = used->sendTextMessage(text);
+    used->flush();
     return sent;
 }
 
@@ -96,6 +109,9 @@ bool SockJsSocket::isValid() const
 
 void SockJsSocket::onMessageReceived(QString const& text)
 {
+    if (text == "h"_L1) {
+        onHeartbeat();
+    }
     auto const inner = SockJsCodec::messageOf(text);
     if (!inner) {
         emit textMessageReceived(text);
@@ -111,32 +127,72 @@ void SockJsSocket::onMessageReceived(QString const& text)
 
 void SockJsSocket::onConnected()
 {
-    connectTimer->stop();
-    attempt.invalidate();
+    isUp = true;
     emit connected();
 }
 
 void SockJsSocket::onDisconnected()
 {
-    connectTimer->stop();
-    if (attempt.isValid()) {
-        auto const remaining = quietTimeAfterOpen - std::chrono::milliseconds(attempt.elapsed());
-        attempt.invalidate();
-        if (remaining > 0ms) {
-            failureTimer.start(remaining);
-            return;
-        }
+    connectTimer.stop();
+    auto const remaining = quietTimeAfterOpen - milliseconds(attempt.elapsed());
+    if (remaining > 0ms) {
+        failureTimer.start(remaining);
+    } else {
+        reportEnd();
     }
+}
+
+void SockJsSocket::reportEnd()
+{
+    attempt.invalidate();
+    isUp = false;
     emit disconnected();
 }
 
-void SockJsSocket::onConnectTimeout()
+// ---- Servers that say nothing
+
+void SockJsSocket::awaitFrame()
 {
-    socket->abort();
-    // A URL that the socket refuses to try, such as one with port 70000, leaves nothing to abort and no
-    // signal. Otherwise there was one, and who heard it may have opened again: that attempt has its timer
-    // running.
-    if (attempt.isValid() && !connectTimer->isActive()) {
-        onDisconnected();
+    waiting.start();
+    connectTimer.start(heartbeatDistance > 0ms ? heartbeatsToMiss * heartbeatDistance : connectTimeout);
+}
+
+void SockJsSocket::onFrame()
+{
+    if (heartbeatDistance > 0ms) {
+        awaitFrame();
+    } else {
+        connectTimer.stop();
     }
+}
+
+void SockJsSocket::onHeartbeat()
+{
+    if (!sinceHeartbeat.isValid()) {
+        sinceHeartbeat.start();
+    } else if (milliseconds const distance(sinceHeartbeat.elapsed()); distance >= standstill) {
+        sinceHeartbeat.start();
+        heartbeatDistance = distance;
+        awaitFrame();
+    }
+}
+
+void SockJsSocket::onTimeout()
+{
+    milliseconds const late = milliseconds(waiting.elapsed()) - connectTimer.intervalAsDuration();
+    if (late > standstill) {
+        awaitFrame(); // it was this process that slept
+        return;
+    }
+    if (connectTimer.interval() > 0) {
+        waiting.start();
+        connectTimer.start(0ms); // what has come at the last moment is read first
+        return;
+    }
+    if (heartbeatDistance > 0ms) {
+        qWarning() << "[SockJsSocket] nothing came in the time of" << heartbeatsToMiss << "heartbeats,"
+                   << heartbeatDistance.count() << "ms each";
+    }
+    renewSocket();
+    onDisconnected();
 }

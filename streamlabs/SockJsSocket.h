@@ -1,29 +1,32 @@
 #pragma once
 
+#include "relay/WebSocketClient.h"
+
 #include <QElapsedTimer>
 #include <QJsonObject>
 #include <QObject>
 #include <QString>
 #include <QTimer>
 
-#include <memory>
-
-class QWebSocket;
+#include <chrono>
 
 //! The transport to Streamlabs Desktop: the part of SockJS over a WebSocket (RFC 6455) that the service
 //! needs.
 //!
 //! It hands whole JSON objects up and knows nothing of JSON-RPC. It never reconnects; `open` may be called
-//! again at any time and gives up what was there before (for an address that cannot even be tried, such as
-//! port 70000, when the 10 s are over). Everything happens on the thread that owns the object.
+//! again at any time and gives up what was there before, without a word. Everything happens on the thread
+//! that owns the object. Each operation is allowed, and so is deletion, from inside of every signal, and of
+//! whatever else a signal or an operation leads to.
 //!
 //! What touches the network is virtual, so that a program can put another transport below the frames.
 //!
 //! Failures: a socket error is logged, "QAbstractSocket::SocketError" and the error, and shows as
-//! `disconnected`. An attempt that has not connected within 10 000 ms is aborted. An attempt that fails
-//! sooner is reported no sooner than 1 000 ms after its `open`, since a refused loopback connection fails
-//! within microseconds and users of this class reconnect at once. The loss of an established connection is
-//! reported without delay.
+//! `disconnected`. An attempt without a frame from the server 10 000 ms after its `open` is aborted; so is a
+//! connection that has carried two heartbeats ("h") and then nothing for three times the time between the
+//! last two, with a warning (those less than 1 000 ms apart count as one, for after a standstill of this
+//! process they come together), and one that gets a frame of more than 64 MiB. A connection that ends less
+//! than 1 000 ms after its `open`, established or not, is reported 1 000 ms after it, since it can fail
+//! within microseconds and users of this class reconnect at once. Any other loss is reported without delay.
 class SockJsSocket : public QObject
 {
     Q_OBJECT
@@ -38,6 +41,8 @@ public:
     virtual void open(QString const& host, int port);
     //! Closes an established connection normally (code 1000); otherwise does nothing.
     virtual void close();
+    //! Ends an established connection or an attempt at once. When `connected` was the last that was told,
+    //! `disconnected` comes from inside, even if it was being held back; otherwise nothing is reported.
     virtual void abort();
     //! Sends \a text as it is. Returns the number of bytes sent. It leaves now, and when that shows that the
     //! connection is lost, `disconnected` comes from inside.
@@ -60,14 +65,28 @@ private slots:
     void onMessageReceived(QString const& text);
 
 private:
+    void renewSocket();
     void onConnected();
     void onDisconnected();
-    void onConnectTimeout();
+    void reportEnd();
+    void awaitFrame();
+    void onFrame();
+    void onHeartbeat();
+    void onTimeout();
 
-    std::unique_ptr<QWebSocket> socket;
-    std::unique_ptr<QTimer> connectTimer;
-    //! Holds the report of a quick failure back.
-    QTimer failureTimer;
-    //! Since `open`; invalid unless an attempt is under way.
+    WebSocketClient socket;
+    //! Runs until the first frame has come and, when the distance of the heartbeats is known, from each
+    //! frame to the next.
+    QTimer connectTimer{this};
+    //! Since `connectTimer` was started.
+    QElapsedTimer waiting;
+    QElapsedTimer sinceHeartbeat;
+    //! 0 until two heartbeats have come.
+    std::chrono::milliseconds heartbeatDistance{};
+    //! Holds the report of an early end back.
+    QTimer failureTimer{this};
+    //! Since `open`; invalid when there is nothing to report any more.
     QElapsedTimer attempt;
+    //! Whether `connected` was the last that was told.
+    bool isUp = false;
 };

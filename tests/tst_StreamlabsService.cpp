@@ -532,16 +532,18 @@ void tst_StreamlabsService::collectionSchemaArrivesTwice()
 
 void tst_StreamlabsService::comesBackAfterALoss()
 {
+    QElapsedTimer since;
+    since.start();
     connectAndWait();
     desktop->model().setStreaming(true);
     desktop->model().setRecording(true);
     QTRY_COMPARE(desktop->model().recordingStatus(), u"recording"_s);
     settle();
     quint16 const port = desktop->port();
+    QTRY_VERIFY(since.hasExpired(1000)); // the loss of a young connection is reported late
     published.clear();
     ledChanges.clear();
 
-    QElapsedTimer since;
     since.start();
     desktop->stop();
     QTRY_COMPARE(published.size(), 4);
@@ -573,8 +575,11 @@ void tst_StreamlabsService::comesBackAfterALoss()
 // What is sent finds out before the socket has told that the other side is gone.
 void tst_StreamlabsService::noticesALossWhileItSends()
 {
+    QElapsedTimer since;
+    since.start();
     connectAndWait();
     auto const before = state();
+    QTRY_VERIFY(since.hasExpired(1000)); // as above
     desktop->drop();
     for (int i = 0; i < 5; ++i) {
         task(R"({"event":"refreshScenes"})");
