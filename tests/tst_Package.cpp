@@ -6,10 +6,12 @@
 #include "tests/LogRecorder.h"
 #include "tests/TestJson.h"
 
+#include <QDeadlineTimer>
 #include <QJsonArray>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTest>
+#include <QTimer>
 #include <QWidget>
 
 #include <algorithm>
@@ -45,6 +47,61 @@ std::unique_ptr<IBuiltInPackageLibrary> makePackage(QLibrary& library)
     auto const instance = reinterpret_cast<IBuiltInPackageLibrary* (*)()>(library.resolve("instance"));
     return std::unique_ptr<IBuiltInPackageLibrary>(instance ? instance() : nullptr);
 }
+
+//! As QTest::qWaitFor, which sleeps between two looks, for what is waited for a thousand times.
+bool soon(std::function<bool()> const& isSo)
+{
+    QTimer awake;
+    awake.start(std::chrono::seconds(1));
+    QDeadlineTimer const end(std::chrono::seconds(5));
+    while (!isSo() && !end.hasExpired()) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return isSo();
+}
+
+//! A host's relay that can react to a call of the package, and knows what it was told last.
+class ReactingRelay final : public ZoInterfaceRcc
+{
+public:
+    void addCommandHandler(QString const&, CommandHandler newHandler) override
+    {
+        handler = std::move(newHandler);
+    }
+    void removeCommandHandler(QString const&) override { handler = {}; }
+    void publish(QString const&, QJsonObject const& payload) override
+    {
+        for (auto member = payload.begin(); member != payload.end(); ++member) {
+            told[member.key()] = member.value();
+        }
+        react();
+    }
+    void dispatchEvent(QJsonObject const& event) override
+    {
+        told[event.value("functionName"_L1).toString()] = event.value("status"_L1);
+        react();
+    }
+    void send(QString const& task)
+    {
+        if (CommandHandler const call = handler) {
+            call(nullptr, {{u"event"_s, task}});
+        }
+    }
+
+    CommandHandler handler;
+    QMap<QString, QJsonValue> told;
+    int calls = 0;
+    int reactAt = 0;
+    std::function<void()> reaction;
+
+private:
+    void react()
+    {
+        if (++calls == reactAt) {
+            reaction();
+        }
+    }
+};
 
 } // namespace
 
@@ -194,6 +251,107 @@ private slots:
             QVERIFY2(!isInMemory(libraryFile), qPrintable(QString::number(round)));
         }
         log->clear();
+    }
+
+    // A host that reacts to what it is told, whatever that is, by ending the service or sending it elsewhere.
+    void mayEndInsideOfAnyCall()
+    {
+        StreamlabsStandIn desktop;
+        desktop.model().setTransitionTime(std::chrono::milliseconds(0));
+        QVERIFY(desktop.start());
+        QLibrary library(libraryFile);
+        std::unique_ptr<IBuiltInPackageLibrary> package;
+        ReactingRelay host;
+        auto const address = [&](QString const& token) {
+            return QJsonObject{{u"token"_s, token}, {u"port"_s, desktop.port()}};
+        };
+        auto const task = [&](QString const& name, QString const& token = {}) {
+            QJsonObject reply;
+            if (package) {
+                package->onTask({{u"task"_s, name}, {u"payload"_s, address(token)}}, reply);
+            }
+        };
+        // Linked, live and recording, a list and a mute, another token, and the end; until the host reacts.
+        auto const hasReacted = [&] { return host.reactAt > 0 && host.calls >= host.reactAt; };
+        auto const passesAnEvening = [&] {
+            std::pair<std::function<void()>, std::pair<QString, QJsonValue>> const steps[] = {
+                {[&] { package->startService(&host, address(u"old"_s)); },
+                    {u"activeId"_s, desktop.model().activeSceneId()}},
+                {[&] { host.send(u"toggleStreamingStatus"_s); }, {u"STREAM"_s, true}},
+                {[&] { host.send(u"toggleRecordingStatus"_s); }, {u"RECORD"_s, true}},
+                {[&] { host.send(u"refreshCollections"_s); }, {u"task"_s, u"onQueryCollections"_s}},
+                {[&] { desktop.model().setMuted(u"Mic/Aux"_s, true); }, {u"task"_s, u"onQueryScenes"_s}},
+                {[&] {
+                     desktop.setToken(u"new"_s);
+                     task(u"connect"_s, u"new"_s);
+                 },
+                    {u"RECORD"_s, true}},
+                {[&] { task(u"disconnect"_s); }, {u"RECORD"_s, false}},
+            };
+            for (auto const& [step, expected] : steps) {
+                step();
+                auto const& [member, value] = expected;
+                if (!soon([&] { return hasReacted() || host.told.value(member) == value; })) {
+                    return false;
+                }
+                if (hasReacted()) {
+                    break;
+                }
+            }
+            return true;
+        };
+        auto const isTrue = [&] {
+            return host.told.value(u"authorized"_s) == true &&
+                   host.told.value(u"streamingStatus"_s) == desktop.model().streamingStatus() &&
+                   host.told.value(u"recordingStatus"_s) == desktop.model().recordingStatus();
+        };
+        auto const isDark = [&] {
+            return !host.told.value(u"STREAM"_s).toBool() && !host.told.value(u"RECORD"_s).toBool();
+        };
+        struct Reaction
+        {
+            char const* name;
+            std::function<void()> react;
+            bool stays;
+            std::function<bool()> isRight;
+        };
+        Reaction const reactions[] = {
+            {"stop", [&] { package->stopService(); }, false, isDark},
+            {"disconnect", [&] { task(u"disconnect"_s); }, true, isDark},
+            {"start", [&] { package->startService(&host, address(desktop.token())); }, true, isTrue},
+            {"connect", [&] { task(u"connect"_s, desktop.token()); }, true, isTrue},
+            {"reconnect", [&] { task(u"reconnect"_s, desktop.token()); }, true, isTrue},
+            {"delete", [&] { package.reset(); }, false, [] { return true; }},
+        };
+        auto const begin = [&](int reactAt) {
+            package = makePackage(library);
+            host.told.clear();
+            host.calls = 0;
+            host.reactAt = reactAt;
+            desktop.setToken(u"old"_s);
+            desktop.model().setStreaming(false);
+            desktop.model().setRecording(false);
+            desktop.model().setMuted(u"Mic/Aux"_s, false);
+        };
+        begin(0);
+        QVERIFY(passesAnEvening());
+        int const calls = host.calls;
+        QVERIFY2(calls > 30, qPrintable(QString::number(calls)));
+        for (auto const& [name, react, stays, isRight] : reactions) {
+            host.reaction = react;
+            for (int at = 1; at <= calls; ++at) {
+                QString const where = u"%1 at call %2"_s.arg(QString::fromLatin1(name)).arg(at);
+                begin(at);
+                QVERIFY2(passesAnEvening(), qPrintable(where));
+                QVERIFY2(soon(isRight), qPrintable(where));
+                QCOMPARE(host.handler != nullptr, stays || host.calls < at);
+                package.reset();
+                QVERIFY2(!host.handler, qPrintable(where));
+            }
+        }
+        log->clear();
+        QVERIFY(library.unload());
+        QVERIFY(!isInMemory(libraryFile));
     }
 
     void tasks()
