@@ -7,7 +7,6 @@
 #include <QHash>
 #include <QJsonDocument>
 #include <QUrl>
-#include <QWebSocket>
 
 #include <utility>
 
@@ -59,25 +58,18 @@ QJsonObject makeLed(QString const& functionName, bool on)
 
 } // namespace
 
-SlobsAgent::SlobsAgent(QObject* parent)
-    : QObject(parent)
-    , socket(std::make_unique<QWebSocket>(QString(), QWebSocketProtocol::Version13))
-    , messages(SlobsMessagePool::shared())
-{
-    connect(socket.get(), &QWebSocket::connected, this, &SlobsAgent::connected);
-    connect(socket.get(), &QWebSocket::textMessageReceived, this, &SlobsAgent::onTextMessageReceived);
-    connect(socket.get(), &QWebSocket::disconnected, this, &SlobsAgent::disconnected);
-}
+SlobsAgent::SlobsAgent(QObject* parent) : QObject(parent), messages(SlobsMessagePool::shared()) {}
 
-SlobsAgent::~SlobsAgent()
-{
-    socket->disconnect();
-    disconnectRcc();
-}
+SlobsAgent::~SlobsAgent() = default;
 
 void SlobsAgent::connectRcc(QString const& url)
 {
-    socket->open(QUrl(url));
+    socket.renew();
+    socket.on(&QWebSocket::connected, this, [this] { emit connected(); });
+    socket.on(
+        &QWebSocket::textMessageReceived, this, [this](QString const& text) { onTextMessageReceived(text); });
+    socket.on(&QWebSocket::disconnected, this, [this] { emit disconnected(); });
+    socket.open(QUrl(url));
 }
 
 void SlobsAgent::disconnectRcc()
@@ -98,8 +90,9 @@ void SlobsAgent::sendRccEvent(QJsonObject const& event)
 // At once: otherwise it leaves when the event loop has its next turn, after all that a pressed key draws.
 void SlobsAgent::send(QString const& text)
 {
-    socket->sendTextMessage(text);
-    socket->flush();
+    QWebSocket* const used = socket.get(); // outlives us when `disconnected` comes from inside
+    used->sendTextMessage(text);
+    used->flush();
 }
 
 void SlobsAgent::onTextMessageReceived(QString const& text)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "relay/WebSocketClient.h"
 #include "streamlabs/StreamlabsApi.h"
 
 #include <QJsonArray>
@@ -12,7 +13,6 @@
 #include <functional>
 #include <memory>
 
-class QWebSocket;
 class SlobsMessagePool;
 
 //! Names of the tasks that actions send to the service, and of the results that it publishes.
@@ -54,7 +54,9 @@ inline QString const kCcGetWidgetSettings = QString::fromLatin1("getWidgetSettin
 //!
 //! Agents do not reconnect: after `disconnected` the agent is idle until `connectRcc` is called again. What
 //! is sent while not connected is lost. A message leaves while it is sent, which may be when the loss of the
-//! connection shows, as `disconnected` from inside; what hears it must not delete the agent. GUI thread only.
+//! connection shows, as `disconnected` from inside. A frame or message of more than 64 MiB ends the
+//! connection with a warning. An agent may be deleted from inside of its handlers and signals, whatever they
+//! come from. GUI thread only.
 class SlobsAgent : public QObject
 {
     Q_OBJECT
@@ -151,7 +153,7 @@ private:
     void sendServiceTask(QString const& name);
     void sendServiceTask(QString const& name, QJsonObject arguments);
 
-    std::unique_ptr<QWebSocket> socket;
+    WebSocketClient socket;
     QMap<QString, Handler> handlers;
     std::shared_ptr<SlobsMessagePool> messages;
 };

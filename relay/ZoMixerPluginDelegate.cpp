@@ -6,26 +6,20 @@
 #include <QDebug>
 #include <QJsonDocument>
 #include <QUrl>
-#include <QWebSocket>
 
 using namespace Qt::StringLiterals;
 using namespace ZoRemoteCommands;
 
-ZoMixerPluginDelegate::ZoMixerPluginDelegate(QObject* parent)
-    : QObject(parent), socket(std::make_unique<QWebSocket>(QString(), QWebSocketProtocol::Version13))
-{}
-
-ZoMixerPluginDelegate::~ZoMixerPluginDelegate()
+ZoMixerPluginDelegate::ZoMixerPluginDelegate(QObject* parent) : QObject(parent)
 {
-    socket->disconnect();
-    socket->abort();
+    socket.on(&QWebSocket::connected, this, [this] { onConnected(); });
 }
+
+ZoMixerPluginDelegate::~ZoMixerPluginDelegate() = default;
 
 void ZoMixerPluginDelegate::connectToServer()
 {
-    connect(socket.get(), &QWebSocket::connected, this, &ZoMixerPluginDelegate::onConnected,
-        Qt::UniqueConnection);
-    socket->open(QUrl(u"ws://127.0.0.1:%1"_s.arg(ZoLumenProxy::getInstance().port)));
+    socket.open(QUrl(u"ws://127.0.0.1:%1"_s.arg(ZoLumenProxy::getInstance().port)));
 }
 
 void ZoMixerPluginDelegate::sendTextMessage(QJsonObject const& message)
@@ -37,8 +31,8 @@ void ZoMixerPluginDelegate::sendTextMessage(QJsonObject const& message)
 // own users of this class make a new delegate to reconnect and count on it.
 void ZoMixerPluginDelegate::onConnected()
 {
-    connect(
-        socket.get(), &QWebSocket::textMessageReceived, this, &ZoMixerPluginDelegate::onTextMessageReceived);
+    socket.on(
+        &QWebSocket::textMessageReceived, this, [this](QString const& text) { onTextMessageReceived(text); });
 }
 
 void ZoMixerPluginDelegate::onTextMessageReceived(QString const& text)

@@ -1,19 +1,18 @@
 #pragma once
 
+#include "relay/WebSocketClient.h"
+
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
 #include <QObject>
 #include <QString>
 
-#include <memory>
-
-class QWebSocket;
-
 //! A relay client that speaks the mixer commands of the console.
 //!
 //! Created closed; `connectToServer` opens it. It does not reconnect: after a loss make a new one. Commands
-//! sent while the socket is not open are lost without a word.
+//! sent while the socket is not open are lost without a word. A frame or message of more than 64 MiB ends the
+//! connection with a warning. A delegate may be deleted from inside of its signals.
 //!
 //! The numbers "deck", "category", "effectType", "presetId", "page" and "level" are the host's; this class
 //! only carries them. A "sender" is the context of the key that asks, so that the host can address that key.
@@ -91,5 +90,5 @@ private:
     void onConnected();
     void onTextMessageReceived(QString const& text);
 
-    std::unique_ptr<QWebSocket> socket;
+    WebSocketClient socket;
 };

@@ -8,8 +8,10 @@
 #include "tests/LogRecorder.h"
 #include "tests/TestJson.h"
 
+#include <QEventLoop>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 #include <QWebSocket>
 
 #include <array>
@@ -307,6 +309,47 @@ private slots:
             QTRY_COMPARE(disconnected.size(), round);
             QTRY_COMPARE(relay->clientCount(), 0);
         }
+    }
+
+    void clientsMayGoFromInside()
+    {
+        auto agent = std::make_unique<SlobsAgent>();
+        auto const remove = [&agent] { agent.reset(); };
+        auto const removeInLoop = [&agent] {
+            QEventLoop loop;
+            QTimer::singleShot(0, &loop, [&] {
+                agent.reset();
+                QTimer::singleShot(0, &loop, &QEventLoop::quit); // what is deleted later goes first
+            });
+            loop.exec();
+        };
+        for (auto const& act : {std::function<void()>(remove), std::function<void()>(removeInLoop)}) {
+            for (auto const signal : {&SlobsAgent::connected, &SlobsAgent::disconnected}) {
+                agent = std::make_unique<SlobsAgent>();
+                connect(agent.get(), signal, this, act);
+                agent->connectRcc(url());
+                QTRY_VERIFY(!agent || relay->clientCount() == 1);
+                if (agent) { // what it sends finds out that nobody is there any more
+                    relay->drop();
+                    for (int i = 0; agent && i < 3; ++i) {
+                        agent->queryScenes();
+                    }
+                }
+                QTRY_VERIFY(!agent && relay->clientCount() == 0);
+            }
+            agent = std::make_unique<SlobsAgent>();
+            agent->addRccEventHandler(u"x"_s, [act](QJsonObject const&) { act(); });
+            agent->connectRcc(url());
+            QTRY_COMPARE(relay->clientCount(), 1);
+            relay->sendToAll(uR"({"task":"x"})"_s);
+            relay->sendToAll(u"nonsense"_s); // which nobody takes any more
+            QTRY_VERIFY(!agent && relay->clientCount() == 0);
+        }
+
+        auto mixer = std::make_unique<ZoMixerPluginDelegate>();
+        connect(mixer.get(), &ZoMixerPluginDelegate::response, this, [&mixer] { mixer.reset(); });
+        mixer->connectToServer();
+        QTRY_VERIFY(!mixer && relay->clientCount() == 0);
     }
 
     void agentsShareOneParsing()
