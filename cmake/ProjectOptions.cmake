@@ -45,6 +45,11 @@ if(LUMEN_SANITIZE)
   target_link_options(lumen_options INTERFACE -fsanitize=address,undefined)
 endif()
 
+if(LUMEN_BUILD_FUZZERS)
+  # What libFuzzer steers by: which branches an input takes.
+  target_compile_options(lumen_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
 # lumen_add_library(NAME SOURCES ... LINK ...): one static library of the package.
 function(lumen_add_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
