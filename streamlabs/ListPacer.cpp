@@ -1,5 +1,6 @@
 #include "streamlabs/ListPacer.h"
 
+#include <algorithm>
 #include <utility>
 
 using namespace std::chrono_literals;
@@ -27,12 +28,17 @@ std::chrono::nanoseconds ListPacer::steadyClock()
 
 void ListPacer::publish()
 {
-    auto const rest = publishedAt + restPerCost * cost - clock();
-    if (cost < cheap || rest <= 0ns) {
+    if (cost < cheap) {
         publishNow();
     } else if (!timer.isActive()) {
+        auto const rest = std::max(publishedAt + restPerCost * cost - clock(), 0ns);
         timer.start(std::chrono::ceil<std::chrono::milliseconds>(rest));
     }
+}
+
+std::optional<std::chrono::milliseconds> ListPacer::wait() const
+{
+    return timer.isActive() ? std::optional(timer.intervalAsDuration()) : std::nullopt;
 }
 
 void ListPacer::publishNow()

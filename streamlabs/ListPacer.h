@@ -6,14 +6,17 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 //! Publishes a list as often as the host can bear.
 //!
 //! A relay sends each publication to every subscriber, and the lists of a large collection measure hundreds
 //! of kilobytes, while Streamlabs Desktop reports an item that is dragged sixty times a second: with 32 keys
 //! and 2,000 items that used to take the host's memory and thread. So a list goes out at once, unless it went
-//! out before, that took the relay t >= 2 ms, and less than 10 t have gone by since; then one publication of
-//! what the list is by then follows when they have. Small lists are never held back.
+//! out before and that took the relay t >= 2 ms: then one publication of what the list is by then follows
+//! when 10 t have gone by since, or in the next turn of the event loop if they have. (When keys are placed,
+//! all of them ask within one turn, and a publication that only the first gets would have the others wait.)
+//! Small lists are never held back.
 class ListPacer
 {
 public:
@@ -29,8 +32,8 @@ public:
     void publish();
     //! What waits stays unpublished. The cost of the last publication still counts.
     void cancel() { timer.stop(); }
-    //! Whether a publication waits.
-    bool isWaiting() const { return timer.isActive(); }
+    //! How long a publication waits, counted from when it was held back; nothing when none does.
+    std::optional<std::chrono::milliseconds> wait() const;
 
     static std::chrono::nanoseconds steadyClock();
 

@@ -28,16 +28,15 @@ void tst_ListPacer::publishesAtOnceOrOnceLater_data()
     QTest::addColumn<Milliseconds>("changes"); // times at which the list changes
     QTest::addColumn<int>("cost");
     QTest::addColumn<Milliseconds>("atOnce"); // the changes that go out then
-    QTest::addColumn<bool>("waits");          // the last one goes out later
+    QTest::addColumn<int>("wait");            // of the rest, which go out as one; -1: there is none
 
-    QTest::newRow("once") << Milliseconds{0} << 5 << Milliseconds{0} << false;
-    QTest::newRow("cheap") << Milliseconds{0, 1, 2, 3} << 1 << Milliseconds{0, 1, 2, 3} << false;
-    QTest::newRow("just dear") << Milliseconds{0, 2} << 2 << Milliseconds{0} << true;
-    QTest::newRow("a storm") << Milliseconds{0, 6, 7, 8, 54} << 5 << Milliseconds{0} << true;
-    QTest::newRow("rested") << Milliseconds{0, 55} << 5 << Milliseconds{0, 55} << false;
-    QTest::newRow("rested while one waits")
-        << Milliseconds{0, 6, 55, 109} << 5 << Milliseconds{0, 55} << true;
-    QTest::newRow("rested twice") << Milliseconds{0, 6, 55, 110} << 5 << Milliseconds{0, 55, 110} << false;
+    QTest::newRow("once") << Milliseconds{0} << 5 << Milliseconds{0} << -1;
+    QTest::newRow("cheap") << Milliseconds{0, 1, 2, 3} << 1 << Milliseconds{0, 1, 2, 3} << -1;
+    QTest::newRow("just dear") << Milliseconds{0, 2} << 2 << Milliseconds{0} << 20;
+    QTest::newRow("dear") << Milliseconds{0, 15} << 5 << Milliseconds{0} << 40;
+    QTest::newRow("a storm") << Milliseconds{0, 5, 7, 8, 54} << 5 << Milliseconds{0} << 50;
+    QTest::newRow("rested") << Milliseconds{0, 55, 55, 55} << 5 << Milliseconds{0} << 0;
+    QTest::newRow("long rested") << Milliseconds{0, 5000} << 5 << Milliseconds{0} << 0;
 }
 
 void tst_ListPacer::publishesAtOnceOrOnceLater()
@@ -45,7 +44,7 @@ void tst_ListPacer::publishesAtOnceOrOnceLater()
     QFETCH(Milliseconds, changes);
     QFETCH(int, cost);
     QFETCH(Milliseconds, atOnce);
-    QFETCH(bool, waits);
+    QFETCH(int, wait);
 
     std::chrono::milliseconds now = 0ms;
     int state = -1;
@@ -65,14 +64,14 @@ void tst_ListPacer::publishesAtOnceOrOnceLater()
         pacer.publish();
     }
     QCOMPARE(published, atOnce);
-    QCOMPARE(pacer.isWaiting(), waits);
-    if (waits) {
-        QTRY_VERIFY(!pacer.isWaiting()); // one more, and it tells of the newest state
+    QCOMPARE(pacer.wait().value_or(-1ms).count(), wait);
+    if (wait >= 0) {
+        QTRY_VERIFY(!pacer.wait()); // one more, and it tells of the newest state
         QCOMPARE(published, atOnce + Milliseconds{changes.last()});
     }
     pacer.publish();
     pacer.cancel();
-    QVERIFY(!pacer.isWaiting());
+    QVERIFY(!pacer.wait());
 }
 
 void tst_ListPacer::mayGoWhileItPublishes()
