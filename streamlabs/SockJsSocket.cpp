@@ -74,6 +74,7 @@ void SockJsSocket::open(QString const& host, int port)
 void SockJsSocket::close()
 {
     if (socket->isValid()) {
+        attempt.invalidate();
         socket->close(QWebSocketProtocol::CloseCodeNormal);
     }
 }
@@ -83,8 +84,6 @@ void SockJsSocket::abort()
     renewSocket();
     if (isUp) {
         reportEnd();
-    } else {
-        attempt.invalidate();
     }
 }
 
@@ -134,9 +133,8 @@ void SockJsSocket::onConnected()
 void SockJsSocket::onDisconnected()
 {
     connectTimer.stop();
-    auto const remaining = quietTimeAfterOpen - milliseconds(attempt.elapsed());
-    if (remaining > 0ms) {
-        failureTimer.start(remaining);
+    if (attempt.isValid() && attempt.elapsed() < quietTimeAfterOpen.count()) {
+        failureTimer.start(quietTimeAfterOpen - milliseconds(attempt.elapsed()));
     } else {
         reportEnd();
     }
@@ -144,7 +142,6 @@ void SockJsSocket::onDisconnected()
 
 void SockJsSocket::reportEnd()
 {
-    attempt.invalidate();
     isUp = false;
     emit disconnected();
 }

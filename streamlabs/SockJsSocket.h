@@ -24,8 +24,8 @@
 //! `disconnected`. An attempt without a frame from the server 10 000 ms after its `open` is aborted; so is a
 //! connection that has carried two heartbeats ("h") and then nothing for three times the time between the
 //! last two, with a warning (those less than 1 000 ms apart count as one, for after a standstill of this
-//! process they come together), and one that gets a frame of more than 64 MiB. A connection that ends less
-//! than 1 000 ms after its `open`, established or not, is reported 1 000 ms after it, since it can fail
+//! process they come together), and one that gets a frame of more than 64 MiB. What fails or is lost less
+//! than 1 000 ms after its `open`, established or not, is reported 1 000 ms after it, since that can be
 //! within microseconds and users of this class reconnect at once. Any other loss is reported without delay.
 class SockJsSocket : public QObject
 {
@@ -37,9 +37,10 @@ public:
     ~SockJsSocket() override;
 
     //! Connects to ws://HOST:PORT/api/087/mekhdmek/websocket. Ends in `connected` or `disconnected`, unless
-    //! another `open` comes first.
+    //! another `open` comes first. To hear of the end of what was there before, `abort` that first.
     virtual void open(QString const& host, int port);
-    //! Closes an established connection normally (code 1000); otherwise does nothing.
+    //! Closes an established connection normally (code 1000), which is reported as soon as it is done;
+    //! otherwise does nothing.
     virtual void close();
     //! Ends an established connection or an attempt at once. When `connected` was the last that was told,
     //! `disconnected` comes from inside, even if it was being held back; otherwise nothing is reported.
@@ -85,7 +86,7 @@ private:
     std::chrono::milliseconds heartbeatDistance{};
     //! Holds the report of an early end back.
     QTimer failureTimer{this};
-    //! Since `open`; invalid when there is nothing to report any more.
+    //! Since `open`; invalid once its end is our own wish.
     QElapsedTimer attempt;
     //! Whether `connected` was the last that was told.
     bool isUp = false;
