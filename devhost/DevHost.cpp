@@ -12,8 +12,7 @@ using namespace Qt::StringLiterals;
 
 DevHost::DevHost(QObject* parent) : QObject(parent)
 {
-    // As the service publishes: what the relay sends its clients it thins out when it comes too fast. Queued,
-    // for who hears of it may stop the service that has just published.
+    // Queued, for who hears of it may stop the service that has just published.
     connect(
         &m_relay, &RelayServer::published, this,
         [this](QString const& subject, QJsonObject const& payload) {

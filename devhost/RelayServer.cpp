@@ -8,16 +8,12 @@
 #include <QMetaMethod>
 #include <QWebSocket>
 
-#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace ZoRemoteCommands;
 
 namespace {
-
-//! Characters from which on a text is sent to one client at a time and kept only while it is the latest.
-constexpr qsizetype large = 8192;
 
 QString compactText(QJsonObject const& message)
 {
@@ -38,9 +34,6 @@ RelayServer::RelayServer(QObject* parent)
         }
     });
     connect(&m_upgrader, &QWebSocketServer::newConnection, this, &RelayServer::acceptClients);
-    m_turn.setSingleShot(true);
-    m_turn.setInterval(0);
-    m_turn.callOnTimeout(this, &RelayServer::sendNextWaiting);
 }
 
 RelayServer::~RelayServer()
@@ -95,67 +88,12 @@ void RelayServer::removeCommandHandler(QString const& command)
 void RelayServer::publish(QString const& subject, QJsonObject const& payload)
 {
     if (auto const subscribers = m_subscribers.value(subject); !subscribers.isEmpty()) {
-        QString const task = payload.value("task"_L1).toString();
-        QString const text = textOf(task, payload);
+        QString const text = compactText(payload);
         for (auto* client : subscribers) {
-            deliver(client, task, text);
+            sendText(client, text);
         }
     }
     emit published(subject, payload);
-}
-
-// Lists are published again and again as they are, when keys ask for them and while an item is dragged, and
-// statuses go to and fro.
-QString RelayServer::textOf(QString const& task, QJsonObject const& payload)
-{
-    auto& published = m_published[task];
-    auto const known = std::ranges::find(published, payload, &Published::payload);
-    if (known != published.end()) {
-        return known->text;
-    }
-    std::erase_if(published, [](Published const& last) { return last.text.size() >= large; });
-    constexpr std::size_t most = 4;
-    if (published.size() == most) {
-        published.erase(published.begin());
-    }
-    published.push_back({payload, compactText(payload)});
-    return published.back().text;
-}
-
-// Some hundred kilobytes to each of many clients would hold up the thread that all of them share, so such
-// texts go to one client at a time, and what has not gone when the next of its kind comes never does.
-void RelayServer::deliver(QWebSocket* client, QString const& task, QString const& text)
-{
-    bool const isLarge = text.size() >= large;
-    auto const isOfClient = [client](Waiting const& waiting) { return waiting.client == client; };
-    if (!isLarge && std::ranges::none_of(m_waiting, isOfClient)) {
-        sendText(client, text);
-        return;
-    }
-    // The last of its kind, so that a client never ends with an older one than was published last.
-    auto const last = std::find_if(m_waiting.rbegin(), m_waiting.rend(),
-        [&](Waiting const& waiting) { return isOfClient(waiting) && waiting.task == task; });
-    if (isLarge && last != m_waiting.rend() && last->text.size() >= large) {
-        last->text = text; // in its place, or the last in the queue would never have their turn
-    } else {
-        m_waiting.push_back({client, task, text});
-    }
-    m_turn.start();
-}
-
-void RelayServer::sendNextWaiting()
-{
-    auto const next = std::ranges::find_if(
-        m_waiting, [](Waiting const& waiting) { return waiting.client->bytesToWrite() == 0; });
-    if (next == m_waiting.end()) {
-        return; // one that has taken all it was sent starts the next turn
-    }
-    auto const [client, task, text] = *next;
-    m_waiting.erase(next); // before it is sent, for sending may show that the client is gone
-    sendText(client, text);
-    if (!m_waiting.empty()) {
-        m_turn.start();
-    }
 }
 
 void RelayServer::dispatchEvent(QJsonObject const& event)
@@ -181,18 +119,12 @@ void RelayServer::acceptClients()
         connect(client, &QWebSocket::binaryMessageReceived, this, [this, client](QByteArray const& bytes) {
             reject(client, QJsonValue::Undefined, u"not a text frame"_s, u"%1 bytes"_s.arg(bytes.size()));
         });
-        connect(client, &QWebSocket::bytesWritten, this, [this] {
-            if (!m_waiting.empty()) {
-                m_turn.start();
-            }
-        });
         connect(client, &QWebSocket::disconnected, this, [this, client] {
             m_clients.removeOne(client);
             m_numbers.remove(client);
             for (auto& subscribers : m_subscribers) {
                 subscribers.removeOne(client);
             }
-            std::erase_if(m_waiting, [client](Waiting const& waiting) { return waiting.client == client; });
             client->deleteLater();
             emit clientCountChanged();
         });
@@ -208,12 +140,9 @@ void RelayServer::receive(QWebSocket* client, QString const& text)
     if (isSignalConnected(QMetaMethod::fromSignal(&RelayServer::messageReceived))) {
         emit messageReceived(m_numbers.value(client), text);
     }
-    if (text != m_lastReceived) {
-        m_lastReceived = text;
-        m_lastCommand = QJsonDocument::fromJson(text.toUtf8());
-    }
-    QJsonObject const command = m_lastCommand.object();
-    QString const problem = m_lastCommand.isObject() ? handle(client, command) : u"not a JSON object"_s;
+    auto const document = QJsonDocument::fromJson(text.toUtf8());
+    QJsonObject const command = document.object();
+    QString const problem = document.isObject() ? handle(client, command) : u"not a JSON object"_s;
     if (!problem.isEmpty()) {
         reject(client, command.value("task"_L1), problem, text);
     }
@@ -309,11 +238,12 @@ void RelayServer::send(QWebSocket* client, QJsonObject const& message)
 
 void RelayServer::sendText(QWebSocket* client, QString const& text)
 {
-    client->sendTextMessage(text);
-    if (text.size() < large) {
-        client->flush(); // what a key waits for is not to wait for the event loop's next turn
+    int const number = m_numbers.value(client);
+    if (number == 0) {
+        return; // whoever heard of what was sent before may have dropped it
     }
+    client->sendTextMessage(text);
     if (isSignalConnected(QMetaMethod::fromSignal(&RelayServer::messageSent))) {
-        emit messageSent(m_numbers.value(client), text);
+        emit messageSent(number, text);
     }
 }

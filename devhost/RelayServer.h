@@ -3,18 +3,13 @@
 #include "relay/ZoInterfaceRcc.h"
 
 #include <QHash>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <QList>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QTcpServer>
-#include <QTimer>
 #include <QWebSocketServer>
-
-#include <utility>
-#include <vector>
 
 //! The host's relay: a WebSocket server (RFC 6455) on the loopback interface that carries commands and
 //! published payloads between action objects, services and the host.
@@ -29,8 +24,7 @@
 //! Acknowledgements repeat the command, {"task": command, "success": true, "subject" or "subjects"}. Anything
 //! else is logged and answered with {"task": what came, "error": why}.
 //!
-//! What is published under one "task" goes to each client in the order in which it was published. Of large
-//! payloads (8192 characters or more) that come faster than a client takes them, it is sent the newest.
+//! What is published is serialised once and sent to each subscriber as it comes.
 //!
 //! Everything runs on the thread of the object.
 class RelayServer : public QObject, public ZoInterfaceRcc
@@ -90,24 +84,8 @@ private:
     //! Logs and answers \a what is not understood.
     void reject(QWebSocket* client, QJsonValue const& task, QString const& problem, QString const& what);
     void subscribe(QWebSocket* client, QStringList const& subjects);
-    void deliver(QWebSocket* client, QString const& task, QString const& text);
-    void sendNextWaiting();
-
-    struct Published
-    {
-        QJsonObject payload;
-        QString text;
-    };
-    //! The compact text of \a payload.
-    QString textOf(QString const& task, QJsonObject const& payload);
-    //! Something published that a client has not been sent yet.
-    struct Waiting
-    {
-        QWebSocket* client;
-        QString task;
-        QString text;
-    };
     void send(QWebSocket* client, QJsonObject const& message);
+    //! Nothing is sent to a client that is gone.
     void sendText(QWebSocket* client, QString const& text);
 
     QTcpServer m_tcpServer;
@@ -117,12 +95,5 @@ private:
     int m_lastNumber = 0;
     QHash<QString, QList<QWebSocket*>> m_subscribers;
     QHash<QString, CommandHandler> m_handlers;
-    std::vector<Waiting> m_waiting;
-    QTimer m_turn;
-    //! What was published lately, by task.
-    QHash<QString, std::vector<Published>> m_published;
-    //! What a client sent last. Keys say the same, one after the other.
-    QString m_lastReceived;
-    QJsonDocument m_lastCommand;
     bool m_acknowledgesAtOnce = true;
 };
