@@ -147,8 +147,10 @@ signals:
     void connected();
     void disconnected();
 
-private:
+private slots:
     void onTextMessageReceived(QString const& text);
+
+private:
     void send(QString const& text);
     void sendServiceTask(QString const& name);
     void sendServiceTask(QString const& name, QJsonObject arguments);
