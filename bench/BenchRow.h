@@ -72,6 +72,8 @@ Benchmarks benchLink();
 Benchmarks benchRelay();
 //! Placed keys, through the loaded library: presses, faces, large collections, memory.
 Benchmarks benchKeys();
+//! The same keys while an item is dragged: stalls, memory, processor, presses, changes.
+Benchmarks benchDrag();
 //! What drawing faces costs.
 Benchmarks benchFaces();
 //! What making icons costs.

@@ -1,27 +1,15 @@
 #include "bench/BareHops.h"
 #include "bench/BenchRow.h"
-#include "devhost/Console.h"
-#include "devhost/DevHost.h"
-#include "devhost/PluginHost.h"
-#include "devhost/RelayServer.h"
-#include "devhost/StreamlabsStandIn.h"
-#include "relay/ZoRemoteCommands.h"
+#include "bench/LoadedHost.h"
 #include "uikit/ZoBaseHotkeyWidget.h"
 
-#include <QAbstractEventDispatcher>
-#include <QAbstractItemModel>
-#include <QComboBox>
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEvent>
-#include <QEventLoop>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLabel>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTimer>
 #include <QWebSocket>
 #include <QWebSocketServer>
 #include <QWidget>
@@ -40,126 +28,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-template <typename Condition>
-void waitUntil(Condition const& condition)
-{
-    while (!condition()) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-}
-
-void settle(std::chrono::milliseconds time)
-{
-    QEventLoop loop;
-    QTimer::singleShot(time, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-constexpr QSize windowSize(1300, 500);
-
-//! What a host has, with the loaded library, its service connected, and a window for the faces. Other than
-//! the development host it does not listen to what the service publishes: only the keys do.
-class Host
-{
-public:
-    Host(int scenes, int items)
-    {
-        if (scenes > 0) {
-            desktop.model().generate(scenes, items, 20);
-        }
-        if (!desktop.start() || !relay.listen() ||
-            !plugin.load({DevHost::builtPluginFile(), relay.port(), {}, u"en_US"_s})) {
-            std::fprintf(stderr, "no host: %s\n", qPrintable(plugin.errorString()));
-            std::exit(1);
-        }
-        console.setPackage(plugin.package());
-        plugin.startService(relay, desktop.token(), desktop.port());
-        waitUntil([&] { return desktop.authorizedCount() == 1; });
-        window.resize(windowSize);
-        window.show();
-        settle(std::chrono::milliseconds(200));
-    }
-
-    ~Host()
-    {
-        plugin.stopService();
-        console.setPackage(nullptr);
-        plugin.unload();
-    }
-
-    Host(Host const&) = delete;
-    Host& operator=(Host const&) = delete;
-
-    void place(QString const& action, QJsonObject const& settings = {})
-    {
-        int const index = console.firstFreeIndex();
-        console.place(index, console.actionIdOf(action), settings);
-        QWidget* const face = console.key(index)->faceWidget();
-        face->setParent(&window);
-        face->move(index % 8 * 160, index / 8 * 120);
-        face->show();
-    }
-
-    //! A mix of all five actions on targets of the generated collection.
-    void placeMix(int keys) { placeMix(keys, desktop.model().scenes(), desktop.model().audioSources()); }
-
-    void placeMix(int keys, QJsonArray const& scenes, QJsonArray const& audio)
-    {
-        for (int i = 0; i < keys; ++i) {
-            QJsonObject const scene = scenes.at(i % scenes.size()).toObject();
-            QJsonObject const item = scene.value("nodes"_L1).toArray().at(i).toObject();
-            switch (i % 5) {
-            case 0:
-                place(u"scene"_s, {{u"version"_s, 2}, {u"scene_id"_s, scene.value("id"_L1)}});
-                break;
-            case 1:
-                place(u"source"_s, {{u"version"_s, 2}, {u"scene_id"_s, scene.value("id"_L1)},
-                                       {u"scene_item_id"_s, item.value("sceneItemId"_L1)}});
-                break;
-            case 2:
-                place(u"mute"_s,
-                    {{u"version"_s, 2},
-                        {u"audio_source_id"_s, audio.at(i % audio.size()).toObject().value("sourceId"_L1)}});
-                break;
-            case 3:
-                place(u"stream"_s);
-                break;
-            default:
-                place(u"record"_s);
-                break;
-            }
-        }
-    }
-
-    void waitForSubscribers(int keys)
-    {
-        waitUntil(
-            [&] { return relay.subscriberCount(ZoRemoteSubjects::kSubjectStreamlabsResponse) == keys; });
-        settle(std::chrono::milliseconds(300));
-    }
-
-    StreamlabsStandIn desktop;
-    RelayServer relay;
-    PluginHost plugin;
-    Console console{QString()};
-    QWidget window;
-};
-
-//! Counts how often a widget has been painted.
-class PaintCounter : public QObject
-{
-public:
-    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
-
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        painted += event->type() == QEvent::Paint ? 1 : 0;
-        return QObject::eventFilter(watched, event);
-    }
-
-    int painted = 0;
-};
-
 //! The face of a key in a window like that of the keys, told directly what to show: what showing it costs
 //! without us on the way.
 class BareFace
@@ -167,7 +35,7 @@ class BareFace
 public:
     BareFace()
     {
-        window.resize(windowSize);
+        window.resize(LoadedHost::windowSize);
         window.show();
         constexpr int warmUp = 10;
         for (int i = 0; i < warmUp; ++i) {
@@ -216,7 +84,7 @@ constexpr double tail = 0.99;
 //! From the finger to the request and from the event to the repainted face.
 QList<BenchRow> pressAndFace()
 {
-    Host host(0, 0);
+    LoadedHost host(0, 0);
     host.place(u"stream"_s);
     host.waitForSubscribers(1);
     auto& desktop = host.desktop;
@@ -301,17 +169,6 @@ constexpr int itemsPerScene = 40;
 //! One that a key of the mix shows.
 QString const draggedItem = u"Item 2.2"_s;
 
-//! Until all that is under way in this process has been worked off.
-void drain()
-{
-    // What is written to a loopback socket can be read at once, so an idle turn means that nothing is left.
-    constexpr int sure = 3;
-    for (int idle = 0; idle < sure;) {
-        bool const busy = QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents);
-        idle = busy ? 0 : idle + 1;
-    }
-}
-
 //! One text to many WebSockets in this process, of which one parses it.
 class BareFanOut
 {
@@ -343,11 +200,10 @@ public:
     void run(QString const& text)
     {
         received = 0;
-        // One after the other is the fastest way: less memory is in use at a time.
         for (auto const& sender : senders) {
             sender->sendTextMessage(text);
-            waitUntil([this, expected = received + 1] { return received == expected; });
         }
+        waitUntil([this] { return received == senders.size(); });
     }
 
 private:
@@ -361,7 +217,7 @@ private:
 
 //! The frame that the stand-in sends upon \a change.
 template <typename Change>
-QString frameUpon(Host& host, Change const& change)
+QString frameUpon(LoadedHost& host, Change const& change)
 {
     QString frame;
     QObject listener;
@@ -373,201 +229,119 @@ QString frameUpon(Host& host, Change const& change)
     return frame;
 }
 
-//! Microseconds from the frame of an item that was hidden or shown until every key has worked off the list.
-struct ItemUpdated
+//! From the frame of an item that was hidden or shown until every key has worked off the list.
+QList<BenchRow> itemUpdated()
 {
     std::vector<double> ours;
     std::vector<double> transport;
-    //! Round by round, for the median of differences is steadier than the difference of medians.
-    std::vector<double> beyond;
-
-    void measure(int keys)
-    {
-        Host host(sceneCount, itemsPerScene);
-        host.placeMix(keys);
-        host.waitForSubscribers(keys);
+    // Anew each time: where the buffers come to lie decides on some per cent.
+    constexpr int repetitions = 3;
+    for (int i = 0; i < repetitions; ++i) {
+        LoadedHost host(sceneCount, itemsPerScene);
+        host.placeMix(manyKeys);
+        host.waitForSubscribers(manyKeys);
         drain();
         QString published;
+        int publications = 0;
         QObject::connect(&host.relay, &RelayServer::published, &host.window,
             [&](QString const&, QJsonObject const& payload) {
-                published = QString::fromUtf8(QJsonDocument(payload).toJson(QJsonDocument::Compact));
+                ++publications;
+                if (published.isEmpty()) {
+                    published = QString::fromUtf8(QJsonDocument(payload).toJson(QJsonDocument::Compact));
+                }
             });
         QString const hidden =
             frameUpon(host, [](StandInModel& model) { model.setItemVisible(draggedItem, false); });
         QString const shown =
             frameUpon(host, [](StandInModel& model) { model.setItemVisible(draggedItem, true); });
-        QObject::disconnect(&host.relay, nullptr, &host.window, nullptr);
+        waitUntil([&] { return publications > 0; });
 
-        BareFanOut bare(keys);
-        constexpr int rounds = 21;
+        BareFanOut bare(manyKeys);
+        std::chrono::milliseconds rest(1000);
+        constexpr int rounds = 11;
         for (int round = 0; round < rounds; ++round) {
             transport.push_back(microseconds([&] { bare.run(published); }));
+            settle(rest);
             ours.push_back(microseconds([&] {
+                int const before = publications;
                 host.desktop.transport().sendRawFrame(round % 2 == 0 ? hidden : shown);
+                waitUntil([&] { return publications > before; });
                 drain();
             }));
-            beyond.push_back(ours.back() - transport.back());
+            constexpr int restPerCost = 10; // that the service leaves the relay after a large list
+            rest = std::chrono::milliseconds(1 + static_cast<int>(restPerCost * ours.back() / 1000));
         }
     }
-};
-
-QList<BenchRow> itemUpdated()
-{
-    ItemUpdated one;
-    ItemUpdated many;
-    // Anew each time: where the buffers come to lie decides on some per cent.
-    constexpr int repetitions = 7;
-    for (int i = 0; i < repetitions; ++i) {
-        one.measure(1);
-        many.measure(manyKeys);
-    }
     constexpr double limit = 1.5;
-    return {row(u"one item of 2,000 changed, 32 keys"_s, u"the same bytes to 32 sockets, parsed once"_s,
-                limit, many.ours, many.transport, median),
-        row(u"one item of 2,000 changed, 32 keys, beyond that transport"_s, u"the same with 1 key"_s, limit,
-            many.beyond, one.beyond, median)};
+    return {row(u"one item of 2,000 changed, 32 keys"_s,
+        u"the same bytes to 32 bare WebSockets, parsed once"_s, limit, ours, transport, median)};
 }
 
-//! Resident memory, KiB, without what is free again.
-double residentMemory()
+//! Resident memory without what is free again, KiB.
+double memoryAtRest()
 {
 #ifdef __GLIBC__
     malloc_trim(0);
 #endif
-    QFile file(u"/proc/self/status"_s);
-    if (file.open(QIODevice::ReadOnly)) {
-        for (auto const& line : file.readAll().split('\n')) {
-            if (line.startsWith("VmRSS:")) {
-                return line.mid(6).trimmed().split(' ').first().toDouble();
-            }
-        }
-    }
-    return 0;
+    return residentMemory();
 }
 
-//! Of the GUI thread while it lives, ms.
-class LongestGap
+struct Placing
 {
-public:
-    LongestGap()
-    {
-        beat.setTimerType(Qt::PreciseTimer);
-        beat.callOnTimeout([this] {
-            longest = std::max(longest, static_cast<double>(sinceLast.nsecsElapsed()) / 1e6);
-            sinceLast.start();
-        });
-        sinceLast.start();
-        beat.start(1);
-    }
-
-    double longest = 0;
-
-private:
-    QTimer beat;
-    QElapsedTimer sinceLast;
+    double ms = 0;
+    double memory = 0;
 };
 
-//! An item is dragged for a minute.
-QList<BenchRow> drag()
+//! From placing the first of 32 keys until all faces are true.
+Placing placeKeys(int scenes, int items)
 {
-    Host host(sceneCount, itemsPerScene);
-    host.placeMix(manyKeys);
-    host.waitForSubscribers(manyKeys);
-    QString const moved = frameUpon(host, [](StandInModel& model) { model.moveItem(draggedItem, {1, 1}); });
-    settle(std::chrono::seconds(2));
-
-    QTimer mouse;
-    mouse.setTimerType(Qt::PreciseTimer);
-    mouse.setInterval(std::chrono::milliseconds(1000 / 60));
-    mouse.callOnTimeout([&] { host.desktop.transport().sendRawFrame(moved); });
-    // What the keys and their panels show does not change.
-    int changes = 0;
-    std::vector<std::unique_ptr<PaintCounter>> paints;
-    for (int const index : host.console.indices()) {
-        ConsoleKey const* const key = host.console.key(index);
-        // A playing icon is painted for each of its frames, and the title over it with it.
-        if (!key->face().icon.endsWith(".gif"_L1)) {
-            paints.push_back(
-                std::make_unique<PaintCounter>(key->faceWidget()->findChild<QLabel*>(u"lblTitle"_s)));
-        }
-        for (auto const* box : key->panelWidget()->findChildren<QComboBox*>()) {
-            QObject::connect(
-                box->model(), &QAbstractItemModel::rowsInserted, &host.window, [&] { ++changes; });
-        }
-    }
-    // Without the messages that are under way.
-    auto const memoryAtRest = [&] {
-        mouse.stop();
-        drain();
-        return residentMemory();
-    };
-    // What the first seconds take stays; it must not grow from there.
-    constexpr auto warmUp = std::chrono::seconds(10);
-    mouse.start();
-    settle(warmUp);
-    double const before = memoryAtRest();
-    double longest = 0;
-    {
-        mouse.start();
-        LongestGap gap;
-        settle(std::chrono::minutes(1));
-        longest = gap.longest;
-    }
-    double const after = memoryAtRest();
-    for (auto const& counter : paints) {
-        changes += counter->painted;
-    }
-    constexpr double stall = 50;
-    return {{.what = u"longest stall of the GUI thread while an item is dragged for a minute, 32 keys"_s,
-                .floorIs = u"1 ms"_s,
-                .unit = u"ms"_s,
-                .ours = longest,
-                .floor = 1,
-                .limit = stall},
-        {.what = u"memory after that minute"_s,
-            .floorIs = u"before it"_s,
-            .unit = u"KiB"_s,
-            .ours = after,
-            .floor = before,
-            .limit = 1.02},
-        {.what = u"still faces painted and panels filled during that minute"_s,
-            .floorIs = u"nothing that they show has changed"_s,
-            .unit = QString(),
-            .ours = static_cast<double>(changes),
-            .floor = 1,
-            .limit = 0}};
-}
-
-//! From placing the last key until all faces are true.
-QList<BenchRow> placing()
-{
-    Host host(sceneCount, itemsPerScene);
+    LoadedHost host(scenes, items);
     host.placeMix(1); // what all keys share
     host.waitForSubscribers(1);
     drain();
-    auto const scenes = host.desktop.model().scenes();
-    auto const audio = host.desktop.model().audioSources();
-    double const before = residentMemory();
+    double const before = memoryAtRest();
     QElapsedTimer timer;
     timer.start();
-    host.placeMix(manyKeys, scenes, audio);
+    host.placeMix(manyKeys);
     auto const keys = host.console.indices();
     waitUntil([&] {
         return std::ranges::none_of(keys, [&](int index) { return host.console.key(index)->face().invalid; });
     });
     double const took = static_cast<double>(timer.nsecsElapsed()) / 1e6;
     drain();
-    double const after = residentMemory();
-    return {{.what = u"32 keys placed, all faces true"_s,
+    return {took, (memoryAtRest() - before) / manyKeys};
+}
+
+QList<BenchRow> placing()
+{
+    constexpr int rounds = 5;
+    std::vector<double> large;
+    std::vector<double> small;
+    std::vector<double> memory;
+    for (int round = 0; round < rounds; ++round) {
+        small.push_back(placeKeys(1, 1).ms);
+        auto const [ms, perKey] = placeKeys(sceneCount, itemsPerScene);
+        large.push_back(ms);
+        memory.push_back(perKey);
+    }
+    double const smallMs = quantile(std::move(small), median);
+    double const largeMs = quantile(std::move(large), median);
+    return {{.what = u"32 keys placed, all faces true, 2,000 items"_s,
                 .floorIs = u"1 ms"_s,
                 .unit = u"ms"_s,
-                .ours = took,
+                .ours = largeMs,
                 .floor = 1,
                 .limit = 300},
+        {.what = u"32 keys placed, all faces true, 2,000 items: more than with 1 item"_s,
+            .floorIs = u"1 ms"_s,
+            .unit = u"ms"_s,
+            .ours = largeMs - smallMs,
+            .floor = 1,
+            .limit = 100},
         {.what = u"memory of one key of 32"_s,
             .floorIs = u"1 KiB"_s,
             .unit = u"KiB"_s,
-            .ours = (after - before) / manyKeys,
+            .ours = quantile(std::move(memory), median),
             .floor = 1,
             .limit = 400}};
 }
@@ -576,6 +350,5 @@ QList<BenchRow> placing()
 
 Benchmarks benchKeys()
 {
-    return {{u"press"_s, pressAndFace}, {u"item-updated"_s, itemUpdated}, {u"drag"_s, drag},
-        {u"placing"_s, placing}};
+    return {{u"press"_s, pressAndFace}, {u"item-updated"_s, itemUpdated}, {u"placing"_s, placing}};
 }

@@ -1,6 +1,7 @@
 // lumen-bench: what the package costs, each figure as a ratio to a floor measured in the same run.
 
 #include "bench/BenchRow.h"
+#include "bench/DesktopProcess.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -34,10 +35,16 @@ QJsonObject toJson(BenchRow const& row)
 
 int main(int argc, char* argv[])
 {
+    constexpr int standInArguments = 4;
+    if (argc == standInArguments && qstrcmp(argv[1], "--stand-in") == 0) {
+        QCoreApplication const app(argc, argv);
+        return DesktopProcess::run(QByteArray(argv[2]).toInt(), QByteArray(argv[3]).toInt());
+    }
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication const app(argc, argv);
     QCoreApplication::setApplicationName(u"lumen-bench"_s);
-    Benchmarks const benchmarks = benchRelay() + benchLink() + benchKeys() + benchFaces() + benchIcons();
+    Benchmarks const benchmarks =
+        benchRelay() + benchLink() + benchKeys() + benchDrag() + benchFaces() + benchIcons();
     QStringList names;
     for (auto const& benchmark : benchmarks) {
         names.append(benchmark.name);
