@@ -448,7 +448,7 @@ void tst_StreamlabsService::refusedToken()
     desktop->scriptResult(u"TcpServerService.auth"_s, false);
     service->connectSlobs(u"wrong"_s, desktop->port());
     QVERIFY(awaitLine(u"critical: auth failed"_s));
-    QCOMPARE(publishedTasks(), u"onStreamlabsAuthResult onStreamlabsAuthResult"_s); // the loss, and this
+    QCOMPARE(publishedTasks(), u"onStreamlabsAuthResult"_s);
     task(R"({"event":"refreshModel"})");
     QTRY_COMPARE(requests.size(), 3);
     QVERIFY(awaitLine(u"critical: unrecognized response"_s));
