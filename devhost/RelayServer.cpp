@@ -15,6 +15,9 @@ using namespace ZoRemoteCommands;
 
 namespace {
 
+//! Bytes of a message that a client sends, and of what it has been sent and does not read.
+constexpr qint64 most = 64LL * 1024 * 1024;
+
 QString compactText(QJsonObject const& message)
 {
     return QString::fromUtf8(QJsonDocument(message).toJson(QJsonDocument::Compact));
@@ -25,14 +28,7 @@ QString compactText(QJsonObject const& message)
 RelayServer::RelayServer(QObject* parent)
     : QObject(parent), m_upgrader(u"LUMEN relay"_s, QWebSocketServer::NonSecureMode)
 {
-    connect(&m_tcpServer, &QTcpServer::newConnection, this, [this] {
-        while (auto* socket = m_tcpServer.nextPendingConnection()) {
-            // A WebSocket frame leaves in two writes, and the second must not wait for the client's delayed
-            // ACK.
-            socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-            m_upgrader.handleConnection(socket);
-        }
-    });
+    connect(&m_handshake, &LoopbackHandshake::requested, &m_upgrader, &QWebSocketServer::handleConnection);
     connect(&m_upgrader, &QWebSocketServer::newConnection, this, &RelayServer::acceptClients);
 }
 
@@ -46,8 +42,8 @@ RelayServer::~RelayServer()
 
 bool RelayServer::listen(quint16 port)
 {
-    if (!m_tcpServer.listen(QHostAddress::LocalHost, port)) {
-        qCWarning(devHostLog) << "relay: cannot listen on port" << port << m_tcpServer.errorString();
+    if (!m_handshake.listen(port)) {
+        qCWarning(devHostLog) << "relay: cannot listen on port" << port << m_handshake.errorString();
         return false;
     }
     return true;
@@ -55,7 +51,7 @@ bool RelayServer::listen(quint16 port)
 
 void RelayServer::close()
 {
-    m_tcpServer.close();
+    m_handshake.close();
     for (auto* client : QList(m_clients)) {
         client->close(QWebSocketProtocol::CloseCodeGoingAway);
     }
@@ -111,6 +107,10 @@ void RelayServer::dispatchEvent(QJsonObject const& event)
 void RelayServer::acceptClients()
 {
     while (auto* client = m_upgrader.nextPendingConnection()) {
+        if (!client->isValid()) { // it went away during the upgrade
+            delete client;        // before its TCP socket, which has its end coming
+            continue;
+        }
         client->setParent(this);
         m_clients.append(client);
         m_numbers.insert(client, ++m_lastNumber);
@@ -119,9 +119,14 @@ void RelayServer::acceptClients()
         connect(client, &QWebSocket::binaryMessageReceived, this, [this, client](QByteArray const& bytes) {
             reject(client, QJsonValue::Undefined, u"not a text frame"_s, u"%1 bytes"_s.arg(bytes.size()));
         });
+        client->setMaxAllowedIncomingFrameSize(most);
+        client->setMaxAllowedIncomingMessageSize(most);
         connect(client, &QWebSocket::disconnected, this, [this, client] {
             m_clients.removeOne(client);
-            m_numbers.remove(client);
+            int const number = m_numbers.take(client);
+            if (client->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData) {
+                qCWarning(devHostLog) << "relay: client" << number << "dropped, its message is too large";
+            }
             for (auto& subscribers : m_subscribers) {
                 subscribers.removeOne(client);
             }
@@ -243,6 +248,11 @@ void RelayServer::sendText(QWebSocket* client, QString const& text)
         return; // whoever heard of what was sent before may have dropped it
     }
     client->sendTextMessage(text);
+    if (client->bytesToWrite() > most) {
+        qCWarning(devHostLog) << "relay: client" << number << "dropped, it does not read what it is sent";
+        client->abort();
+        return;
+    }
     if (isSignalConnected(QMetaMethod::fromSignal(&RelayServer::messageSent))) {
         emit messageSent(number, text);
     }

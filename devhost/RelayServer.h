@@ -1,5 +1,6 @@
 #pragma once
 
+#include "devhost/LoopbackHandshake.h"
 #include "relay/ZoInterfaceRcc.h"
 
 #include <QHash>
@@ -8,7 +9,6 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QTcpServer>
 #include <QWebSocketServer>
 
 //! The host's relay: a WebSocket server (RFC 6455) on the loopback interface that carries commands and
@@ -24,7 +24,9 @@
 //! Acknowledgements repeat the command, {"task": command, "success": true, "subject" or "subjects"}. Anything
 //! else is logged and answered with {"task": what came, "error": why}.
 //!
-//! What is published is serialised once and sent to each subscriber as it comes.
+//! What is published is serialised once and sent to each subscriber as it comes. Programs of this machine are
+//! served, and no page in a browser (`LoopbackHandshake`). A client that sends more than 64 MiB in one
+//! message, or leaves more than that unread, is dropped with a line in the log.
 //!
 //! Everything runs on the thread of the object.
 class RelayServer : public QObject, public ZoInterfaceRcc
@@ -41,7 +43,7 @@ public:
     //! Closes every connection and stops listening. Handlers stay.
     void close();
     //! 0 while not listening.
-    quint16 port() const { return m_tcpServer.serverPort(); }
+    quint16 port() const { return m_handshake.port(); }
     int clientCount() const { return static_cast<int>(m_clients.size()); }
     //! The number of clients that get what is published on \a subject.
     int subscriberCount(QString const& subject) const;
@@ -88,7 +90,7 @@ private:
     //! Nothing is sent to a client that is gone.
     void sendText(QWebSocket* client, QString const& text);
 
-    QTcpServer m_tcpServer;
+    LoopbackHandshake m_handshake;
     QWebSocketServer m_upgrader;
     QList<QWebSocket*> m_clients;
     QHash<QWebSocket*, int> m_numbers;

@@ -2,12 +2,10 @@
 
 #include "devhost/DevHostLog.h"
 
-#include <QHostAddress>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QMetaMethod>
 #include <QRegularExpression>
-#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 #include <QWebSocket>
@@ -19,24 +17,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// More than any browser or WebSocket library sends as the head of a request.
-constexpr qint64 kMaxRequestHead = 16384;
+constexpr quint64 kMaxClientFrame = 64ULL * 1024 * 1024;
 
 bool isEndpoint(QByteArray const& requestLine)
 {
     static QRegularExpression const endpoint(
         uR"(^GET /api/[0-9]{3}/[^/.?#\s]+/websocket(\?\S*)? HTTP/1\.[01]$)"_s);
     return endpoint.match(QString::fromLatin1(requestLine)).hasMatch();
-}
-
-void refuse(QTcpSocket* socket, QByteArray const& status)
-{
-    // Unread input would turn the close into a reset, and the client might never see the answer.
-    socket->readAll();
-    socket->write("HTTP/1.1 " + status +
-                  "\r\nContent-Type: text/plain; charset=UTF-8\r\nConnection: close\r\nContent-Length: " +
-                  QByteArray::number(status.size()) + "\r\n\r\n" + status);
-    socket->disconnectFromHost();
 }
 
 QString messageFrame(QStringList const& messages)
@@ -66,11 +53,9 @@ std::optional<QStringList> messagesOf(QString const& frame)
 } // namespace
 
 SockJsServer::SockJsServer(QObject* parent)
-    : QObject(parent)
-    , m_tcpServer(new QTcpServer(this))
-    , m_upgrader(u"SockJS"_s, QWebSocketServer::NonSecureMode)
+    : QObject(parent), m_upgrader(u"SockJS"_s, QWebSocketServer::NonSecureMode)
 {
-    connect(m_tcpServer, &QTcpServer::newConnection, this, &SockJsServer::acceptTcpConnections);
+    connect(&m_handshake, &LoopbackHandshake::requested, this, &SockJsServer::answerRequest);
     connect(&m_upgrader, &QWebSocketServer::newConnection, this, &SockJsServer::acceptWebSockets);
 }
 
@@ -82,15 +67,15 @@ SockJsServer::~SockJsServer()
 
 bool SockJsServer::listen(quint16 port)
 {
-    if (m_tcpServer->listen(QHostAddress::LocalHost, port))
+    if (m_handshake.listen(port))
         return true;
-    qCWarning(devHostLog) << "the stand-in cannot listen on port" << port << m_tcpServer->errorString();
+    qCWarning(devHostLog) << "the stand-in cannot listen on port" << port << m_handshake.errorString();
     return false;
 }
 
 void SockJsServer::close()
 {
-    m_tcpServer->close();
+    m_handshake.close();
     for (int const client : clients()) {
         sendFrame(client, u"c[3000,\"Go away!\"]"_s);
         if (QWebSocket* webSocket = forget(client))
@@ -105,19 +90,22 @@ void SockJsServer::drop()
         if (QWebSocket* webSocket = forget(client))
             webSocket->abort();
     }
+    m_handshake.drop();
     // A copy: each abort takes its socket out of the set.
-    for (QSet<QTcpSocket*> const sockets = m_notUpgraded; QTcpSocket * socket : sockets)
+    for (QSet<QTcpSocket*> const sockets = m_notUpgraded; QTcpSocket * socket : sockets) {
+        socket->disconnect(&m_upgrader); // which would read the request next
         socket->abort();
+    }
 }
 
 bool SockJsServer::isListening() const
 {
-    return m_tcpServer->isListening();
+    return m_handshake.isListening();
 }
 
 quint16 SockJsServer::port() const
 {
-    return m_tcpServer->serverPort();
+    return m_handshake.port();
 }
 
 void SockJsServer::send(int client, QString const& message)
@@ -149,41 +137,20 @@ void SockJsServer::sendRawFrame(QString const& frame)
 
 void SockJsServer::sendRawBytes(QByteArray const& bytes)
 {
-    for (Client const& client : std::as_const(m_clients))
-        client.tcpSocket->write(bytes);
-}
-
-void SockJsServer::acceptTcpConnections()
-{
-    while (QTcpSocket* socket = m_tcpServer->nextPendingConnection()) {
-        socket->setParent(this);
-        // Otherwise a small frame waits for the client to acknowledge the one before, up to 40 ms.
-        socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-        m_notUpgraded.insert(socket);
-        connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-            m_notUpgraded.remove(socket);
-            socket->deleteLater();
-        });
-        connect(socket, &QTcpSocket::readyRead, this, [this, socket] { readRequestHead(socket); });
-        readRequestHead(socket);
+    for (Client const& client : std::as_const(m_clients)) {
+        if (client.tcpSocket->isWritable()) // one that has said goodbye is still here until all is written
+            client.tcpSocket->write(bytes);
     }
 }
 
-void SockJsServer::readRequestHead(QTcpSocket* socket)
+void SockJsServer::answerRequest(QTcpSocket* socket, QByteArray const& requestLine)
 {
-    // The upgrader reads the request again, so it stays in the socket.
-    QByteArray const head = socket->peek(kMaxRequestHead);
-    bool const complete = head.contains("\r\n\r\n");
-    if (!complete && head.size() < kMaxRequestHead)
+    m_notUpgraded.insert(socket);
+    connect(socket, &QTcpSocket::disconnected, this, [this, socket] { m_notUpgraded.remove(socket); });
+    if (m_answer == Handshake::NeverAnswer)
         return;
-
-    disconnect(socket, &QTcpSocket::readyRead, this, nullptr);
-    if (m_handshake == Handshake::NeverAnswer)
-        return;
-    if (!complete)
-        refuse(socket, "431 Request Header Fields Too Large");
-    else if (m_handshake == Handshake::NotFound || !isEndpoint(head.left(head.indexOf("\r\n"))))
-        refuse(socket, "404 Not Found");
+    if (m_answer == Handshake::NotFound || !isEndpoint(requestLine))
+        LoopbackHandshake::refuse(socket, "404 Not Found");
     else
         m_upgrader.handleConnection(socket);
 }
@@ -196,7 +163,7 @@ void SockJsServer::acceptWebSockets()
         auto const tcpSocket = std::find_if(m_notUpgraded.cbegin(), m_notUpgraded.cend(),
             [webSocket](QTcpSocket const* socket) { return socket->peerPort() == webSocket->peerPort(); });
         if (tcpSocket == m_notUpgraded.cend()) { // it went away during the upgrade
-            webSocket->deleteLater();
+            delete webSocket;                    // before its TCP socket, which has its end coming
             continue;
         }
 
@@ -207,10 +174,17 @@ void SockJsServer::acceptWebSockets()
         client.tcpSocket->setParent(webSocket);
         m_clients.insert(id, client);
 
+        webSocket->setMaxAllowedIncomingFrameSize(kMaxClientFrame);
+        webSocket->setMaxAllowedIncomingMessageSize(kMaxClientFrame);
         connect(webSocket, &QWebSocket::textMessageReceived, this,
             [this, id](auto const& frame) { receiveFrame(id, frame); });
         connect(webSocket, &QWebSocket::binaryMessageReceived, this, [this, id] { breakOff(id); });
-        connect(webSocket, &QWebSocket::disconnected, this, [this, id] { forget(id)->deleteLater(); });
+        connect(webSocket, &QWebSocket::disconnected, this, [this, id] {
+            QWebSocket* const gone = forget(id);
+            if (gone->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData)
+                qCWarning(devHostLog) << "the stand-in drops a client: its frame is too large";
+            gone->deleteLater();
+        });
         connect(client.heartbeat, &QTimer::timeout, this, [this, id] { sendFrame(id, u"h"_s); });
         if (m_heartbeatInterval.count() > 0)
             client.heartbeat->start(m_heartbeatInterval);

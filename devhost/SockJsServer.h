@@ -1,5 +1,7 @@
 #pragma once
 
+#include "devhost/LoopbackHandshake.h"
+
 #include <QList>
 #include <QMap>
 #include <QObject>
@@ -10,7 +12,6 @@
 
 #include <chrono>
 
-class QTcpServer;
 class QTcpSocket;
 class QTimer;
 class QWebSocket;
@@ -19,11 +20,12 @@ class QWebSocket;
 //! only, with faults that can be switched on. It knows nothing of what the messages mean.
 //!
 //! Endpoint: ws://127.0.0.1:<port>/api/<three digits>/<session without a dot>/websocket; any other path is
-//! answered with a plain HTTP 404.
+//! answered with a plain HTTP 404, and a page in a browser is refused (`LoopbackHandshake`).
 //!
 //! Server frames: `o` after the upgrade, `h` as heartbeat, `a["message",…]` for messages and `c[3000,"Go
 //! away!"]` before a polite close. Client frames: a JSON array of strings, or one JSON string. An empty frame
-//! is ignored, anything else closes the connection with code 1002.
+//! is ignored, anything else closes the connection with code 1002, and more than 64 MiB with code 1009 and a
+//! line in the log.
 //!
 //! Clients are named by numbers that start at 1 and are never used again. Everything runs on the thread of
 //! the object; nothing blocks.
@@ -70,7 +72,7 @@ public:
     //! \name Faults
     //!@{
     //! For the connections that come from now on; a connection left unanswered stays so.
-    void setHandshake(Handshake handshake) { m_handshake = handshake; }
+    void setHandshake(Handshake handshake) { m_answer = handshake; }
     //! Sends \a frame as the text of one WebSocket message to every client, whatever it holds.
     void sendRawFrame(QString const& frame);
     //! Writes \a bytes between two WebSocket frames of every client's TCP connection.
@@ -97,19 +99,18 @@ private:
         QTimer* heartbeat = nullptr;
     };
 
-    void acceptTcpConnections();
-    void readRequestHead(QTcpSocket* socket);
+    void answerRequest(QTcpSocket* socket, QByteArray const& requestLine);
     void acceptWebSockets();
     void receiveFrame(int client, QString const& frame);
     void sendFrame(int client, QString const& frame);
     void breakOff(int client);
     QWebSocket* forget(int client);
 
-    QTcpServer* m_tcpServer;
+    LoopbackHandshake m_handshake;
     QWebSocketServer m_upgrader;
     QSet<QTcpSocket*> m_notUpgraded;
     QMap<int, Client> m_clients;
     int m_lastClient = 0;
-    Handshake m_handshake = Handshake::Answer;
+    Handshake m_answer = Handshake::Answer;
     std::chrono::milliseconds m_heartbeatInterval = std::chrono::seconds{25};
 };

@@ -188,6 +188,22 @@ private slots:
         QCOMPARE(relay->clientCount(), 0);
     }
 
+    void relayDropsWhoDoesNotRead()
+    {
+        RawClient listener(*relay);
+        RawClient const other(*relay);
+        listener.ask(uR"({"task":"remote.command.subscribe.subject","subject":"s"})"_s);
+        QJsonObject const payload{{u"task"_s, u"t"_s}, {u"list"_s, QString(1024 * 1024, u'x')}};
+        for (int i = 0; i < 63; ++i) {
+            relay->publish(u"s"_s, payload);
+        }
+        QCOMPARE(relay->clientCount(), 2);
+        relay->publish(u"s"_s, payload);
+        QVERIFY(log->take(u"warning: relay: client 1 dropped, it does not read"_s));
+        QCOMPARE(relay->clientCount(), 1);
+        QTRY_COMPARE(listener.socket.state(), QAbstractSocket::UnconnectedState);
+    }
+
     // ---- What the clients send
 
     void clientsSend_data()

@@ -130,25 +130,17 @@ private slots:
 
     void handshake()
     {
-        // At a blank in the path it waits for what came before to arrive.
-        std::pair<QByteArray, QByteArray> const answers[] = {{'/' + QByteArray(20000, 'x'), "431"},
-            {"/api/999/x-1_y/websocket", "101"}, {"/api/087/s/websocket?t=1", "101"},
-            {"/api/08 7/s/websocket", "101"}, {"/", "404"}, {"/api/08/s/websocket", "404"},
+        std::pair<QByteArray, QByteArray> const answers[] = {{"/api/999/x-1_y/websocket", "101"},
+            {"/api/087/s/websocket?t=1", "101"}, {"/", "404"}, {"/api/08/s/websocket", "404"},
             {"/api/abc/s/websocket", "404"}, {"/api/087//websocket", "404"},
             {"/api/087/a.b/websocket", "404"}, {"/api/087/s/xhr", "404"}, {"/rpc/087/s/websocket", "404"},
             {"/api/087/s/websocket/x", "404"}};
-        auto const accepted = [this] { return m_standIn->transport().findChild<QTcpSocket*>(); };
         for (auto const& [path, status] : answers) {
-            m_standIn->drop();
-            QTRY_VERIFY(!accepted());
             QTcpSocket socket;
             socket.connectToHost(u"127.0.0.1"_s, m_standIn->port());
-            QList<QByteArray> const pieces = path.split(' ');
-            socket.write("GET " + pieces.first());
-            if (pieces.size() > 1)
-                QTRY_COMPARE(accepted() ? accepted()->bytesAvailable() : 0, 4 + pieces.first().size());
-            socket.write(pieces.mid(1).join() +
-                         " HTTP/1.1\r\nHost: x\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
+            socket.write("GET " + path +
+                         " HTTP/1.1\r\nHost: localhost:" + QByteArray::number(m_standIn->port()) +
+                         "\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
                          "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n");
             QTRY_VERIFY2(socket.canReadLine(), path);
             QCOMPARE(path + socket.readLine().mid(9, 3), path + status);
