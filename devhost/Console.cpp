@@ -213,8 +213,11 @@ void Console::save()
             {u"index"_s, key->index()}, {u"action"_s, key->actionId()}, {u"settings"_s, key->settings()}});
     }
     QSaveFile file(fileName());
-    if (!file.open(QIODevice::WriteOnly) ||
-        file.write(QJsonDocument({{u"version"_s, 1}, {u"keys"_s, keys}}).toJson()) < 0 || !file.commit()) {
+    bool const isOpen = file.open(QIODevice::WriteOnly);
+    // Before there is anything in it, and whatever the one before had.
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    if (!isOpen || file.write(QJsonDocument({{u"version"_s, 1}, {u"keys"_s, keys}}).toJson()) < 0 ||
+        !file.commit()) {
         qCWarning(devHostLog) << "the keys cannot be stored:" << file.errorString();
     }
 }

@@ -18,7 +18,7 @@ class IBuiltInPackageLibrary;
 //!
 //! Kept in "keys.json" in the configuration folder, {"version": 1, "keys": [{"index", "action", "settings"},
 //! …]}, and written through a temporary file at every change, so that a crash at any moment leaves the last
-//! whole state.
+//! whole state. Only its owner may read it.
 class Console : public QObject
 {
     Q_OBJECT

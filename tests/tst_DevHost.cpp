@@ -26,6 +26,7 @@ private slots:
     void speaksJson();
     void takesLinesAsTheyCome();
     void usesARunningDesktop();
+    void keepsKeysToTheirOwner();
 };
 
 void tst_DevHost::matchesJson()
@@ -302,6 +303,21 @@ void tst_DevHost::usesARunningDesktop()
     QVERIFY2(result.exitCode == 0, qPrintable(result.out + result.err));
     desktop.closeWriteChannel();
     QTRY_COMPARE(desktop.state(), QProcess::NotRunning);
+}
+
+void tst_DevHost::keepsKeysToTheirOwner()
+{
+    QTemporaryDir folder;
+    QString const file = folder.filePath(u"keys.json"_s);
+    QFile::Permissions const owners =
+        QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
+    for (auto const* action : {"mute", "scene"}) { // a new file, and one that others may read
+        Run const result = run({u"--config-dir"_s, folder.path()}, "place "_ba + action);
+        QVERIFY2(result.exitCode == 0, qPrintable(result.out + result.err));
+        QVERIFY(QFile(file).size() > 0);
+        QCOMPARE(QFile::permissions(file), owners);
+        QVERIFY(QFile::setPermissions(file, owners | QFile::ReadGroup | QFile::ReadOther));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_DevHost)
