@@ -50,10 +50,16 @@ ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), m_
 void ScriptRunner::listen()
 {
     connect(&m_host, &DevHost::publicationReceived, this, [this](QJsonObject const& payload) {
-        constexpr qsizetype mostLists = 200; // each of them may be a megabyte
-        auto const isList = [](QJsonObject const& known) { return known.contains("list"_L1); };
-        if (isList(payload) && std::ranges::count_if(m_publications, isList) == mostLists) {
-            m_publications.erase(std::ranges::find_if(m_publications, isList));
+        // A list may be a megabyte, and a status is nothing: each kind has a bound of its own, so that no
+        // list pushes out a status. What a script expects in turn is rarely further back than its last few
+        // steps.
+        constexpr qsizetype mostLists = 50;
+        constexpr qsizetype mostOthers = 2000;
+        bool const isList = payload.contains("list"_L1);
+        auto const isAlike = [isList](
+                                 QJsonObject const& known) { return known.contains("list"_L1) == isList; };
+        if (std::ranges::count_if(m_publications, isAlike) == (isList ? mostLists : mostOthers)) {
+            m_publications.erase(std::ranges::find_if(m_publications, isAlike));
         }
         m_publications.append(payload);
         check();

@@ -79,7 +79,7 @@ private:
     //! A key's face tells of no change while nobody sees it, so it is looked at while a step waits for it.
     QTimer m_looking;
     int m_held = 0;
-    //! What came since the last publication that was expected; of the lists the newest 200.
+    //! What came since the last publication that was expected; of the lists the newest 50, of others 2000.
     QList<QJsonObject> m_publications;
     //! LED function to whether it is lit.
     QHash<QString, bool> m_leds;

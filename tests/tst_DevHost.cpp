@@ -204,6 +204,12 @@ void tst_DevHost::runs_data()
             "desktop record on\nexpect-led RECORD on\n"
             "expect onQueryStreamingStatus {\"streamingStatus\":\"starting\"}",
         0, "Done: 4");
+    row("after more than is kept", {},
+        "expect onQueryAudioList\ntask toggleRecordingStatus\nexpect-led RECORD on\n" +
+            QByteArray("task queryStreamingStatus\n").repeated(2000) +
+            "task toggleRecordingStatus\nexpect-led RECORD off\n"
+            "expect onQueryRecordingStatus {\"recordingStatus\":\"recording\"} within 0",
+        1, "came last with this task: {\"recordingStatus\":");
     row("a task that there is not", {}, "expect onQueryAudioList\ntask dance\nwait 200", 0,
         "[onServiceTask] TODO \"dance\"");
     row("a wrong token", {}, "expect onQueryAudioList\nhost reconnect wrong\nwait 500", 0,
