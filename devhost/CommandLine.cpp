@@ -5,6 +5,7 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QStandardPaths>
 
 #include <cstdio>
@@ -29,8 +30,19 @@ QString scriptHelp()
                "Examples:\n"
                "  lumen-devhost --headless\n"
                "  echo 'expect onQueryScenes' | lumen-devhost --headless --script - --scenes 50 --items 40\n"
-               "  lumen-devhost --headless --desktop-port 59650 --desktop-token TOKEN --script my.script "
-               "--json\n");
+               "  lumen-devhost --headless --desktop-port 59650 --desktop-token-file FILE --script "
+               "my.script --json\n");
+}
+
+//! What is written in \a fileName; empty, too, when it cannot be read.
+QString tokenIn(QString const& fileName)
+{
+    QFile file(fileName);
+    QString token = file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    while (token.endsWith(u'\n') || token.endsWith(u'\r')) {
+        token.chop(1);
+    }
+    return token;
 }
 
 } // namespace
@@ -49,7 +61,10 @@ QString CommandLine::read(QStringList const& arguments)
         u"FILE"_s);
     QCommandLineOption const desktopPort(u"desktop-port"_s,
         u"Use the Streamlabs Desktop whose remote control listens on this port, not the stand-in."_s, u"N"_s);
-    QCommandLineOption const desktopToken(u"desktop-token"_s, u"Its API token."_s, u"T"_s);
+    QCommandLineOption const desktopTokenFile(u"desktop-token-file"_s,
+        u"A file with its API token (default: LUMEN_DESKTOP_TOKEN of the environment)."_s, u"FILE"_s);
+    QCommandLineOption const desktopToken(
+        u"desktop-token"_s, u"The token itself, for all to see in the list of processes."_s, u"T"_s);
     QCommandLineOption const configDir(
         u"config-dir"_s, u"Folder for package data (default: the user's)."_s, u"DIR"_s);
     QCommandLineOption const language(
@@ -64,8 +79,8 @@ QString CommandLine::read(QStringList const& arguments)
     parser.setApplicationDescription(u"Loads the LUMEN action package as the console's host does and drives "
                                      u"Streamlabs Desktop, or a stand-in "
                                      "for it, through it."_s);
-    parser.addOptions({headlessOption, plugin, scriptOption, pictureOption, desktopPort, desktopToken,
-        configDir, language, scenes, items, audio, json, verboseOption, help});
+    parser.addOptions({headlessOption, plugin, scriptOption, pictureOption, desktopPort, desktopTokenFile,
+        desktopToken, configDir, language, scenes, items, audio, json, verboseOption, help});
     if (!parser.parse(arguments)) {
         return parser.errorText();
     }
@@ -93,11 +108,20 @@ QString CommandLine::read(QStringList const& arguments)
 
     constexpr int mostPort = 65535;
     constexpr int mostObjects = 100000;
-    if (parser.isSet(desktopPort) || parser.isSet(desktopToken)) {
-        host.desktop = {number(desktopPort, 0, 1, mostPort), parser.value(desktopToken)};
-        if (!parser.isSet(desktopPort) || host.desktop->token.isEmpty()) {
-            return u"--desktop-port and --desktop-token go together."_s;
+    if (parser.isSet(desktopTokenFile) && parser.isSet(desktopToken)) {
+        return u"--desktop-token-file and --desktop-token are two ways to say one thing."_s;
+    }
+    if (parser.isSet(desktopPort) || parser.isSet(desktopTokenFile) || parser.isSet(desktopToken)) {
+        QString const token = parser.isSet(desktopTokenFile) ? tokenIn(parser.value(desktopTokenFile))
+                              : parser.isSet(desktopToken)   ? parser.value(desktopToken)
+                                                             : qEnvironmentVariable("LUMEN_DESKTOP_TOKEN");
+        if (parser.isSet(desktopTokenFile) && token.isEmpty()) {
+            return u"The token file %1 cannot be read or is empty."_s.arg(parser.value(desktopTokenFile));
         }
+        if (!parser.isSet(desktopPort) || token.isEmpty()) {
+            return u"--desktop-port and a token, such as --desktop-token-file, go together."_s;
+        }
+        host.desktop = {number(desktopPort, 0, 1, mostPort), token};
     }
     if (parser.isSet(scenes) || parser.isSet(items) || parser.isSet(audio)) {
         constexpr int fewScenes = 5;

@@ -9,6 +9,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -193,6 +194,15 @@ void tst_DevHost::runs_data()
     row("stray word", {u"dance"_s}, {}, 2, "What is \"dance\"?");
     row("no number", {u"--scenes"_s, u"many"_s}, {}, 2, "--scenes takes a number from 1");
     row("port without a token", {u"--desktop-port"_s, u"59650"_s}, {}, 2, "go together");
+    row("token without a port", {u"--desktop-token-file"_s, QStringLiteral(LUMEN_TEST_README)}, {}, 2,
+        "go together");
+    row("two tokens",
+        {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s, u"--desktop-token-file"_s, u"f"_s}, {}, 2,
+        "two ways");
+    row("no such token file", {u"--desktop-port"_s, u"1"_s, u"--desktop-token-file"_s, u"/nowhere"_s}, {}, 2,
+        "The token file /nowhere cannot be read");
+    row("empty token file", {u"--desktop-port"_s, u"1"_s, u"--desktop-token-file"_s, u"/dev/null"_s}, {}, 2,
+        "The token file /dev/null cannot be read or is empty");
     row("port and size", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s, u"--audio"_s, u"2"_s},
         {}, 2, "are for the stand-in");
     row("tour of a real application", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s}, {}, 2,
@@ -303,10 +313,19 @@ void tst_DevHost::usesARunningDesktop()
         return port.hasMatch();
     }));
 
-    Run const result = run({u"--desktop-port"_s, port.captured(1), u"--desktop-token"_s, u"secret"_s},
-        "expect onStreamlabsAuthResult {\"authorized\":true}\ntask toggleStreamingStatus\n"
-        "expect onQueryStreamingStatus {\"streamingStatus\":\"live\"}\n");
-    QVERIFY2(result.exitCode == 0, qPrintable(result.out + result.err));
+    QTemporaryFile token;
+    QVERIFY(token.open() && token.write("secret\r\n") > 0 && token.flush());
+    // The environment counts where no option does.
+    for (auto const& [environment, option] :
+        {std::pair("wrong", QStringList{u"--desktop-token-file"_s, token.fileName()}),
+            {"wrong", {u"--desktop-token"_s, u"secret"_s}}, {"secret", {}}}) {
+        qputenv("LUMEN_DESKTOP_TOKEN", environment);
+        Run const result = run(QStringList{u"--desktop-port"_s, port.captured(1)} + option,
+            "expect onStreamlabsAuthResult {\"authorized\":true}\nexpect onQueryStreamingStatus\n"
+            "task toggleStreamingStatus\nexpect onQueryStreamingStatus\n");
+        QVERIFY2(result.exitCode == 0, qPrintable(result.out + result.err));
+    }
+    qunsetenv("LUMEN_DESKTOP_TOKEN");
     desktop.closeWriteChannel();
     QTRY_COMPARE(desktop.state(), QProcess::NotRunning);
 }
