@@ -66,7 +66,7 @@ struct Benchmark
 
 using Benchmarks = QList<Benchmark>;
 
-//! The link to Streamlabs Desktop: round trip, decoding, idling.
+//! The link to Streamlabs Desktop: round trip, decoding, idling, bad peers.
 Benchmarks benchLink();
 //! The relay side: publishing and shared decoding of large lists.
 Benchmarks benchRelay();

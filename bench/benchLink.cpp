@@ -3,15 +3,20 @@
 #include "bench/BenchRow.h"
 #include "devhost/RelayServer.h"
 #include "devhost/StreamlabsStandIn.h"
+#include "relay/WebSocketClient.h"
 #include "relay/ZoRemoteCommands.h"
 #include "streamlabs/SockJsCodec.h"
 #include "streamlabs/StreamlabsService.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QFile>
 #include <QJsonDocument>
 #include <QStringBuilder>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTimer>
+#include <QWebSocketServer>
 
 #include <chrono>
 #include <ctime>
@@ -164,20 +169,31 @@ QList<BenchRow> decodeLargeFrame()
         [&] { members += QJsonDocument::fromJson(clean).object().size(); })};
 }
 
+constexpr auto idleTime = std::chrono::seconds(10);
+
 //! CPU time in per cent of one core while the event loop runs for ten seconds.
 double idleCpu()
 {
-    constexpr auto duration = std::chrono::seconds(10);
     std::clock_t const before = std::clock();
     QEventLoop loop;
-    QTimer::singleShot(duration, &loop, &QEventLoop::quit);
+    QTimer::singleShot(idleTime, &loop, &QEventLoop::quit);
     loop.exec();
     constexpr double percent = 100;
     return percent * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC /
-           std::chrono::duration<double>(duration).count();
+           std::chrono::duration<double>(idleTime).count();
 }
 
 //! The limit is absolute here: 1 % of one core.
+BenchRow cpuRow(QString const& peer, double cpu)
+{
+    return {.what = u"CPU of the service while Streamlabs Desktop %1, over 10 s"_s.arg(peer),
+        .floorIs = u"1 % of one core"_s,
+        .unit = u"%"_s,
+        .ours = cpu,
+        .floor = 1,
+        .limit = 1};
+}
+
 QList<BenchRow> cpuWhileClosed()
 {
     StreamlabsStandIn desktop;
@@ -189,17 +205,142 @@ QList<BenchRow> cpuWhileClosed()
     StreamlabsService service;
     service.init(&relay);
     service.connectSlobs(u"token"_s, port);
-    return {{.what = u"CPU of the service while Streamlabs Desktop is closed, over 10 s"_s,
-        .floorIs = u"1 % of one core"_s,
-        .unit = u"%"_s,
-        .ours = idleCpu(),
-        .floor = 1,
-        .limit = 1}};
+    return {cpuRow(u"is closed"_s, idleCpu())};
+}
+
+//! The service against a peer, which has its share in the CPU time, and how often it came in \a attempts.
+QList<BenchRow> costOfPeer(QString const& peer, QString const& token, quint16 port, int const& attempts)
+{
+    RelayServer relay;
+    StreamlabsService service;
+    service.init(&relay);
+    service.connectSlobs(token, port);
+    BenchRow const cpu = cpuRow(peer, idleCpu());
+    return {cpu, {.what = u"the same: attempts a second"_s,
+                     .floorIs = u"one a second"_s,
+                     .unit = u"/s"_s,
+                     .ours = attempts / std::chrono::duration<double>(idleTime).count(),
+                     .floor = 1,
+                     .limit = 1.1}};
+}
+
+QList<BenchRow> peerThatCloses()
+{
+    auto server = std::make_unique<QTcpServer>();
+    server->listen(QHostAddress::LocalHost);
+    quint16 const port = server->serverPort();
+    int attempts = 0;
+    QObject::connect(server.get(), &QTcpServer::newConnection, server.get(), [&] {
+        ++attempts;
+        QTcpSocket* const connection = server->nextPendingConnection();
+        connection->abort();
+        connection->deleteLater();
+    });
+    auto rows = costOfPeer(u"accepts and closes"_s, u"token"_s, port, attempts);
+
+    RelayServer relay;
+    StreamlabsService service;
+    service.init(&relay);
+    service.connectSlobs(u"stand-in-token"_s, port);
+    int const before = attempts;
+    waitUntil([&] { return attempts == before + 2; }); // the longest wait begins
+    server.reset();
+    StreamlabsStandIn desktop;
+    desktop.start(port);
+    double const microsecondsBack =
+        microseconds([&] { waitUntil([&desktop] { return desktop.authorizedCount() == 1; }); });
+    constexpr double pacing = 1000;
+    rows.append({.what = u"and when it is itself again, until the link is back"_s,
+        .floorIs = u"the second between two attempts"_s,
+        .unit = u"ms"_s,
+        .ours = microsecondsBack / 1000,
+        .floor = pacing,
+        .limit = 1.6});
+    return rows;
+}
+
+QList<BenchRow> peerThatEndsOnTheToken()
+{
+    StreamlabsStandIn desktop;
+    desktop.start();
+    int attempts = 0;
+    QObject::connect(
+        &desktop.transport(), &SockJsServer::clientConnected, &desktop, [&attempts] { ++attempts; });
+    return costOfPeer(u"ends at each token"_s, u"a\"b"_s, desktop.port(), attempts);
+}
+
+QList<BenchRow> peerThatIsSilent()
+{
+    QWebSocketServer server(QString(), QWebSocketServer::NonSecureMode);
+    server.listen(QHostAddress::LocalHost);
+    int attempts = 0;
+    QObject::connect(&server, &QWebSocketServer::newConnection, &server, [&] {
+        ++attempts;
+        QWebSocket const* const connection = server.nextPendingConnection();
+        QObject::connect(connection, &QWebSocket::disconnected, connection, &QObject::deleteLater);
+    });
+    return costOfPeer(u"upgrades and is silent"_s, u"token"_s, server.serverPort(), attempts);
+}
+
+//! In kB, of what the process holds or has held at most.
+double memory(QByteArray const& what)
+{
+    QFile file(u"/proc/self/status"_s);
+    if (file.open(QIODevice::ReadOnly)) {
+        for (QByteArray const& line : file.readAll().split('\n')) {
+            if (line.startsWith(what)) {
+                return line.simplified().split(' ').value(1).toDouble();
+            }
+        }
+    }
+    return 0;
+}
+
+QList<BenchRow> peerThatFloods()
+{
+    constexpr int parts = 500;
+    QByteArray const part(1'000'000, 'x');
+    SockJsServer server;
+    server.listen();
+    int attempts = 0;
+    QTimer next; // a part a turn, for the peer is not to hold the rest
+    int sent = 0;
+    QObject::connect(&server, &SockJsServer::frameReceived, &server, [&] {
+        ++attempts;
+        server.sendRawBytes("\x81\x7f" + QByteArray::fromHex("000000001dcd6500")); // 500,000,000
+        sent = 0;
+        next.start(0);
+    });
+    QObject::connect(&next, &QTimer::timeout, &server, [&] {
+        server.sendRawBytes(part);
+        if (++sent == parts || server.clientCount() == 0) {
+            next.stop();
+        }
+    });
+    if (QFile peak(u"/proc/self/clear_refs"_s); peak.open(QIODevice::WriteOnly)) {
+        peak.write("5"); // from here on
+    }
+    double const before = memory("VmRSS:");
+    auto rows = costOfPeer(u"sends 500 MB in one frame"_s, u"token"_s, server.port(), attempts);
+    constexpr double kilo = 1024;
+    rows.append({.what = u"the same: memory at most, beyond what there was"_s,
+        .floorIs = u"the 64 MiB that a frame may have"_s,
+        .unit = u"MiB"_s,
+        .ours = (memory("VmHWM:") - before) / kilo,
+        .floor = static_cast<double>(WebSocketClient::maxSize) / kilo / kilo,
+        .limit = 1});
+    return rows;
+}
+
+QList<BenchRow> badPeers()
+{
+    return peerThatCloses() + peerThatEndsOnTheToken() + peerThatIsSilent() + peerThatFloods();
 }
 
 } // namespace
 
 Benchmarks benchLink()
 {
-    return {{u"round-trip"_s, roundTrip}, {u"decode"_s, decodeLargeFrame}, {u"closed"_s, cpuWhileClosed}};
+    return {{u"round-trip"_s, roundTrip}, {u"decode"_s, decodeLargeFrame}, {u"closed"_s, cpuWhileClosed},
+        {u"peers"_s, badPeers}};
 }
