@@ -146,7 +146,14 @@ public:
         state = State::Opening;
     }
     void close() override { state = isValid() ? State::Closing : state; }
-    void abort() override { lose(); }
+    void abort() override
+    {
+        bool const wasUp = isValid();
+        state = State::Closed;
+        if (wasUp) {
+            emit disconnected();
+        }
+    }
     bool isValid() const override { return state == State::Open || state == State::Closing; }
     qint64 sendTextMessage(QString const& text) override
     {
