@@ -65,10 +65,11 @@ private:
         QVERIFY(socket->isValid());
     }
 
-    bool awaitError()
+    bool awaitLine(QString const& part)
     {
-        return QTest::qWaitFor([this] { return log->take(u"critical: QAbstractSocket::SocketError"_s); });
+        return QTest::qWaitFor([&] { return log->take(part); });
     }
+    bool awaitError() { return awaitLine(u"critical: QAbstractSocket::SocketError"_s); }
 
     std::optional<LogRecorder> log;
     std::unique_ptr<SockJsServer> server;
@@ -302,6 +303,8 @@ void tst_SockJsSocket::refusesTooMuchData()
         server->sendRawBytes(bytes);
         QTRY_VERIFY(!socket->isValid());
         QVERIFY(log->take(u"warning: [WebSocketClient] too much data: \"127.0.0.1:"_s));
+        QVERIFY(
+            awaitLine(u"warning: the stand-in: a connection has ended over a frame that was too large"_s));
     }
 }
 
