@@ -159,6 +159,21 @@ void tst_SockJsSocket::reportsAnyOtherEndAtOnce()
     QVERIFY(!socket->isValid());
     QVERIFY(log->take(remoteClosed));
 
+    // From inside of our answer to the server's farewell, which goes on and must not close what opens anew.
+    openForLong();
+    connect(
+        socket.get(), &SockJsSocket::disconnected, this, [this] { socket->open(host, server->port()); },
+        Qt::SingleShotConnection);
+    socket->sendTextMessage(u"h"_s); // that nobody reads it makes the end a reset
+    quint16 const port = server->port();
+    server->close();
+    QVERIFY(server->listen(port));
+    QTRY_COMPARE(lost.size(), 3);
+    QVERIFY(log->take(u"critical: QAbstractSocket::SocketError"_s));
+    QTRY_VERIFY(socket->isValid());
+    socket->abort();
+    lost.clear();
+
     // From inside of what finds it out.
     openForLong();
     connect(socket.get(), &SockJsSocket::disconnected, this, [this] { socket.reset(); });
@@ -167,7 +182,7 @@ void tst_SockJsSocket::reportsAnyOtherEndAtOnce()
         socket->sendTextMessage(u"[\"x\"]"_s);
     }
     QVERIFY(!socket);
-    QCOMPARE(lost.size(), 3);
+    QCOMPARE(lost.size(), 1);
     log->take(u"critical: QAbstractSocket::SocketError"_s);
 }
 
