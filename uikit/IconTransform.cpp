@@ -30,7 +30,6 @@ QImage::Format faceFormat(QImage const& picture)
 QImage cut(QImage const& picture, QPoint corner, QSize const& face)
 {
     auto part = picture.copy(QRect(corner, picture.size().boundedTo(face)));
-    part.setDevicePixelRatio(1);
     part.convertTo(faceFormat(part));
     return part;
 }
@@ -62,9 +61,7 @@ QImage filled(QImage const& picture, QSize const& face)
         source = source.copy(centered(seen, source.size()));
     }
     auto const scaled = source.scaled(face, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
-    auto part = scaled.copy(centered(face, scaled.size()));
-    part.setDevicePixelRatio(1); // a picture whose name ends in @2x brings its own
-    return part;
+    return scaled.copy(centered(face, scaled.size()));
 }
 
 } // namespace
@@ -74,22 +71,25 @@ QImage IconTransform::apply(QImage const& picture, Mode mode, QSize const& face)
     if (picture.isNull()) {
         return {};
     }
+    if (picture.devicePixelRatio() != 1) {
+        // A picture whose name ends in @2x brings its own. Pixels are what counts here, and Qt 6.4 crashes
+        // when it enlarges one that has a palette as well.
+        auto plain = picture;
+        plain.setDevicePixelRatio(1);
+        return apply(plain, mode, face);
+    }
     switch (mode) {
     case Mode::Fill:
         return filled(picture, face);
     case Mode::Fit: {
         auto const format = faceFormat(picture);
-        auto scaled =
+        auto const scaled =
             picture.convertToFormat(format).scaled(face, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        scaled.setDevicePixelRatio(1);
         return painted(face, format,
             [&](QPainter& painter) { painter.drawImage(centered(scaled.size(), face), scaled); });
     }
-    case Mode::Stretch: {
-        auto scaled = picture.scaled(face, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-        scaled.setDevicePixelRatio(1);
-        return scaled;
-    }
+    case Mode::Stretch:
+        return picture.scaled(face, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     case Mode::Tile: {
         auto const tile = cut(picture, {}, face);
         return painted(
