@@ -78,9 +78,11 @@ signals:
     void messageSent(int client, QString const& text);
     //!@}
 
+private slots:
+    void receive(QWebSocket* client, QString const& text);
+
 private:
     void acceptClients();
-    void receive(QWebSocket* client, QString const& text);
     //! What is wrong with \a command, or nothing. \a client is null for the host's own commands.
     QString handle(QWebSocket* client, QJsonObject const& command);
     //! Logs and answers \a what is not understood.
