@@ -1,0 +1,651 @@
+// lumen-soak: the loaded library under everything at once, compared with the truth whenever it is quiet.
+
+#include "bench/LoadedHost.h"
+#include "devhost/DevHost.h"
+#include "devhost/PanelUser.h"
+#include "plugin/IBuiltInPackageLibrary.h"
+#include "relay/ZoRemoteCommands.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QRandomGenerator>
+#include <QTimer>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int keyCount = 32;
+QString const rightToken = u"stand-in-token"_s;
+
+template <typename Condition>
+bool waitFor(std::chrono::milliseconds limit, Condition const& condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > limit.count()) {
+            return false;
+        }
+        settle(5ms);
+    }
+    return true;
+}
+
+class Soak : public QObject
+{
+public:
+    Soak(quint32 seed, bool verbose) : m_seed(seed), m_verbose(verbose) { listDeeds(); }
+
+    //! Ends the program at the first difference.
+    void run(std::chrono::milliseconds time);
+
+private:
+    using Entries = QList<StandInModel::Entry>;
+
+    struct Deed
+    {
+        int weight;
+        QString name;
+        std::function<void()> run;
+    };
+    struct Footprint
+    {
+        double memory = 0; //!< MiB
+        qsizetype descriptors = 0;
+    };
+    //! What a key has been set to.
+    struct Key
+    {
+        QString action{};
+        QString sceneId{};
+        QString itemId{};
+        QString audioId{};
+    };
+
+    void listDeeds();
+    void start();
+    void doSomething();
+    void heal();
+    void rest();
+    void press();
+    Footprint footprint();
+    QStringList differences();
+    void compareKey(int index, QStringList& differences);
+    [[noreturn]] void fail(QString const& what, QStringList const& details = {});
+
+    //! \name Deeds
+    //!@{
+    void place(int index);
+    QJsonObject chooseSettings(Key& key);
+    void chooseInPanel();
+    void retitle();
+    void replaceContents();
+    void connectWith(QString const& token);
+    //!@}
+
+    //! \name Chance
+    //!@{
+    int below(qsizetype bound) { return m_random.bounded(qMax(static_cast<int>(bound), 1)); }
+    bool chance(int percent) { return below(100) < percent; }
+    template <typename List>
+    auto any(List const& list)
+    {
+        return list.value(below(list.size()));
+    }
+    QJsonObject any(QJsonValue const& list) { return list[below(list.toArray().size())].toObject(); }
+    // No backslash and no line end: what the link makes of them is known, and no truth.
+    QString anyName()
+    {
+        return any(QStringList{u"Cam "_s, u"Chat \"live\" "_s, u"配信終了"_s, u"Alert 🔔"_s, u"Vídeo'"_s}) +
+               QString::number(below(20));
+    }
+    QString anyScene() { return any(model().sceneEntries()).id; }
+    QString anyNode() { return any(model().nodeEntries(anyScene())).id; }
+    QString anyAudio() { return any(model().audioEntries()).id; }
+    QString anyCollection() { return any(QJsonValue(model().collections())).value("id"_L1).toString(); }
+    ConsoleKey& anyKey() { return *m_host.console().key(below(keyCount)); }
+    //!@}
+
+    StandInModel& model() { return m_host.standIn().model(); }
+    bool isLinked() { return m_connected && m_host.standIn().isRunning(); }
+
+    quint32 m_seed;
+    bool m_verbose;
+    QRandomGenerator m_random;
+    int m_step = 0;
+    int m_rests = 0;
+    QList<Deed> m_deeds;
+    QStringList m_done;
+    QElapsedTimer m_total;
+    QElapsedTimer m_sinceTraffic;
+    QWidget m_window;
+    DevHost m_host;
+    std::array<Key, keyCount> m_keys;
+    QHash<QString, bool> m_leds;
+    //! The service was told last to connect, and with the right token.
+    bool m_connected = true;
+    //! Something changed that Streamlabs Desktop has no event for, or one that leads to no new list.
+    bool m_needsRefresh = false;
+};
+
+// ---- Everything at once
+
+void Soak::listDeeds()
+{
+    auto const handshake = [this](SockJsServer::Handshake kind) {
+        m_host.standIn().transport().setHandshake(kind);
+        m_host.standIn().drop();
+    };
+    auto const refused = [this] {
+        m_host.standIn().setToken(u"another"_s);
+        m_host.standIn().drop();
+        m_connected = false;
+    };
+    auto const task = [this] {
+        m_host.sendTask(any(QStringList{u"refreshModel"_s, u"refreshCollections"_s, u"refreshScenes"_s,
+                            u"queryCollections"_s, u"queryScenes"_s}),
+            {});
+    };
+    auto const drag = [this] {
+        QString const item = anyNode();
+        for (int i = below(60); i > 0; --i) {
+            model().moveItem(item, {1, 1});
+            QCoreApplication::processEvents();
+        }
+    };
+    auto const newSettings = [this] {
+        int const index = below(keyCount);
+        m_host.console().key(index)->setSettings(chooseSettings(m_keys.at(index)));
+    };
+    auto const addScene = [this] {
+        return model().sceneEntries().size() < 45 && model().addScene(anyName());
+    };
+    auto const addCollection = [this] {
+        return model().collections().size() < 4 && model().addCollection(anyName());
+    };
+    auto const disconnect = [this] {
+        m_host.plugin().disconnectDesktop();
+        m_connected = false;
+    };
+    auto const blindly = [this](auto const& deed) {
+        return [this, deed] {
+            deed();
+            m_needsRefresh = true;
+        };
+    };
+    m_deeds = {
+        {8, u"stream"_s, [this] { model().toggleStreaming(); }},
+        {8, u"record"_s, [this] { model().toggleRecording(); }},
+        {2, u"interrupt"_s, [this] { model().interruptStream(); }},
+        {12, u"switch scene"_s, [this] { model().switchScene(anyScene()); }},
+        {4, u"add scene"_s, blindly(addScene)},
+        {4, u"remove scene"_s, blindly([this] { model().removeScene(anyScene()); })},
+        {5, u"rename scene"_s, [this] { model().renameScene(anyScene(), anyName()); }},
+        {6, u"add item"_s, [this] { model().addItem(anyScene(), anyName()); }},
+        {1, u"add folder"_s, [this] { model().addFolder(anyScene(), anyName()); }},
+        {6, u"remove node"_s, blindly([this] { model().removeItem(anyNode()); })},
+        {6, u"rename node"_s, [this] { model().renameItem(anyNode(), anyName()); }},
+        {20, u"show or hide"_s, [this] { model().setItemVisible(anyNode(), chance(50)); }},
+        {3, u"lock"_s, [this] { model().setItemLocked(anyNode(), chance(50)); }},
+        {6, u"drag"_s, drag},
+        {2, u"add audio"_s, [this] { model().addAudioSource(anyName()); }},
+        {2, u"remove audio"_s, [this] { model().removeAudioSource(anyAudio()); }},
+        {3, u"rename audio"_s, [this] { model().renameAudioSource(anyAudio(), anyName()); }},
+        {12, u"mute"_s, [this] { model().setMuted(anyAudio(), chance(50)); }},
+        {1, u"add collection"_s, addCollection},
+        {1, u"remove collection"_s, [this] { model().removeCollection(anyCollection()); }},
+        {3, u"switch collection"_s, [this] { model().switchCollection(anyCollection()); }},
+
+        {20, u"press"_s, [this] { anyKey().press(); }},
+        {8, u"choose"_s, [this] { chooseInPanel(); }},
+        {4, u"retitle"_s, [this] { retitle(); }},
+        {4, u"replace key"_s, [this] { place(below(keyCount)); }},
+        {3, u"new settings"_s, newSettings},
+        {2, u"open or close panel"_s, [this] { anyKey().panelWidget()->setVisible(chance(50)); }},
+        {2, u"click refresh"_s, [this] { PanelUser::click(*anyKey().panelWidget(), u"btnRefresh"_s); }},
+        {1, u"language"_s,
+            [this] { m_host.plugin().package()->translate(chance(50) ? u"de_DE"_s : u"en_US"_s); }},
+        {1, u"task"_s, task},
+
+        {3, u"drop"_s, [this] { m_host.standIn().drop(); }},
+        {1, u"stop"_s, [this] { m_host.standIn().stop(); }},
+        {2, u"start"_s, [this] { m_host.standIn().isRunning() || m_host.startStandIn(); }},
+        {1, u"other contents"_s, [this] { replaceContents(); }},
+        {1, u"other token"_s, refused},
+        {1, u"connect, wrong token"_s, [this] { connectWith(u"wrong"_s); }},
+        {1, u"disconnect"_s, disconnect},
+        {2, u"connect"_s, [this] { connectWith(rightToken); }},
+        {1, u"no such page"_s, [handshake] { handshake(SockJsServer::Handshake::NotFound); }},
+        {1, u"no answer"_s,
+            [this, handshake] {
+                if (chance(10)) { // it costs ten seconds
+                    handshake(SockJsServer::Handshake::NeverAnswer);
+                }
+            }},
+    };
+}
+
+void Soak::doSomething()
+{
+    // Each step has numbers of its own, so that what one of them draws moves none behind it.
+    m_random.seed(m_seed + static_cast<quint32>(++m_step) * 2654435761U);
+    int sum = 0;
+    for (auto const& deed : std::as_const(m_deeds)) {
+        sum += deed.weight;
+    }
+    int at = below(sum);
+    auto const deed =
+        std::ranges::find_if(m_deeds, [&at](Deed const& one) { return (at -= one.weight) < 0; });
+    m_done.append(u"%1 %2"_s.arg(m_step).arg(deed->name));
+    if (m_verbose) {
+        std::printf("%s\n", qPrintable(m_done.last()));
+        std::fflush(stdout);
+    }
+    deed->run();
+    switch (below(3)) {
+    case 0:
+        break; // the next one before anybody hears of this
+    case 1:
+        QCoreApplication::processEvents();
+        break;
+    default:
+        settle(std::chrono::milliseconds(below(30)));
+    }
+}
+
+// On what is there, or was in another collection, or on nothing; as this or an earlier version stored it.
+QJsonObject Soak::chooseSettings(Key& key)
+{
+    key = {.action = key.action};
+    QJsonObject const collection = any(QJsonValue(model().collectionSchemas()));
+    QJsonObject const scene = any(collection.value("scenes"_L1));
+    QJsonObject const item = any(scene.value("sceneItems"_L1));
+    QJsonObject const source = any(collection.value("sources"_L1));
+    QJsonObject settings;
+    if (chance(80)) {
+        settings.insert("version"_L1, 2);
+    }
+    if (chance(10)) {
+        return settings;
+    }
+    if (key.action == "scene"_L1 || key.action == "source"_L1) {
+        key.sceneId = scene.value("id"_L1).toString();
+        settings.insert("scene_id"_L1, key.sceneId);
+    }
+    if (key.action == "source"_L1) {
+        key.itemId = item.value("sceneItemId"_L1).toString();
+        settings.insert("scene_item_id"_L1, key.itemId);
+    }
+    if (key.action == "mute"_L1) {
+        key.audioId = chance(80) ? anyAudio() : source.value("id"_L1).toString();
+        settings.insert("audio_source_id"_L1, key.audioId);
+    }
+    return settings;
+}
+
+void Soak::place(int index)
+{
+    Key& key = m_keys.at(index);
+    key.action = QStringList{u"stream"_s, u"record"_s, u"scene"_s, u"source"_s, u"mute"_s}.at(index % 5);
+    QJsonObject const settings = chooseSettings(key);
+    Console& console = m_host.console();
+    console.place(index, console.actionIdOf(key.action), settings);
+    QWidget* const face = console.key(index)->faceWidget();
+    face->setParent(&m_window);
+    face->move(index % 8 * 160, index / 8 * 120);
+    face->show();
+}
+
+void Soak::chooseInPanel()
+{
+    int const index = below(keyCount);
+    QWidget& panel = *m_host.console().key(index)->panelWidget();
+    auto const boxes = panel.findChildren<QComboBox*>(QRegularExpression(u"^dropdown"_s));
+    auto* const box = any(boxes);
+    QVariant const entry =
+        box ? any(PanelUser::look(panel, box->objectName()).value("entries"_L1).toArray().toVariantList())
+            : QVariant();
+    if (!entry.isValid()) {
+        return;
+    }
+    QString const id = box->itemData(box->findText(entry.toString())).toString();
+    QString const problem = PanelUser::choose(panel, box->objectName(), entry.toString());
+    if (!problem.isEmpty() || box->currentData().toString() != id) {
+        fail(u"key %1 does not take \"%2\" %3"_s.arg(index).arg(entry.toString(), problem));
+    }
+    // The key does what the boxes then say.
+    Key& key = m_keys.at(index);
+    for (auto const* shown : boxes) {
+        QString const name = shown->objectName();
+        (name == "dropdownAudioList"_L1      ? key.audioId
+            : name == "dropdownSceneList"_L1 ? key.sceneId
+                                             : key.itemId) = shown->currentData().toString();
+    }
+}
+
+void Soak::retitle()
+{
+    ConsoleKey& key = anyKey();
+    int const state = below(2);
+    QString const title = anyName();
+    QObject* const frame = key.panelWidget()->findChild<QObject*>(u"base"_s);
+    QMetaObject::invokeMethod(frame, "setCurrentId", Q_ARG(int, state));
+    QString const problem = PanelUser::type(*key.panelWidget(), u"lineEdtPluginTitle"_s, title);
+    if (!problem.isEmpty() || key.settings().value("titlelist"_L1)[state].toString() != title) {
+        fail(u"key %1 does not take the title \"%2\" %3"_s.arg(key.index()).arg(title, problem));
+    }
+}
+
+void Soak::replaceContents()
+{
+    bool const ran = m_host.standIn().isRunning();
+    m_host.standIn().stop();
+    if (chance(50)) {
+        model().generate(40, 30, 10);
+    } else {
+        model().loadDemo();
+    }
+    if (ran) {
+        m_host.startStandIn();
+    }
+}
+
+void Soak::connectWith(QString const& token)
+{
+    chance(50) ? m_host.connectDesktop(token) : m_host.reconnectDesktop(token);
+    m_connected = token == m_host.standIn().token();
+}
+
+// ---- Rest
+
+void Soak::heal()
+{
+    m_host.standIn().transport().setHandshake(SockJsServer::Handshake::Answer);
+    m_host.standIn().setToken(rightToken);
+    if (!m_host.standIn().isRunning() && !m_host.startStandIn()) {
+        fail(u"the stand-in cannot listen again"_s);
+    }
+    if (!m_connected) {
+        connectWith(rightToken);
+    }
+}
+
+void Soak::rest()
+{
+    ++m_rests;
+    // Now and then the link stays down.
+    if (m_host.standIn().isRunning() || chance(50)) {
+        heal();
+    }
+    QStringList open;
+    bool const isQuiet = waitFor(30s, [&] {
+        open.clear();
+        auto const unless = [&open](bool isDone, QString const& what) {
+            if (!isDone) {
+                open.append(what);
+            }
+        };
+        unless(m_host.standIn().authorizedCount() == (isLinked() ? 1 : 0), u"the link is up or down"_s);
+        unless(!model().isLoading(), u"the collection is loading"_s);
+        unless(QStringList{u"offline"_s, u"live"_s}.contains(model().streamingStatus()), u"stream"_s);
+        unless(QStringList{u"offline"_s, u"recording"_s}.contains(model().recordingStatus()), u"record"_s);
+        // The host's own client is one of them.
+        unless(m_host.relay().subscriberCount(ZoRemoteSubjects::kSubjectStreamlabsResponse) == keyCount + 1,
+            u"not every key has subscribed"_s);
+        unless(m_sinceTraffic.elapsed() > 100, u"there is traffic"_s);
+        return open.isEmpty();
+    });
+    if (!isQuiet) {
+        fail(u"it did not become quiet within 30 s"_s, open);
+    }
+    if (isLinked() && std::exchange(m_needsRefresh, false)) {
+        m_host.sendTask(u"refreshScenes"_s, {});
+    }
+    // A large list may still wait for its turn.
+    if (!waitFor(5s, [this] { return differences().isEmpty(); })) {
+        fail(isLinked() ? u"linked, but"_s : u"not linked, but"_s, differences());
+    }
+    if (isLinked()) {
+        press();
+    }
+}
+
+// What a key asks for happens there, and comes back.
+void Soak::press()
+{
+    int const index = below(keyCount);
+    ConsoleKey& key = *m_host.console().key(index);
+    QString const before = key.face().title;
+    QJsonValue const titles = key.settings().value("titlelist"_L1);
+    bool const isSceneShown = m_keys.at(index).sceneId == model().activeSceneId();
+    if (key.face().invalid || titles[0] == titles[1] ||
+        (m_keys.at(index).action == "scene"_L1 && isSceneShown)) {
+        return;
+    }
+    key.press();
+    if (!waitFor(5s, [&] { return key.face().title != before; })) {
+        fail(u"a press of key %1 (%2) led to nothing"_s.arg(index).arg(m_keys.at(index).action));
+    }
+}
+
+void Soak::compareKey(int index, QStringList& differences)
+{
+    Key const& key = m_keys.at(index);
+    ConsoleKey const& shown = *m_host.console().key(index);
+    QWidget const& panel = *shown.panelWidget();
+    QJsonObject const settings = shown.settings();
+    auto const expect = [&](QString const& what, QVariant const& is, QVariant const& truth) {
+        if (is != truth) {
+            differences.append(u"key %1 (%2): %3 is \"%4\", the truth is \"%5\""_s.arg(index).arg(
+                key.action, what, is.toStringList().join(" | "_L1), truth.toStringList().join(" | "_L1)));
+        }
+    };
+    bool exists = true; // the target and, of an item, its scene
+    bool isMissing = false;
+    bool isOn = false;
+    auto const compareBox = [&](QString const& name, Entries entries, QString const& id) {
+        entries.removeIf([](StandInModel::Entry const& entry) { return entry.isFolder; });
+        QStringList names;
+        for (auto const& entry : std::as_const(entries)) {
+            names.append(QString(entry.name).replace(u'"', u'\'')); // so the link has it, by its nature
+        }
+        auto const found = std::ranges::find(entries, id, &StandInModel::Entry::id);
+        exists = exists && found != entries.end();
+        isMissing = isMissing || (found == entries.end() && !id.isEmpty());
+        isOn = exists && found->on;
+        if (isLinked()) {
+            QString const current = id.isEmpty() ? entries.value(0).id : id;
+            expect(name, PanelUser::look(panel, name).value("entries"_L1).toVariant().toStringList(), names);
+            expect(name + u", current"_s, panel.findChild<QComboBox*>(name)->currentData(),
+                current.isEmpty() ? QVariant() : current);
+        }
+    };
+    if (key.action == "stream"_L1) {
+        isOn = isLinked() && model().streamingStatus() == "live"_L1;
+    } else if (key.action == "record"_L1) {
+        isOn = isLinked() && model().recordingStatus() == "recording"_L1;
+    } else if (key.action == "mute"_L1) {
+        compareBox(u"dropdownAudioList"_s, model().audioEntries(), key.audioId);
+    } else {
+        compareBox(u"dropdownSceneList"_s, model().sceneEntries(), key.sceneId);
+    }
+    if (key.action == "source"_L1) {
+        QString const scene = key.sceneId.isEmpty() ? model().sceneEntries().value(0).id : key.sceneId;
+        compareBox(u"dropdownSceneItemList"_s, model().nodeEntries(scene), key.itemId);
+    }
+    bool const isOutput = key.action == "stream"_L1 || key.action == "record"_L1;
+    expect(u"the invalid mark"_s, shown.face().invalid, !isLinked() || !exists);
+    if (isLinked() || isOutput) { // a target stays as it was last seen
+        expect(u"the title"_s, shown.face().title, settings.value("titlelist"_L1)[isOn ? 1 : 0].toString());
+    }
+    expect(u"the saved scene"_s, settings.value("scene_id"_L1).toString(), key.sceneId);
+    expect(u"the saved item"_s, settings.value("scene_item_id"_L1).toString(), key.itemId);
+    expect(u"the saved audio source"_s, settings.value("audio_source_id"_L1).toString(), key.audioId);
+    expect(u"the login button"_s, PanelUser::look(panel, u"btnGoAuth"_s).value("visible"_L1).toBool(),
+        !isLinked());
+    QString const warning = !isLinked() ? u"LAB_PLUGIN_LAUNCH_STLOBS"_s
+                            : isMissing ? u"LAB_INVALID_SELECTION"_s
+                                        : QString();
+    expect(u"the warning"_s, PanelUser::look(panel, u"txtWarningMessage"_s).value("text"_L1).toString(),
+        warning.isEmpty() ? warning
+                          : QCoreApplication::translate("BaseSlobsPropertyView", warning.toLatin1()));
+}
+
+QStringList Soak::differences()
+{
+    QStringList differences;
+    for (int index = 0; index < keyCount; ++index) {
+        compareKey(index, differences);
+    }
+    for (auto const& [led, isOn] : {std::pair(u"STREAM"_s, model().streamingStatus() == "live"_L1),
+             {u"RECORD"_s, model().recordingStatus() == "recording"_L1}}) {
+        if (m_leds.value(led) != (isOn && isLinked())) {
+            differences.append(u"the LED %1 is %2"_s.arg(led, m_leds.value(led) ? u"on"_s : u"off"_s));
+        }
+    }
+    return differences;
+}
+
+// ---- The run
+
+void Soak::fail(QString const& what, QStringList const& details)
+{
+    constexpr qsizetype shown = 60;
+    std::printf("\nDIFFERENCE, seed %u, step %d: %s\n    %s\nlast done: %s\n", m_seed, m_step,
+        qPrintable(what), qPrintable(details.join("\n    "_L1)),
+        qPrintable(m_done.last(qMin(shown, m_done.size())).join(", "_L1)));
+    std::fflush(stdout);
+    std::_Exit(1);
+}
+
+void Soak::start()
+{
+    auto const heard = [this] { m_sinceTraffic.start(); };
+    connect(&m_host.standIn().transport(), &SockJsServer::frameReceived, this, heard);
+    connect(&m_host.standIn().transport(), &SockJsServer::frameSent, this, heard);
+    connect(&m_host.relay(), &RelayServer::messageReceived, this, heard);
+    connect(&m_host.relay(), &RelayServer::published, this, heard);
+    connect(&m_host, &DevHost::ledChanged, this,
+        [this](QString const&, QString const& function, bool isOn) { m_leds.insert(function, isOn); });
+    bool isReady = false;
+    connect(&m_host, &DevHost::ready, this, [&isReady] { isReady = true; });
+    DevHost::Options options;
+    options.keepsKeys = false;
+    if (!m_host.start(options) || !waitFor(10s, [&isReady] { return isReady; })) {
+        fail(u"there is no host: "_s + m_host.errorString());
+    }
+    model().setTransitionTime(20ms);
+    model().setLoadingTime(30ms);
+    m_window.resize(1300, 500);
+    m_window.show();
+    for (int index = 0; index < keyCount; ++index) {
+        place(index);
+    }
+}
+
+//! With contents and keys that are the same each time.
+Soak::Footprint Soak::footprint()
+{
+    m_random.seed(1);
+    m_host.standIn().stop();
+    model().loadDemo();
+    m_host.plugin().package()->translate(u"en_US"_s);
+    heal();
+    for (int index = 0; index < keyCount; ++index) {
+        m_host.console().remove(index);
+    }
+    for (int index = 0; index < keyCount; ++index) {
+        place(index);
+    }
+    rest();
+    settle(1s);
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+    return {.memory = residentMemory() / 1024, .descriptors = QDir(u"/proc/self/fd"_s).count()};
+}
+
+void Soak::run(std::chrono::milliseconds time)
+{
+    m_sinceTraffic.start();
+    m_total.start();
+    start();
+    // What the first tenth takes (caches, fonts, buffers) stays.
+    auto const warm = time / 10;
+    std::optional<Footprint> before;
+    qint64 reported = 0;
+    while (m_total.elapsed() < time.count()) {
+        for (int deeds = 5 + below(40); deeds > 0; --deeds) {
+            doSomething();
+        }
+        rest();
+        if (!before && m_total.elapsed() > warm.count()) {
+            before = footprint();
+        }
+        if (m_total.elapsed() > reported) {
+            constexpr qint64 interval = 30'000;
+            reported = m_total.elapsed() + interval;
+            std::printf("%6.1f min %6d steps %5d times at rest: no difference\n",
+                static_cast<double>(m_total.elapsed()) / 60'000, m_step, m_rests);
+            std::fflush(stdout);
+        }
+    }
+    Footprint const after = footprint();
+    std::printf("memory %.1f MiB, was %.1f; descriptors %lld, were %lld\n", after.memory, before->memory,
+        static_cast<long long>(after.descriptors), static_cast<long long>(before->descriptors));
+    constexpr double mostGrowth = 16;
+    if (after.memory > before->memory + mostGrowth || after.descriptors > before->descriptors) {
+        fail(u"it takes more than after the first tenth"_s);
+    }
+    if (!m_host.stop()) {
+        fail(u"the library stayed in memory"_s);
+    }
+    std::printf("%d steps, %d times at rest: no difference\n", m_step, m_rests);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication const app(argc, argv);
+    QCoreApplication::setApplicationName(u"lumen-soak"_s);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(u"Does everything at random, and compares what the keys show with the "
+                                     u"truth at rest. Ends with 1 at the first difference."_s);
+    QCommandLineOption const seedOption(u"seed"_s, u"Repeat the steps of the run with seed N."_s, u"N"_s,
+        QString::number(QRandomGenerator::global()->generate()));
+    QCommandLineOption const verbose(u"verbose"_s, u"Print each step and the package's log."_s);
+    parser.addOptions({seedOption, verbose});
+    parser.addPositionalArgument(u"MINUTES"_s, u"How long; 10 by default."_s, u"[MINUTES]"_s);
+    parser.addHelpOption();
+    parser.process(app);
+    double const minutes = parser.positionalArguments().value(0, u"10"_s).toDouble();
+    bool isSeed = false;
+    quint32 const seed = parser.value(seedOption).toUInt(&isSeed);
+    if (minutes <= 0 || !isSeed) {
+        std::fprintf(stderr, "MINUTES and N are numbers.\n");
+        return 2;
+    }
+    if (!parser.isSet(verbose)) {
+        qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const&) {});
+    }
+    std::printf("seed %u\n", seed);
+    std::fflush(stdout);
+    Soak(seed, parser.isSet(verbose)).run(std::chrono::milliseconds(qRound64(minutes * 60'000)));
+    return 0;
+}
