@@ -125,7 +125,8 @@ void RelayServer::acceptClients()
             m_clients.removeOne(client);
             int const number = m_numbers.take(client);
             if (client->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData) {
-                qCWarning(devHostLog) << "relay: client" << number << "dropped, its message is too large";
+                qCWarning(devHostLog)
+                    << "relay: client" << number << "has ended over a message that was too large";
             }
             for (auto& subscribers : m_subscribers) {
                 subscribers.removeOne(client);

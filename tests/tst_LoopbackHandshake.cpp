@@ -152,7 +152,7 @@ private slots:
     void dropsWhoSendsTooMuch()
     {
         for (auto const& [port, line] : {std::pair(relay.port(), u"warning: relay: client"_s),
-                 {standIn.port(), u"warning: the stand-in drops a client"_s}}) {
+                 {standIn.port(), u"warning: the stand-in: a connection has ended"_s}}) {
             RawClient client(port);
             client.socket.write(
                 requestLine + "Host: localhost:" + QByteArray::number(port) + "\r\n" + upgrade + "\r\n");
