@@ -81,7 +81,7 @@ void LoopbackHandshake::read(QTcpSocket* socket)
 
 QByteArray LoopbackHandshake::problemOf(QByteArray const& head) const
 {
-    QByteArray const malformed = "400 Bad Request";
+    constexpr auto malformed = "400 Bad Request";
     QStringList hosts;
     QStringList origins;
     QStringList const lines = QString::fromLatin1(head).split("\r\n"_L1);

@@ -193,7 +193,7 @@ private slots:
         RawClient listener(*relay);
         RawClient const other(*relay);
         listener.ask(uR"({"task":"remote.command.subscribe.subject","subject":"s"})"_s);
-        QJsonObject const payload{{u"task"_s, u"t"_s}, {u"list"_s, QString(1024 * 1024, u'x')}};
+        QJsonObject const payload{{u"task"_s, u"t"_s}, {u"list"_s, QString(1 << 20, u'x')}};
         for (int i = 0; i < 63; ++i) {
             relay->publish(u"s"_s, payload);
         }
