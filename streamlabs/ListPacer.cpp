@@ -10,6 +10,8 @@ namespace {
 constexpr auto cheap = 2ms;
 //! Publishing takes an eleventh of the time at most.
 constexpr int restPerCost = 10;
+//! A call that took longer than a tenth of it was not at work, but stood still with the whole machine.
+constexpr std::chrono::nanoseconds longestRest = 5s;
 
 } // namespace
 
@@ -31,7 +33,7 @@ void ListPacer::publish()
     if (cost < cheap) {
         publishNow();
     } else if (!timer.isActive()) {
-        auto const rest = std::max(publishedAt + restPerCost * cost - clock(), 0ns);
+        auto const rest = std::max(publishedAt + std::min(restPerCost * cost, longestRest) - clock(), 0ns);
         timer.start(std::chrono::ceil<std::chrono::milliseconds>(rest));
     }
 }

@@ -16,7 +16,7 @@
 //! out before and that took the relay t >= 2 ms: then one publication of what the list is by then follows
 //! when 10 t have gone by since, or in the next turn of the event loop if they have. (When keys are placed,
 //! all of them ask within one turn, and a publication that only the first gets would have the others wait.)
-//! Small lists are never held back.
+//! Small lists are never held back, and none for more than 5 s.
 class ListPacer
 {
 public:

@@ -130,6 +130,9 @@ public:
     Address address;
     QString streamingStatus;
     QString recordingStatus;
+    //! Whether keys or a LED may show a status: one was told, and that it is gone was not told to the end.
+    bool showsStreaming = false;
+    bool showsRecording = false;
     QString activeSceneId;
     SceneListCache scenes;
     QList<CollectionSchema> collections;
@@ -714,14 +717,24 @@ bool StreamlabsService::Impl::publishAuthState()
 
 bool StreamlabsService::Impl::publishStreamingStatus()
 {
-    return publish(SlobsAgent::toStreamingStatus(streamingStatus)) &&
-           dispatch(SlobsAgent::setStreamingLed(streamingStatus));
+    showsStreaming = showsStreaming || !streamingStatus.isEmpty();
+    if (!publish(SlobsAgent::toStreamingStatus(streamingStatus)) ||
+        !dispatch(SlobsAgent::setStreamingLed(streamingStatus))) {
+        return false;
+    }
+    showsStreaming = !streamingStatus.isEmpty();
+    return true;
 }
 
 bool StreamlabsService::Impl::publishRecordingStatus()
 {
-    return publish(SlobsAgent::toRecordingStatus(recordingStatus)) &&
-           dispatch(SlobsAgent::setRecordingLed(recordingStatus));
+    showsRecording = showsRecording || !recordingStatus.isEmpty();
+    if (!publish(SlobsAgent::toRecordingStatus(recordingStatus)) ||
+        !dispatch(SlobsAgent::setRecordingLed(recordingStatus))) {
+        return false;
+    }
+    showsRecording = !recordingStatus.isEmpty();
+    return true;
 }
 
 bool StreamlabsService::Impl::publishList(ListPacer& list)
@@ -737,12 +750,14 @@ void StreamlabsService::Impl::loseStatuses()
         farewells.emplace_back([this, result] { return publish(result); });
         farewells.emplace_back([this, led] { return dispatch(led); });
     };
-    if (!std::exchange(streamingStatus, {}).isEmpty()) {
+    streamingStatus.clear();
+    recordingStatus.clear();
+    if (std::exchange(showsStreaming, false)) {
         // Twice on purpose, and the recording status once: the pair is part of the protocol with the host.
         say(SlobsAgent::toStreamingStatus({}), SlobsAgent::setStreamingLed({}));
         say(SlobsAgent::toStreamingStatus({}), SlobsAgent::setStreamingLed({}));
     }
-    if (!std::exchange(recordingStatus, {}).isEmpty()) {
+    if (std::exchange(showsRecording, false)) {
         say(SlobsAgent::toRecordingStatus({}), SlobsAgent::setRecordingLed({}));
     }
 }

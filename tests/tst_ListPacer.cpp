@@ -35,6 +35,7 @@ void tst_ListPacer::publishesAtOnceOrOnceLater_data()
     QTest::newRow("just dear") << Milliseconds{0, 2} << 2 << Milliseconds{0} << 20;
     QTest::newRow("dear") << Milliseconds{0, 15} << 5 << Milliseconds{0} << 40;
     QTest::newRow("a storm") << Milliseconds{0, 5, 7, 8, 54} << 5 << Milliseconds{0} << 50;
+    QTest::newRow("after a standstill") << Milliseconds{0, 64960} << 60000 << Milliseconds{0} << 40;
     QTest::newRow("rested") << Milliseconds{0, 55, 55, 55} << 5 << Milliseconds{0} << 0;
     QTest::newRow("long rested") << Milliseconds{0, 5000} << 5 << Milliseconds{0} << 0;
 }
