@@ -33,11 +33,16 @@ QStringList toStringList(QJsonArray const& array)
     return list;
 }
 
-//! A view that nobody has adopted goes with the action.
+//! A view that nobody has adopted goes with the action, or as soon as what is at work in it has returned.
 template <typename View>
-void deleteUnlessAdopted(QPointer<View> const& view)
+void deleteUnlessAdopted(QPointer<View> const& view, bool isAtWork)
 {
-    if (view && !view->parent()) {
+    if (!view || view->parent()) {
+        return;
+    }
+    if (isAtWork) {
+        view->deleteLater();
+    } else {
         delete view.data();
     }
 }
@@ -139,6 +144,9 @@ public:
     void onPropertyMessageReceived(QJsonObject const& message);
     void notifyAuthStateChanged(QJsonObject const& message);
     void setStreamlabsState(bool authorized, QString const& token, int port);
+    //! Runs what the user did in the panel. The host may delete the action over it.
+    template <typename Reaction>
+    void react(Reaction const& reaction);
 
     BaseSlobsWidget* q;
     QPointer<BaseSlobsDisplayView> displayView;
@@ -148,7 +156,20 @@ public:
     //! A relay acknowledges by itself; one that has not by then waits to be asked.
     QTimer registration;
     bool registered = false;
+    //! How many signals of the panel are on the stack.
+    int panelSignals = 0;
 };
+
+template <typename Reaction>
+void BaseSlobsWidget::Impl::react(Reaction const& reaction)
+{
+    QPointer<BaseSlobsWidget> const self(q);
+    ++panelSignals;
+    reaction();
+    if (self) {
+        --panelSignals;
+    }
+}
 
 void BaseSlobsWidget::Impl::init()
 {
@@ -157,13 +178,14 @@ void BaseSlobsWidget::Impl::init()
         return;
     }
     connect(propertyView, &BaseSlobsPropertyView::titleChanged, q,
-        [this](int index, QString const& text) { q->changeTitle(index, text, true); });
+        [this](int index, QString const& text) { react([&] { q->changeTitle(index, text, true); }); });
     connect(propertyView, &BaseSlobsPropertyView::assetChanged, q,
-        [this](int index, QString const& path) { q->changeIcon(index, path, true); });
-    connect(
-        propertyView, &BaseSlobsPropertyView::viewAttributeChanged, q, &BaseSlobsWidget::changeFontAttribute);
+        [this](int index, QString const& path) { react([&] { q->changeIcon(index, path, true); }); });
+    connect(propertyView, &BaseSlobsPropertyView::viewAttributeChanged, q,
+        [this](
+            ZoDisplayViewAttribute const& attribute) { react([&] { q->changeFontAttribute(attribute); }); });
     connect(propertyView, &BaseSlobsPropertyView::sendToWidget, q,
-        [this](QJsonObject const& message) { onPropertyMessageReceived(message); });
+        [this](QJsonObject const& message) { react([&] { onPropertyMessageReceived(message); }); });
     connect(q, &BaseSlobsWidget::sendToPropertyView, propertyView,
         &BaseSlobsPropertyView::onWidgetMessageReceived);
     connect(
@@ -230,8 +252,9 @@ void BaseSlobsWidget::Impl::onRegisterToRcc(QJsonObject const& wrapped)
 
 void BaseSlobsWidget::Impl::onPropertyMessageReceived(QJsonObject const& message)
 {
+    QPointer<BaseSlobsWidget> const self(q);
     q->onPropertyMessageReceived(message);
-    if (message.value(kFieldEvent) == "openSettingsAuth"_L1) {
+    if (self && message.value(kFieldEvent) == "openSettingsAuth"_L1) {
         agent.showSettingsLogin();
     }
 }
@@ -273,8 +296,8 @@ BaseSlobsWidget::~BaseSlobsWidget()
 {
     d->agent.disconnect(this);
     d->agent.disconnectRcc();
-    deleteUnlessAdopted(d->displayView);
-    deleteUnlessAdopted(d->propertyView);
+    deleteUnlessAdopted(d->displayView, false);
+    deleteUnlessAdopted(d->propertyView, d->panelSignals > 0);
 }
 
 SlobsAgent& BaseSlobsWidget::agent() const
@@ -361,7 +384,11 @@ bool BaseSlobsWidget::initWithPayload(QJsonObject const& document)
         QJsonObject converted = settings->toJson();
         prepareWidgetSettings(converted);
         settings->source = converted;
+        QPointer<BaseSlobsWidget> const self(this); // the host may delete the action over its settings
         onSetSettingsEvent(converted);
+        if (!self) {
+            return true;
+        }
         startWithPayload(converted);
     }
     onSyncUI();

@@ -17,6 +17,11 @@ class QWidget;
 //! that `pluginWidget` and `propertyWidget` give out are usually adopted (given a parent) by the host; a
 //! widget without a parent is deleted together with the action object.
 //!
+//! The host may delete the object from inside of its signals; the call that led to the signal returns as
+//! ever. A panel that it has adopted it should delete later then (`deleteLater`), for what the user does in
+//! the panel may be what led to the signal. One without a parent then goes at the next turn of the event
+//! loop.
+//!
 //! Threads: the host's GUI thread only, for every call and every signal.
 //!
 //! Failures: nothing is thrown. Initialisation answers false, event operations answer -1 for "not handled".

@@ -1,6 +1,7 @@
 // The five actions as the host meets them: documents, events, views and ends. What they show of Streamlabs
 // Desktop is told by the scripts.
 
+#include "actions/BaseSlobsPropertyView.h"
 #include "actions/SlobsAudioWidget.h"
 #include "actions/SlobsRecordWidget.h"
 #include "actions/SlobsSceneWidget.h"
@@ -15,6 +16,7 @@
 #include "tests/LogRecorder.h"
 #include "tests/TestJson.h"
 
+#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QJsonArray>
@@ -338,6 +340,65 @@ private slots:
                 QCoreApplication::processEvents();
             }
         }
+    }
+
+    // A host may delete an action over what it hears from it.
+    void endsInsideItsOwnSignal_data()
+    {
+        using Cause = std::function<void(BaseSlobsWidget*)>;
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<Cause>("cause");
+        QTest::addColumn<bool>("adopted");
+        auto const row = [](QString const& action, char const* what, Cause const& cause) {
+            QTest::addRow("%s: %s", qPrintable(action), what) << action << cause << false;
+            QTest::addRow("%s: %s, adopted panel", qPrintable(action), what) << action << cause << true;
+        };
+        auto const panelOf = [](BaseSlobsWidget* action) {
+            return qobject_cast<BaseSlobsPropertyView*>(action->propertyWidget());
+        };
+        for (auto const& name : makers.keys()) {
+            row(name, "legacy document", [](BaseSlobsWidget* action) {
+                QVERIFY(action->init(u"key"_s, {{u"payload"_s, json(R"({"title":["a","b"]})")}}));
+            });
+        }
+        row(u"stream"_s, "event", [](BaseSlobsWidget* action) {
+            QJsonObject reply;
+            QCOMPARE(action->eventReceived(hostEvent(MekZoPluginEventType::kUpdateSettingsEvent), reply), 0);
+            QCOMPARE(reply, json(R"({"success":true})"));
+        });
+        row(u"stream"_s, "title", [panelOf](BaseSlobsWidget* action) {
+            auto* const edit = panelOf(action)->findChild<QLineEdit*>();
+            edit->setReadOnly(false);
+            QTest::keyClicks(edit, u"x"_s);
+        });
+        for (auto const& [name, list] : {std::pair(u"scene"_s, u"dropdownSceneList"_s),
+                 {u"source"_s, u"dropdownSceneList"_s}, {u"mute"_s, u"dropdownAudioList"_s}}) {
+            row(name, "target", [panelOf, list](BaseSlobsWidget* action) {
+                emit panelOf(action)->findChild<QComboBox*>(list)->activated(0);
+            });
+        }
+        row(u"scene"_s, "target and login", [panelOf](BaseSlobsWidget* action) {
+            emit panelOf(action)->sendToWidget(
+                json(R"({"task":"setWidgetSettings","event":"openSettingsAuth"})"));
+        });
+    }
+
+    void endsInsideItsOwnSignal()
+    {
+        QFETCH(QString, name);
+        QFETCH(std::function<void(BaseSlobsWidget*)>, cause);
+        QFETCH(bool, adopted);
+        QWidget host;
+        QPointer<BaseSlobsWidget> const action = makers[name]().release();
+        QPointer<QWidget> const panel = action->propertyWidget();
+        panel->setParent(adopted ? &host : nullptr);
+        action->init(u"key"_s);
+        connect(action, &ZOPlugin::eventSent, &host, [&] { delete action; });
+        cause(action);
+        QVERIFY(!action);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(panel.isNull(), !adopted);
+        log->take(u"warning: convert legacy data to new format"_s);
     }
 
     // Actions come and go while everything runs: connecting, pressed, in the middle of lists and animations.

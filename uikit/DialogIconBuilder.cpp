@@ -203,10 +203,13 @@ void DialogIconBuilder::onConversionFinished()
 void DialogIconBuilder::saveAndAccept()
 {
     save(image, imagePath);
+    QPointer<DialogIconBuilder> const self(this);
     if (!imagePath.isEmpty()) {
         emit fileChanged(QFileInfo(imagePath).absolutePath());
     }
-    accept();
+    if (self) {
+        accept();
+    }
 }
 
 void DialogIconBuilder::showConverting(bool isConverting)

@@ -214,7 +214,7 @@ void IconStateWidget::initPushButtonMenu(std::function<void(QPushButton*)> const
 
 void IconStateWidget::onSelectIconFile()
 {
-    // The host may delete the panel while one of the dialogs is open.
+    // The host may delete the panel while one of the dialogs is open, or over what it is told.
     QPointer<IconStateWidget> const self(this);
     int const source = IconBuilder::showIconEditMenu(ui->btnSelect->mapFromGlobal(QPoint(0, 0)));
     if (!self) {
@@ -232,6 +232,9 @@ void IconStateWidget::onSelectIconFile()
         return;
     }
     emit iconFolderChanged(QFileInfo(file).absolutePath());
+    if (!self) {
+        return;
+    }
     QString const path = IconBuilder::getOpenFileName(file);
     qDebug() << "[IconStateWidget][onSelectIconFile][imagePath]" << path;
     if (!self || !QFile::exists(path)) {
@@ -244,7 +247,11 @@ void IconStateWidget::onSelectIconFile()
 QString IconStateWidget::askForFile()
 {
     QString folder = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
+    QPointer<IconStateWidget> const self(this);
     emit iconFolderChanging(folder);
+    if (!self) {
+        return {};
+    }
     // Not on the stack: when the panel is deleted meanwhile, the dialog goes with it.
     QPointer<QFileDialog> const dialog(new QFileDialog(this, tr("LAB_FILTER_IMAGE_SELECT"), folder,
         tr("LAB_FILTER_IMAGE_FILES") + "(*.jpg *.png *.gif)"_L1));
