@@ -38,7 +38,8 @@ public:
     void setActionModeState();
     void setViewAttribute(ZoDisplayViewAttribute const& attribute);
     void adjustView(ZoDisplayViewAttribute const& attribute);
-    //! The button and the label that ask for a login, hidden at first. Nothing unless both are given.
+    //! The button and the label that ask for a login, hidden at first; in the panel or anywhere. Nothing
+    //! unless both are given.
     void registerLoginPane(QPushButton* button, QLabel* label);
     //! Appends an entry that is shown but cannot be chosen.
     static void addDisabledItemToLast(QComboBox* box, QString const& text, QVariant const& data);

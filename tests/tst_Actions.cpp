@@ -401,6 +401,21 @@ private slots:
         log->take(u"warning: convert legacy data to new format"_s);
     }
 
+    // A host may keep the parts of the login pane wherever it likes.
+    void showsALoginPaneOfItsOwn()
+    {
+        SlobsStreamWidget action;
+        auto* const panel = qobject_cast<BaseSlobsPropertyView*>(action.propertyWidget());
+        QPushButton button;
+        QLabel label;
+        panel->registerLoginPane(&button, &label);
+        QVERIFY(button.isHidden() && label.isHidden());
+        action.init(u"key"_s); // not linked
+        QVERIFY(button.isVisible() && label.isVisible());
+        panel->onStreamlabsStateChanged(true, u"token"_s, 5);
+        QVERIFY(button.isHidden() && label.isHidden());
+    }
+
     // Actions come and go while everything runs: connecting, pressed, in the middle of lists and animations.
     void endsAtAnyMoment()
     {

@@ -24,7 +24,7 @@ void Visibility::styleUpon(QEvent const* event, QWidget* widget, QString (*style
 
 void Visibility::set(QWidget* child, bool visible)
 {
-    if (!visible || child->parentWidget()->isVisible()) {
+    if (!visible || child->isWindow() || child->parentWidget()->isVisible()) {
         child->setVisible(visible);
         return;
     }

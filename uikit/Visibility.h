@@ -17,7 +17,7 @@ public:
     //! first shown or grabbed. In its form the sheet would have all that is in it styled while it is built.
     static void styleUpon(QEvent const* event, QWidget* widget, QString (*styleSheet)());
 
-    //! As QWidget::setVisible, for a \a child of a widget; but where setVisible(true) would have the child
-    //! styled at once, while its parent is hidden, this leaves it to the show of the parent.
+    //! As QWidget::setVisible; but where setVisible(true) would have a \a child styled at once, while its
+    //! parent is hidden, this leaves it to the show of the parent.
     static void set(QWidget* child, bool visible);
 };
