@@ -26,6 +26,26 @@ QImage::Format faceFormat(QImage const& picture)
     }
 }
 
+//! Whether pixels may stand for colours that \a picture does not have, as some files do.
+bool lacksColors(QImage const& picture)
+{
+    return picture.pixelFormat().colorModel() == QPixelFormat::Indexed &&
+           picture.colorCount() < 1 << picture.depth();
+}
+
+//! \a picture as the rest here takes it: Qt reads beyond a palette that is too short, and Qt 6.4 crashes when
+//! it enlarges a picture that has a palette and, as one whose name ends in @2x, a ratio of its own.
+QImage plain(QImage picture)
+{
+    picture.setDevicePixelRatio(1);
+    if (lacksColors(picture)) {
+        auto colors = picture.colorTable();
+        colors += QList<QRgb>((1 << picture.depth()) - colors.size(), qRgb(0, 0, 0));
+        picture.setColorTable(colors);
+    }
+    return picture;
+}
+
 //! As much of \a picture as a face has room for, without conversion of the rest.
 QImage cut(QImage const& picture, QPoint corner, QSize const& face)
 {
@@ -71,12 +91,8 @@ QImage IconTransform::apply(QImage const& picture, Mode mode, QSize const& face)
     if (picture.isNull()) {
         return {};
     }
-    if (picture.devicePixelRatio() != 1) {
-        // A picture whose name ends in @2x brings its own. Pixels are what counts here, and Qt 6.4 crashes
-        // when it enlarges one that has a palette as well.
-        auto plain = picture;
-        plain.setDevicePixelRatio(1);
-        return apply(plain, mode, face);
+    if (picture.devicePixelRatio() != 1 || lacksColors(picture)) {
+        return apply(plain(picture), mode, face);
     }
     switch (mode) {
     case Mode::Fill:
