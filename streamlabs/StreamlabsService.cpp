@@ -77,7 +77,7 @@ public:
     //! Ends the current life: what is being told of it stops there.
     void beginLife() { life = std::make_shared<char>(); }
 
-    //! \name False when the life is over
+    //! \name False when the life is over, or as good as over: the link is lost
     //!@{
     bool makeJsonRpcRequest(QString const& name, QJsonObject const& request);
     bool requestAudioList()
@@ -449,7 +449,8 @@ bool StreamlabsService::Impl::makeJsonRpcRequest(QString const& name, QJsonObjec
     numbered.insert("id"_L1, requestId);
     std::weak_ptr const watch = life;
     socket->sendJsonMessage(numbered);
-    return !watch.expired();
+    // Sending may show that the link is lost some time before the socket reports it.
+    return !watch.expired() && socket->isValid();
 }
 
 void StreamlabsService::Impl::requestOrReconnect(QString const& name, QJsonObject const& message)

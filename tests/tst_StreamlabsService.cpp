@@ -590,6 +590,15 @@ void tst_StreamlabsService::noticesALossWhileItSends()
     QCOMPARE(state(), before);
     QCOMPARE(desktop->clientCount(), 1);
     log->clear(); // how far the requests came is up to the operating system
+
+    // Let in and cut off at once, it does not go on with all that it would have asked for.
+    close();
+    connect(
+        &desktop->transport(), &SockJsServer::messageReceived, this, [this] { desktop->stop(); },
+        Qt::SingleShotConnection);
+    link();
+    QVERIFY(awaitLine(u"critical: QAbstractSocket::SocketError"_s));
+    log->take(u"critical: QAbstractSocket::SocketError"_s);
 }
 
 // The host reconnects: request numbers start again, old answers must not pass for new ones, and nothing is
