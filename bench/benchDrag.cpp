@@ -77,11 +77,13 @@ public:
         beat.start(1);
         settle(time);
         cores = (processorTime() - processorBefore) / static_cast<double>(time.count());
-        memoryAfter = residentMemory();
         beat.stop();
         desktop.tell(u"drag"_s);
-        settle(1s); // for the last presses to arrive
-        lost = pressedAt.size();
+        settle(1s); // for the last messages and presses to arrive
+        memoryAfter = residentMemory();
+        for (; !pressedAt.empty(); pressedAt.pop()) { // never arrived
+            presses.push_back(milliseconds(Clock::now() - pressedAt.front()));
+        }
     }
 
     double longestGap = 0;
@@ -90,7 +92,6 @@ public:
     double memoryAfter = 0;
     std::vector<double> presses; //!< ms, as all times here
     std::vector<double> changes;
-    std::size_t lost = 0;
 
 private:
     static constexpr auto betweenPresses = 137ms; // in step with nothing else

@@ -29,26 +29,45 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int keyCount = 32;
+constexpr qsizetype mostLines = 60;
+//! What was done and logged last, in order.
+QStringList recent;
+bool isVerbose = false;
+
+void remember(QString const& line)
+{
+    if (recent.size() == mostLines) {
+        recent.removeFirst();
+    }
+    constexpr qsizetype mostCharacters = 300;
+    recent.append(line.left(mostCharacters));
+    if (isVerbose) {
+        std::printf("%s\n", qPrintable(recent.last()));
+        std::fflush(stdout);
+    }
+}
 QString const rightToken = u"stand-in-token"_s;
 
+//! The limit counts the time in which what was under way was worked off, so that a busy machine spoils
+//! nothing.
 template <typename Condition>
 bool waitFor(std::chrono::milliseconds limit, Condition const& condition)
 {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > limit.count()) {
-            return false;
+    constexpr auto interval = 10ms;
+    for (auto waited = 0ms; waited < limit; waited += interval) {
+        drain();
+        if (condition()) {
+            return true;
         }
-        settle(5ms);
+        settle(interval);
     }
-    return true;
+    return false;
 }
 
 class Soak : public QObject
 {
 public:
-    Soak(quint32 seed, bool verbose) : m_seed(seed), m_verbose(verbose) { listDeeds(); }
+    explicit Soak(quint32 seed) : m_seed(seed) { listDeeds(); }
 
     //! Ends the program at the first difference.
     void run(std::chrono::milliseconds time);
@@ -113,9 +132,19 @@ private:
         return any(QStringList{u"Cam "_s, u"Chat \"live\" "_s, u"配信終了"_s, u"Alert 🔔"_s, u"Vídeo'"_s}) +
                QString::number(below(20));
     }
-    QString anyScene() { return any(model().sceneEntries()).id; }
-    QString anyNode() { return any(model().nodeEntries(anyScene())).id; }
-    QString anyAudio() { return any(model().audioEntries()).id; }
+    // Every other time what a key shows.
+    QString anyScene() { return chance(50) ? anySet(&Key::sceneId) : any(model().sceneEntries()).id; }
+    QString anyNode() { return chance(50) ? anySet(&Key::itemId) : any(model().nodeEntries(anyScene())).id; }
+    QString anyAudio() { return chance(50) ? anySet(&Key::audioId) : any(model().audioEntries()).id; }
+    QString anySet(QString Key::*id)
+    {
+        QStringList ids;
+        for (auto const& key : m_keys) {
+            ids.append(key.*id);
+        }
+        ids.removeAll(QString());
+        return any(ids);
+    }
     QString anyCollection() { return any(QJsonValue(model().collections())).value("id"_L1).toString(); }
     ConsoleKey& anyKey() { return *m_host.console().key(below(keyCount)); }
     //!@}
@@ -124,12 +153,10 @@ private:
     bool isLinked() { return m_connected && m_host.standIn().isRunning(); }
 
     quint32 m_seed;
-    bool m_verbose;
     QRandomGenerator m_random;
     int m_step = 0;
     int m_rests = 0;
     QList<Deed> m_deeds;
-    QStringList m_done;
     QElapsedTimer m_total;
     QElapsedTimer m_sinceTraffic;
     QWidget m_window;
@@ -250,11 +277,7 @@ void Soak::doSomething()
     int at = below(sum);
     auto const deed =
         std::ranges::find_if(m_deeds, [&at](Deed const& one) { return (at -= one.weight) < 0; });
-    m_done.append(u"%1 %2"_s.arg(m_step).arg(deed->name));
-    if (m_verbose) {
-        std::printf("%s\n", qPrintable(m_done.last()));
-        std::fflush(stdout);
-    }
+    remember(u"%1 %2"_s.arg(m_step).arg(deed->name));
     deed->run();
     switch (below(3)) {
     case 0:
@@ -316,16 +339,19 @@ void Soak::chooseInPanel()
     QWidget& panel = *m_host.console().key(index)->panelWidget();
     auto const boxes = panel.findChildren<QComboBox*>(QRegularExpression(u"^dropdown"_s));
     auto* const box = any(boxes);
-    QVariant const entry =
-        box ? any(PanelUser::look(panel, box->objectName()).value("entries"_L1).toArray().toVariantList())
-            : QVariant();
-    if (!entry.isValid()) {
+    if (!box) {
         return;
     }
-    QString const id = box->itemData(box->findText(entry.toString())).toString();
-    QString const problem = PanelUser::choose(panel, box->objectName(), entry.toString());
+    QStringList const entries =
+        PanelUser::look(panel, box->objectName()).value("entries"_L1).toVariant().toStringList();
+    if (entries.isEmpty()) {
+        return;
+    }
+    QString const entry = any(entries);
+    QString const id = box->itemData(box->findText(entry)).toString();
+    QString const problem = PanelUser::choose(panel, box->objectName(), entry);
     if (!problem.isEmpty() || box->currentData().toString() != id) {
-        fail(u"key %1 does not take \"%2\" %3"_s.arg(index).arg(entry.toString(), problem));
+        fail(u"key %1 does not take \"%2\" %3"_s.arg(index).arg(entry, problem));
     }
     // The key does what the boxes then say.
     Key& key = m_keys.at(index);
@@ -342,7 +368,7 @@ void Soak::retitle()
     ConsoleKey& key = anyKey();
     int const state = below(2);
     QString const title = anyName();
-    QObject* const frame = key.panelWidget()->findChild<QObject*>(u"base"_s);
+    auto* const frame = key.panelWidget()->findChild<QObject*>(u"base"_s);
     QMetaObject::invokeMethod(frame, "setCurrentId", Q_ARG(int, state));
     QString const problem = PanelUser::type(*key.panelWidget(), u"lineEdtPluginTitle"_s, title);
     if (!problem.isEmpty() || key.settings().value("titlelist"_L1)[state].toString() != title) {
@@ -386,6 +412,7 @@ void Soak::heal()
 
 void Soak::rest()
 {
+    remember(u"at rest"_s);
     ++m_rests;
     // Now and then the link stays down.
     if (m_host.standIn().isRunning() || chance(50)) {
@@ -450,8 +477,12 @@ void Soak::compareKey(int index, QStringList& differences)
     QJsonObject const settings = shown.settings();
     auto const expect = [&](QString const& what, QVariant const& is, QVariant const& truth) {
         if (is != truth) {
+            auto const text = [](QVariant const& value) {
+                return value.typeId() == QMetaType::QStringList ? value.toStringList().join(" | "_L1)
+                                                                : value.toString();
+            };
             differences.append(u"key %1 (%2): %3 is \"%4\", the truth is \"%5\""_s.arg(index).arg(
-                key.action, what, is.toStringList().join(" | "_L1), truth.toStringList().join(" | "_L1)));
+                key.action, what, text(is), text(truth)));
         }
     };
     bool exists = true; // the target and, of an item, its scene
@@ -524,10 +555,10 @@ QStringList Soak::differences()
 
 void Soak::fail(QString const& what, QStringList const& details)
 {
-    constexpr qsizetype shown = 60;
-    std::printf("\nDIFFERENCE, seed %u, step %d: %s\n    %s\nlast done: %s\n", m_seed, m_step,
-        qPrintable(what), qPrintable(details.join("\n    "_L1)),
-        qPrintable(m_done.last(qMin(shown, m_done.size())).join(", "_L1)));
+    constexpr qsizetype most = 20;
+    std::printf("\n%s\nDIFFERENCE, seed %u, step %d, times at rest %d: %s\n    %s\n",
+        qPrintable(recent.join(u'\n')), m_seed, m_step, m_rests, qPrintable(what),
+        qPrintable(details.first(qMin(most, details.size())).join("\n    "_L1)));
     std::fflush(stdout);
     std::_Exit(1);
 }
@@ -641,11 +672,11 @@ int main(int argc, char* argv[])
         std::fprintf(stderr, "MINUTES and N are numbers.\n");
         return 2;
     }
-    if (!parser.isSet(verbose)) {
-        qInstallMessageHandler([](QtMsgType, QMessageLogContext const&, QString const&) {});
-    }
+    isVerbose = parser.isSet(verbose);
+    qInstallMessageHandler(
+        [](QtMsgType, QMessageLogContext const&, QString const& text) { remember(u"    "_s + text); });
     std::printf("seed %u\n", seed);
     std::fflush(stdout);
-    Soak(seed, parser.isSet(verbose)).run(std::chrono::milliseconds(qRound64(minutes * 60'000)));
+    Soak(seed).run(std::chrono::milliseconds(qRound64(minutes * 60'000)));
     return 0;
 }
