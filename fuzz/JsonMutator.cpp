@@ -9,6 +9,7 @@
 #include <QJsonObject>
 #include <QStringList>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 
@@ -62,25 +63,22 @@ private:
         return bytes.replace('\n', ' ');
     }
 
-    static QJsonValue parsed(QByteArray const& line, QByteArray* before = nullptr)
+    //! The value that \a line ends with.
+    static QJsonValue parsed(QByteArray const& line)
     {
-        qsizetype const begin = qMin<quint64>(line.indexOf('{'), line.indexOf('['));
-        if (begin < 0) {
-            return QJsonValue::Undefined;
-        }
-        if (before) {
-            *before = line.first(begin);
-        }
-        auto const document = QJsonDocument::fromJson(line.sliced(begin));
+        auto const document = QJsonDocument::fromJson(line.sliced(startOf(line)));
         return document.isObject()  ? QJsonValue(document.object())
                : document.isArray() ? QJsonValue(document.array())
                                     : QJsonValue(QJsonValue::Undefined);
     }
+    static qsizetype startOf(QByteArray const& line)
+    {
+        return std::ranges::find_if(line, [](char c) { return c == '{' || c == '['; }) - line.begin();
+    }
 
     QByteArray changedLine(QByteArray const& line, QByteArray const& donor)
     {
-        QByteArray before;
-        QJsonValue const value = parsed(line, &before);
+        QJsonValue const value = parsed(line);
         if (value.isUndefined()) {
             return changedBytes(line);
         }
@@ -91,7 +89,7 @@ private:
         qsizetype left = below(seen.size() - others);
         QJsonArray const wrapped{changed(value, left)}; // for not every value can be a document
         QByteArray const text = QJsonDocument(wrapped).toJson(QJsonDocument::Compact);
-        return before + text.sliced(1).chopped(1);
+        return line.first(startOf(line)) + text.sliced(1).chopped(1);
     }
 
     void collect(QJsonValue const& value)
@@ -129,33 +127,28 @@ private:
 
     QJsonValue changedNode(QJsonValue const& value)
     {
-        if (value.isObject() && below(4) != 0) {
-            QJsonObject object = value.toObject();
-            if (!object.isEmpty() && below(3) == 0) {
+        bool const shrinks = below(3) == 0;
+        if (QJsonObject object = value.toObject(); value.isObject() && below(4) != 0) {
+            if (shrinks && !object.isEmpty()) {
                 object.erase(object.begin() + below(object.size()));
             } else {
                 object.insert(word(), anything());
             }
             return object;
         }
-        if (value.isArray() && below(4) != 0) {
-            QJsonArray array = value.toArray();
-            if (!array.isEmpty() && below(3) == 0) {
+        if (QJsonArray array = value.toArray(); value.isArray() && below(4) != 0) {
+            if (shrinks && !array.isEmpty()) {
                 array.removeAt(below(array.size()));
             } else {
-                array.insert(below(array.size() + 1), array.isEmpty() || below(2) == 0
-                                                          ? anything()
-                                                          : QJsonValue(array.at(below(array.size()))));
+                array.insert(below(array.size() + 1), anything()); // which may be one that is there
             }
             return array;
         }
-        if (value.isString() && below(3) == 0) {
+        if (value.isString() && shrinks) {
             return QString::fromUtf8(changedBytes(value.toString().toUtf8()));
         }
-        if (value.isDouble() && below(2) == 0) {
-            return value.toDouble() + static_cast<double>(below(5) - 2);
-        }
-        return anything();
+        return value.isDouble() && shrinks ? value.toDouble() + static_cast<double>(below(5) - 2)
+                                           : anything();
     }
 
     QJsonValue anything()
