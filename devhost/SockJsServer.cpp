@@ -182,7 +182,8 @@ void SockJsServer::acceptWebSockets()
         connect(webSocket, &QWebSocket::disconnected, this, [this, id] {
             QWebSocket* const gone = forget(id);
             if (gone->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData)
-                qCWarning(devHostLog) << "the stand-in: a connection has ended over a frame that was too large";
+                qCWarning(devHostLog)
+                    << "the stand-in: a connection has ended over a frame that was too large";
             gone->deleteLater();
         });
         connect(client.heartbeat, &QTimer::timeout, this, [this, id] { sendFrame(id, u"h"_s); });
