@@ -12,6 +12,11 @@
 #include <list>
 #include <Magick++.h>
 
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -209,17 +214,22 @@ private slots:
         row("a head only", good.first(13), notGif);
         row("cut within the colours", good.first(100), notGif);
         row("cut within the pixels", good.chopped(20), notGif);
-        row("gigantic canvas", gif({{}}, 0, {60'000, 60'000}), tooLarge);
+        row("gigantic canvas", gif({{}}, 0, {65'535, 65'535}), tooLarge);
         row("no canvas", gif({{}}, 0, {0, 30}), notGif);
         auto frame = GifFile::read(good)->frames.front();
         QByteArray const damaged("\x07\x03zzz\0", 6);
         row("damaged pixels", drawn({.area = frame.area, .colors = frame.colors, .data = damaged}), {});
         frame.area = {0, 0, 65'535, 65'535};
         row("gigantic frame", drawn(frame), tooLarge);
+        frame.area = {0, 0, 3000, 3000};
+        row("more pixels than an animation has", drawn(frame, 445), tooLarge);
+        frame.area = {0, 0, 0, 1};
+        row("empty frame", drawn(frame), {});
         frame.area = {0, 0, 1, 1};
         row("endless", drawn(frame, 10'001), tooLarge);
-        for (auto const size : {QSize(), QSize(0, 0), QSize(60'000, 60'000)}) {
-            row(qPrintable(u"to %1 pixels"_s.arg(size.width())), good, u"cannot have this size"_s, size);
+        for (auto const size : {QSize(), QSize(0, 0), QSize(60'000, 60'000), QSize(0, 2'000'000'000)}) {
+            row(qPrintable(u"to %1 x %2 pixels"_s.arg(size.width()).arg(size.height())), good,
+                u"cannot have this size"_s, size);
         }
     }
 
@@ -237,6 +247,23 @@ private slots:
         QVERIFY(!GifConverter::convert(path(u"a.gif"_s), target, size));
         QCOMPARE(get(target), "as it was");
         QCOMPARE(QDir(place.path()).entryList(QDir::Files), QStringList(u"icon.gif"_s));
+    }
+
+    void takesNoMoreMemoryThanThePictureNeeds()
+    {
+#ifdef Q_OS_LINUX
+        auto const source = folder.file(u"a.gif"_s, gif({{}, {}, {}}));
+        QVERIFY(GifConverter::convert(source, path(u"b.gif"_s), {30, 20})); // what is set up once
+        rlimit limit{};
+        QCOMPARE(getrlimit(RLIMIT_AS, &limit), 0);
+        auto const pages = get(u"/proc/self/statm"_s).split(' ').first().toULongLong();
+        constexpr rlim_t spare = 256ULL << 20; // most of it for the stacks and heaps of threads
+        rlimit const tight{pages * rlim_t(sysconf(_SC_PAGESIZE)) + spare, limit.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_AS, &tight), 0);
+        bool const isConverted = GifConverter::convert(source, path(u"b.gif"_s), {30, 20});
+        setrlimit(RLIMIT_AS, &limit);
+        QVERIFY(isConverted);
+#endif
     }
 
     void stopsWithoutATrace()

@@ -9,24 +9,35 @@
 #include <QFile>
 #include <QImage>
 #include <QSaveFile>
-#include <QThreadPool>
 
 #include <algorithm>
 #include <deque>
 #include <exception>
-#include <functional>
 #include <future>
 #include <list>
 #include <Magick++.h>
-#include <memory>
 #include <mutex>
+#include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace {
 
+//! A GIF file has two bytes for the length of a side.
+constexpr int kTooLong = 65'536;
+
 qint64 area(QSize const& size)
 {
     return qint64{size.width()} * size.height();
+}
+
+//! Where memory runs out Qt hands out a picture without pixels.
+QImage complete(QImage image)
+{
+    if (image.isNull()) {
+        throw std::bad_alloc();
+    }
+    return image;
 }
 
 //! Once, by whoever comes first. ImageMagick bears it that the host uses it as well and has done so before.
@@ -38,8 +49,8 @@ void prepareMagick()
 
 QImage toImage(Magick::Image picture)
 {
-    QImage image(
-        static_cast<int>(picture.columns()), static_cast<int>(picture.rows()), QImage::Format_RGBA8888);
+    auto image = complete(QImage(
+        static_cast<int>(picture.columns()), static_cast<int>(picture.rows()), QImage::Format_RGBA8888));
     picture.write(0, 0, picture.columns(), picture.rows(), "RGBA", Magick::CharPixel, image.bits());
     return image;
 }
@@ -51,25 +62,32 @@ QImage decoded(GifFile::Frame frame)
     QByteArray const file = GifFile::head(frame.area.size()) + GifFile::frame(frame) + GifFile::kEnd;
     std::list<Magick::Image> pictures;
     Magick::readImages(&pictures, Magick::Blob(file.constData(), static_cast<std::size_t>(file.size())));
-    return toImage(pictures.front());
+    auto image = pictures.empty() ? QImage() : toImage(pictures.front());
+    if (image.size() != frame.area.size()) {
+        throw std::runtime_error("has a frame that cannot be read");
+    }
+    return image;
 }
 
 //! The animation as it is shown: each frame drawn over what its predecessors left.
 class Canvas
 {
 public:
-    explicit Canvas(QSize const& size) : image(size, QImage::Format_RGBA8888) { image.fill(Qt::transparent); }
+    explicit Canvas(QSize const& size) : image(complete(QImage(size, QImage::Format_RGBA8888)))
+    {
+        image.fill(Qt::transparent);
+    }
 
     //! \a picture is the frame's own.
     QImage const& draw(GifFile::Frame const& frame, QImage const& picture)
     {
+        image.detach(); // from the one that is being scaled
+        image = complete(std::move(image));
         dispose();
         last = frame.area & image.rect();
         disposal = frame.disposal;
-        if (disposal == GifFile::Disposal::Previous) {
-            kept = image.copy(last);
-        }
         if (!last.isEmpty()) {
+            kept = disposal == GifFile::Disposal::Previous ? complete(image.copy(last)) : QImage();
             drawOver(picture, frame.area.topLeft());
         }
         return image;
@@ -112,8 +130,7 @@ private:
 //! GIF knows no half-transparent pixels: each becomes opaque or wholly transparent, and those all alike.
 QImage resized(QImage const& shown, Resampler const& resampler)
 {
-    auto image = resampler.scaled(shown);
-    image.convertTo(QImage::Format_ARGB32);
+    auto image = complete(resampler.scaled(shown).convertToFormat(QImage::Format_ARGB32));
     for (int y = 0; y < image.height(); ++y) {
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
         for (int x = 0; x < image.width(); ++x) {
@@ -129,7 +146,10 @@ QSize fitted(QSize const& canvas, QSize const& box)
     double const wide = static_cast<double>(box.width()) / canvas.width();
     double const high = static_cast<double>(box.height()) / canvas.height();
     double const scale = box.width() == 0 ? high : box.height() == 0 ? wide : std::min(wide, high);
-    return (QSizeF(canvas) * scale).toSize().expandedTo({1, 1});
+    return (QSizeF(canvas) * scale)
+        .boundedTo(QSizeF(kTooLong, kTooLong)) // in numbers that an int can hold
+        .toSize()
+        .expandedTo({1, 1});
 }
 
 //! A GIF file of one frame. Left to itself ImageMagick would choose the colours, which can take it half a
@@ -225,7 +245,7 @@ private:
     //! pictures at rest from flickering.
     QImage changes(QImage const& shown) const
     {
-        QImage changed = shown;
+        QImage changed = complete(shown.copy());
         forEachPixel(shown, [&](int x, int y, QRgb before, QRgb now) {
             if (before == now) {
                 reinterpret_cast<QRgb*>(changed.scanLine(y))[x] = 0;
@@ -244,12 +264,18 @@ private:
 
 bool isWithinLimits(GifFile const& file)
 {
-    auto const isTooLarge = [](GifFile::Frame const& frame) {
-        return area(frame.area.size()) > GifConverter::kMaxPixels;
-    };
-    return area(file.canvas) <= GifConverter::kMaxPixels && file.frames.size() <= GifConverter::kMaxFrames &&
-           area(file.canvas) * file.frames.size() <= GifConverter::kMaxTotalPixels &&
-           std::none_of(file.frames.cbegin(), file.frames.cend(), isTooLarge);
+    if (file.frames.size() > GifFile::kMostFrames) {
+        return false;
+    }
+    qint64 const canvas = area(file.canvas);
+    qint64 largest = canvas;
+    qint64 all = 0;
+    for (auto const& frame : file.frames) {
+        qint64 const pixels = area(frame.area.size());
+        largest = std::max(largest, pixels);
+        all += std::max(canvas, pixels);
+    }
+    return largest <= GifConverter::kMaxPixels && all <= GifConverter::kMaxTotalPixels;
 }
 
 bool refuse(QString const& file, char const* reason)
@@ -258,26 +284,28 @@ bool refuse(QString const& file, char const* reason)
     return false;
 }
 
-std::future<QImage> run(QThreadPool& threads, std::function<QImage()> const& work)
+//! A thread for each piece of work costs next to nothing, and a pool would wait for ever for one that cannot
+//! be had.
+template <typename Work>
+std::future<QImage> run(Work&& work)
 {
-    auto const task = std::make_shared<std::packaged_task<QImage()>>(work);
-    auto result = task->get_future();
-    threads.start([task] { (*task)(); });
-    return result;
+    return std::async(std::launch::async, std::forward<Work>(work));
 }
 
-} // namespace
-
-bool GifConverter::convert(
-    QString const& source, QString const& destination, QSize const& size, Step const& step)
+//! The same as `convert`, and throws what ImageMagick and the allocation of memory do.
+bool convertOrThrow(
+    QString const& source, QString const& destination, QSize const& size, GifConverter::Step const& step)
 {
     QFile input(source);
     if (!input.open(QIODevice::ReadOnly)) {
         return false;
     }
-    QByteArray const bytes = input.read(kMaxFileBytes + 1);
+    if (input.size() > GifConverter::kMaxFileBytes) {
+        return refuse(source, "is too large");
+    }
+    QByteArray const bytes = input.read(input.size());
     input.close();
-    auto const file = bytes.size() > kMaxFileBytes ? std::nullopt : GifFile::read(bytes);
+    auto const file = GifFile::read(bytes);
     if (!file || file->frames.isEmpty() || file->canvas.isEmpty()) {
         return refuse(source, "is not a complete GIF file");
     }
@@ -286,7 +314,8 @@ bool GifConverter::convert(
     }
     bool const isSize = qMin(size.width(), size.height()) >= 0 && !size.isNull();
     QSize const target = isSize ? fitted(file->canvas, size) : QSize();
-    if (!isSize || area(target) > kMaxPixels) {
+    if (!isSize || area(target) > GifConverter::kMaxPixels ||
+        qMax(target.width(), target.height()) >= kTooLong) {
         return refuse(destination, "cannot have this size");
     }
 
@@ -294,50 +323,56 @@ bool GifConverter::convert(
     if (!output.open(QIODevice::WriteOnly)) {
         return refuse(destination, "cannot be written");
     }
-    try {
-        prepareMagick();
-        Canvas canvas(file->canvas);
-        Resampler const resampler(file->canvas, target);
-        Writer writer(output, file->loops);
-        // Two frames are decoded ahead and one is scaled while another is drawn or written.
-        constexpr qsizetype ahead = 2;
-        QThreadPool threads; // joins them, so nothing above goes before their work is done
-        threads.setMaxThreadCount(2);
-        std::deque<std::future<QImage>> decoding;
-        std::deque<std::pair<std::future<QImage>, quint16>> scaling;
-        auto const decode = [&](qsizetype number) {
-            if (number < file->frames.size()) {
-                decoding.push_back(run(threads, [&frame = file->frames[number]] { return decoded(frame); }));
-            }
-        };
-        auto const writeFirst = [&] {
-            writer.add(scaling.front().first.get(), scaling.front().second);
-            scaling.pop_front();
-        };
-        for (qsizetype number = 0; number < ahead; ++number) {
-            decode(number);
+    prepareMagick();
+    Canvas canvas(file->canvas);
+    Resampler const resampler(file->canvas, target);
+    Writer writer(output, file->loops);
+    // Two frames are decoded ahead and one is scaled while another is drawn or written.
+    constexpr qsizetype ahead = 2;
+    // Each waits for its work at its end, so nothing above goes before.
+    std::deque<std::future<QImage>> decoding;
+    std::deque<std::pair<std::future<QImage>, quint16>> scaling;
+    auto const decode = [&](qsizetype number) {
+        if (number < file->frames.size()) {
+            decoding.push_back(run([&frame = file->frames[number]] { return decoded(frame); }));
         }
-        for (qsizetype done = 0; done < file->frames.size(); ++done) {
-            if (step && !step(done, file->frames.size())) {
-                return false;
-            }
-            auto const& frame = file->frames[done];
-            QImage const picture = decoding.front().get();
-            decoding.pop_front();
-            decode(done + ahead);
-            scaling.emplace_back(
-                run(threads, [&, shown = canvas.draw(frame, picture)] { return resized(shown, resampler); }),
-                frame.delay);
-            if (scaling.size() > 1) {
-                writeFirst();
-            }
+    };
+    auto const writeFirst = [&] {
+        writer.add(scaling.front().first.get(), scaling.front().second);
+        scaling.pop_front();
+    };
+    for (qsizetype number = 0; number < ahead; ++number) {
+        decode(number);
+    }
+    for (qsizetype done = 0; done < file->frames.size(); ++done) {
+        if (step && !step(done, file->frames.size())) {
+            return false;
         }
-        while (!scaling.empty()) {
+        auto const& frame = file->frames[done];
+        QImage const picture = decoding.front().get();
+        decoding.pop_front();
+        decode(done + ahead);
+        scaling.emplace_back(
+            run([&, shown = canvas.draw(frame, picture)] { return resized(shown, resampler); }), frame.delay);
+        if (scaling.size() > 1) {
             writeFirst();
         }
-        writer.end();
+    }
+    while (!scaling.empty()) {
+        writeFirst();
+    }
+    writer.end();
+    return output.commit() || refuse(destination, "cannot be written");
+}
+
+} // namespace
+
+bool GifConverter::convert(
+    QString const& source, QString const& destination, QSize const& size, Step const& step)
+{
+    try {
+        return convertOrThrow(source, destination, size, step);
     } catch (std::exception const& failure) {
         return refuse(source, failure.what());
     }
-    return output.commit() || refuse(destination, "cannot be written");
 }

@@ -89,7 +89,7 @@ std::optional<GifFile> GifFile::read(QByteArrayView bytes)
     auto const sharedColors = in.colors(flags);
 
     Frame next;
-    for (bool ended = false; !ended && !in.atEnd();) {
+    for (bool ended = false; !ended && !in.atEnd() && file.frames.size() <= kMostFrames;) {
         quint8 const kind = in.byte();
         if (kind == kExtension) {
             quint8 const label = in.byte();

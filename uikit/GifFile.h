@@ -14,6 +14,10 @@
 //! Cheap: reading walks the blocks and neither decodes nor copies anything.
 struct GifFile
 {
+    //! Reading stops after one more. A frame can be as short as 12 bytes, and the list of those of a large
+    //! file would be seven times as large as the file.
+    static constexpr qsizetype kMostFrames = 10'000;
+
     //! What happens to a frame's area before the next frame is drawn.
     enum class Disposal : quint8 { Unspecified = 0, Keep = 1, Background = 2, Previous = 3 };
 
@@ -39,7 +43,8 @@ struct GifFile
     QList<Frame> frames;
 
     //! Reads \a bytes; the frames point into it. Nothing when it is no GIF file or stops within a block. A
-    //! missing end mark and stray bytes between blocks are accepted, for players accept them too.
+    //! missing end mark and stray bytes between blocks are accepted, for players accept them too. Who gets
+    //! more than `kMostFrames` frames knows that there are too many, and not how many.
     static std::optional<GifFile> read(QByteArrayView bytes);
 
     //! The parts of a file, to be written one after the other: one head, any number of frames, one `kEnd`.

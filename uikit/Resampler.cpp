@@ -120,6 +120,9 @@ QImage Resampler::scaled(QImage const& picture) const
     bool const isSharp = isOpaque(picture);
     auto const add = isSharp ? &addLine<true> : &addLine<false>;
     QImage result(size, QImage::Format_RGBA8888);
+    if (result.isNull()) {
+        return result;
+    }
     std::vector<float> line(static_cast<std::size_t>(picture.width()) * kChannels);
     int y = 0;
     for (auto const& row : isSharp ? sharpRows : softRows) {

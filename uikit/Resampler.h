@@ -20,7 +20,8 @@ public:
     //! Neither size may be empty.
     Resampler(QSize const& from, QSize const& to);
 
-    //! \a picture has the size `from` and QImage::Format_RGBA8888, the result the same format. Any thread.
+    //! \a picture has the size `from` and QImage::Format_RGBA8888, the result the same format; null when
+    //! memory runs out. Any thread.
     QImage scaled(QImage const& picture) const;
 
 private:
