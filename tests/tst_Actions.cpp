@@ -373,7 +373,7 @@ private slots:
         });
         for (auto const& [name, list] : {std::pair(u"scene"_s, u"dropdownSceneList"_s),
                  {u"source"_s, u"dropdownSceneList"_s}, {u"mute"_s, u"dropdownAudioList"_s}}) {
-            row(name, "target", [panelOf, list](BaseSlobsWidget* action) {
+            row(name, "target", [panelOf, list = list](BaseSlobsWidget* action) {
                 emit panelOf(action)->findChild<QComboBox*>(list)->activated(0);
             });
         }
