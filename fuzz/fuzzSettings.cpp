@@ -12,6 +12,7 @@
 #include <QJsonDocument>
 
 #include <array>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 using namespace MekZoPluginEventType;
@@ -25,7 +26,7 @@ class Action
 public:
     explicit Action(ZOPlugin* made) : plugin(made)
     {
-        QObject::connect(plugin, &ZOPlugin::eventSent, [this](QJsonObject const& message) {
+        QObject::connect(plugin.get(), &ZOPlugin::eventSent, [this](QJsonObject const& message) {
             saved = message.value(kFieldEvent).toObject().value(kFieldPayload).toObject();
         });
         plugin->init({}, {});
@@ -57,7 +58,7 @@ public:
     }
 
 private:
-    ZOPlugin* plugin;
+    std::unique_ptr<ZOPlugin> plugin;
     QJsonObject saved;
     //! For the keys.
     QJsonObject defaults;
@@ -72,10 +73,9 @@ std::array<Action, 5>& actions()
     // Never deleted, for the end of a process knows no good order.
     static auto* const application = new QApplication(count, arguments);
     Q_UNUSED(application)
-    static auto* const all =
-        new std::array<Action, 5>{Action(new SlobsStreamWidget), Action(new SlobsRecordWidget),
-            Action(new SlobsSceneWidget), Action(new SlobsSourceWidget), Action(new SlobsAudioWidget)};
-    return *all;
+    static std::array<Action, 5> all{Action(new SlobsStreamWidget), Action(new SlobsRecordWidget),
+        Action(new SlobsSceneWidget), Action(new SlobsSourceWidget), Action(new SlobsAudioWidget)};
+    return all;
 }
 
 } // namespace
