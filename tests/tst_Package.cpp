@@ -289,9 +289,9 @@ private slots:
                 {[&] { task(u"disconnect"_s); }, {u"RECORD"_s, false}},
             };
             for (auto const& [step, expected] : steps) {
+                auto const& wanted = expected; // clang 14 captures no structured binding
                 step();
-                auto const& [member, value] = expected;
-                if (!soon([&] { return hasReacted() || host.told.value(member) == value; })) {
+                if (!soon([&] { return hasReacted() || host.told.value(wanted.first) == wanted.second; })) {
                     return false;
                 }
                 if (hasReacted()) {
