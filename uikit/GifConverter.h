@@ -16,8 +16,7 @@
 //! limits hold for the whole process, which is the host's, and are left alone.
 //!
 //! Memory goes with the file and its largest frame: at most four times the file, and about 50 bytes for each
-//! pixel of the canvas or the largest frame, 80 with ImageMagick 7. A key face's animation takes some
-//! megabytes.
+//! pixel of the canvas or the largest frame. A key face's animation takes some megabytes.
 namespace GifConverter {
 
 //! Limits of what is accepted: the canvas and each frame, all frames together (each counts as large as the
