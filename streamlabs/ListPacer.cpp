@@ -23,11 +23,6 @@ ListPacer::ListPacer(MakePayload payload, Publish publish, Clock time)
     timer.callOnTimeout([this] { publishNow(); });
 }
 
-std::chrono::nanoseconds ListPacer::steadyClock()
-{
-    return std::chrono::steady_clock::now().time_since_epoch();
-}
-
 void ListPacer::publish()
 {
     if (cost < cheap) {
@@ -46,15 +41,13 @@ std::optional<std::chrono::milliseconds> ListPacer::wait() const
 void ListPacer::publishNow()
 {
     timer.stop();
-    QJsonObject const payload = makePayload();
     Publish const call = toRelay; // which may take this object with it
-    Clock const now = clock;
     std::weak_ptr const watch = alive;
-    auto const start = now();
+    QJsonObject const payload = makePayload();
+    auto const start = clock();
     call(payload);
-    auto const end = now();
     if (!watch.expired()) {
-        cost = end - start;
-        publishedAt = end;
+        publishedAt = clock();
+        cost = publishedAt - start;
     }
 }

@@ -26,7 +26,7 @@ public:
     //! Hands the payload to the relay. The time that this takes is the cost. It may destroy the pacer.
     using Publish = std::function<void(QJsonObject const& payload)>;
 
-    ListPacer(MakePayload payload, Publish publish, Clock time = steadyClock);
+    ListPacer(MakePayload payload, Publish publish, Clock time);
 
     //! Publishes the list now, or once when it may be.
     void publish();
@@ -34,8 +34,6 @@ public:
     void cancel() { timer.stop(); }
     //! How long a publication waits, counted from when it was held back; nothing when none does.
     std::optional<std::chrono::milliseconds> wait() const;
-
-    static std::chrono::nanoseconds steadyClock();
 
 private:
     void publishNow();

@@ -138,11 +138,11 @@ public:
     QList<CollectionSchema> collections;
     QList<AudioSource> audioSources;
     ListPacer sceneListPacer{[this] { return SlobsAgent::toSceneList(scenes.json(), activeSceneId); },
-        [this](QJsonObject const& payload) { publish(payload); }};
+        [this](QJsonObject const& payload) { publish(payload); }, [this] { return q->now(); }};
     ListPacer collectionsPacer{[this] { return SlobsAgent::toCollectionList(collections); },
-        [this](QJsonObject const& payload) { publish(payload); }};
+        [this](QJsonObject const& payload) { publish(payload); }, [this] { return q->now(); }};
     ListPacer audioListPacer{[this] { return SlobsAgent::toAudioList(audioSources); },
-        [this](QJsonObject const& payload) { publish(payload); }};
+        [this](QJsonObject const& payload) { publish(payload); }, [this] { return q->now(); }};
     //! What is still to be told of statuses that were lost. Whoever ends a life tells it first: keys and LEDs
     //! must not stay lit.
     std::deque<std::function<bool()>> farewells;
@@ -256,6 +256,11 @@ ZoInterfaceRcc* StreamlabsService::relay()
 std::unique_ptr<SockJsSocket> StreamlabsService::makeSocket() const
 {
     return std::make_unique<SockJsSocket>();
+}
+
+std::chrono::nanoseconds StreamlabsService::now() const
+{
+    return std::chrono::steady_clock::now().time_since_epoch();
 }
 
 void StreamlabsService::addRccTaskHandler(QString const& command, CommandHandler handler)

@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 
 class SockJsSocket;
@@ -64,6 +65,8 @@ public:
 protected:
     //! The transport that `init` binds to. Never null.
     virtual std::unique_ptr<SockJsSocket> makeSocket() const;
+    //! Time since any moment, monotonic: what the pace of the lists goes by.
+    virtual std::chrono::nanoseconds now() const;
 
 private:
     class Impl;

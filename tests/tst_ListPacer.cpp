@@ -79,7 +79,7 @@ void tst_ListPacer::mayGoWhileItPublishes()
 {
     std::unique_ptr<ListPacer> pacer;
     auto const go = [&](QJsonObject const&) { pacer.reset(); };
-    pacer = std::make_unique<ListPacer>([] { return QJsonObject(); }, go);
+    pacer = std::make_unique<ListPacer>([] { return QJsonObject(); }, go, [] { return 0ns; });
     pacer->publish();
     QVERIFY(!pacer);
 }
