@@ -12,7 +12,6 @@
 
 #include <deque>
 #include <functional>
-#include <initializer_list>
 #include <optional>
 #include <utility>
 
@@ -95,6 +94,8 @@ public:
     bool publishAuthState();
     bool publishStreamingStatus();
     bool publishRecordingStatus();
+    using MakeMessage = QJsonObject (*)(QString const& status);
+    bool publishStatus(QString const& status, bool& isShown, MakeMessage makeResult, MakeMessage makeLed);
     bool publishList(ListPacer& list);
     bool publishSceneList() { return publishList(sceneListPacer); }
     bool publishAudioList() { return publishList(audioListPacer); }
@@ -723,23 +724,24 @@ bool StreamlabsService::Impl::publishAuthState()
 
 bool StreamlabsService::Impl::publishStreamingStatus()
 {
-    showsStreaming = showsStreaming || !streamingStatus.isEmpty();
-    if (!publish(SlobsAgent::toStreamingStatus(streamingStatus)) ||
-        !dispatch(SlobsAgent::setStreamingLed(streamingStatus))) {
-        return false;
-    }
-    showsStreaming = !streamingStatus.isEmpty();
-    return true;
+    return publishStatus(
+        streamingStatus, showsStreaming, SlobsAgent::toStreamingStatus, SlobsAgent::setStreamingLed);
 }
 
 bool StreamlabsService::Impl::publishRecordingStatus()
 {
-    showsRecording = showsRecording || !recordingStatus.isEmpty();
-    if (!publish(SlobsAgent::toRecordingStatus(recordingStatus)) ||
-        !dispatch(SlobsAgent::setRecordingLed(recordingStatus))) {
+    return publishStatus(
+        recordingStatus, showsRecording, SlobsAgent::toRecordingStatus, SlobsAgent::setRecordingLed);
+}
+
+bool StreamlabsService::Impl::publishStatus(
+    QString const& status, bool& isShown, MakeMessage makeResult, MakeMessage makeLed)
+{
+    isShown = isShown || !status.isEmpty();
+    if (!publish(makeResult(status)) || !dispatch(makeLed(status))) {
         return false;
     }
-    showsRecording = !recordingStatus.isEmpty();
+    isShown = !status.isEmpty();
     return true;
 }
 
