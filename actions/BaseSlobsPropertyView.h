@@ -70,7 +70,7 @@ protected:
 
     //! The records that have an id, which is in their member \a id.
     template <typename Record>
-    static QList<Choice> toChoices(QList<Record> const& records, QString Record::*id)
+    static QList<Choice> toChoices(QList<Record> const& records, QString Record::* id)
     {
         QList<Choice> choices;
         choices.reserve(records.size());

@@ -13,9 +13,8 @@ SlobsScenePropertyView::SlobsScenePropertyView(QWidget* parent)
     init(ui->base);
     registerLoginPane(ui->btnGoAuth, ui->txtWarningMessage);
     connect(ui->dropdownSceneList, &QComboBox::activated, this, &SlobsScenePropertyView::onSceneChosen);
-    connect(ui->btnRefresh, &QPushButton::clicked, this, [this] {
-        emit sendToWidget({{u"task"_s, SlobsPanelTasks::kRefreshScene}});
-    });
+    connect(ui->btnRefresh, &QPushButton::clicked, this,
+        [this] { emit sendToWidget({{u"task"_s, SlobsPanelTasks::kRefreshScene}}); });
 }
 
 SlobsScenePropertyView::~SlobsScenePropertyView() = default;

@@ -22,9 +22,8 @@ SlobsSourcePropertyView::SlobsSourcePropertyView(QWidget* parent)
     connect(ui->dropdownSceneList, &QComboBox::activated, this, &SlobsSourcePropertyView::onSceneChosen);
     connect(
         ui->dropdownSceneItemList, &QComboBox::activated, this, &SlobsSourcePropertyView::onSceneItemChosen);
-    connect(ui->btnRefresh, &QPushButton::clicked, this, [this] {
-        emit sendToWidget({{u"task"_s, SlobsPanelTasks::kRefreshScene}});
-    });
+    connect(ui->btnRefresh, &QPushButton::clicked, this,
+        [this] { emit sendToWidget({{u"task"_s, SlobsPanelTasks::kRefreshScene}}); });
 }
 
 SlobsSourcePropertyView::~SlobsSourcePropertyView() = default;

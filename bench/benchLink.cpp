@@ -122,8 +122,7 @@ QList<BenchRow> roundTrip()
             chain.run();
             hops.run();
         }
-        return compare(
-            row, rounds, [&] { chain.run(); }, [&] { hops.run(); });
+        return compare(row, rounds, [&] { chain.run(); }, [&] { hops.run(); });
     };
     return {against(BareHops::Leaving::Later,
                 {.what = u"key press to Streamlabs Desktop and its status back to the key"_s,

@@ -136,7 +136,7 @@ private:
     QString anyScene() { return chance(50) ? anySet(&Key::sceneId) : any(model().sceneEntries()).id; }
     QString anyNode() { return chance(50) ? anySet(&Key::itemId) : any(model().nodeEntries(anyScene())).id; }
     QString anyAudio() { return chance(50) ? anySet(&Key::audioId) : any(model().audioEntries()).id; }
-    QString anySet(QString Key::*id)
+    QString anySet(QString Key::* id)
     {
         QStringList ids;
         for (auto const& key : m_keys) {

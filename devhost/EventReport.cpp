@@ -142,7 +142,7 @@ void EventReport::watch(Console& console)
             print(u"key"_s, {{u"index"_s, index}, {u"title"_s, face.title}, {u"invalid"_s, face.invalid}});
         } else {
             tell(u"%1  \"%2\"%3"_s.arg(u"key %1"_s.arg(index), -24)
-                     .arg(face.title, face.invalid ? u", invalid"_s : QString()));
+                    .arg(face.title, face.invalid ? u", invalid"_s : QString()));
         }
     });
 }

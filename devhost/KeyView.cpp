@@ -89,7 +89,7 @@ void KeyView::describe()
     }
     auto const face = m_key->face();
     setAccessibleName((face.invalid ? tr("Key %1, %2: %3, invalid") : tr("Key %1, %2: %3"))
-                          .arg(QString::number(m_index), m_label, face.title));
+            .arg(QString::number(m_index), m_label, face.title));
     setToolTip(tr("Key %1: %2").arg(QString::number(m_index), m_label));
 }
 

@@ -54,8 +54,8 @@ void MainWindow::fill()
     ui->listActions->setActions(actions);
     constexpr int margin = 3;
     auto* const about = new QLabel(tr("%1, relay on port %2")
-                                       .arg(PackageActions::packageLabel(m_host.plugin()))
-                                       .arg(m_host.relay().port()));
+            .arg(PackageActions::packageLabel(m_host.plugin()))
+            .arg(m_host.relay().port()));
     m_link->setMargin(margin);
     about->setMargin(margin);
     ui->statusbar->addWidget(m_link);

@@ -34,11 +34,11 @@ bool PluginHost::load(Parameters const& parameters)
     auto const instance = reinterpret_cast<Instance>(m_library.resolve("instance"));
     if (!sdk || !instance) {
         return fail(tr("%1 is not an action package: it exports no function \"%2\".")
-                        .arg(m_library.fileName(), sdk ? u"instance"_s : u"sdk"_s));
+                .arg(m_library.fileName(), sdk ? u"instance"_s : u"sdk"_s));
     }
     if (int const version = sdk(); version != sdkVersion) {
         return fail(tr("%1 speaks version %2 of the package interface, this host speaks %3.")
-                        .arg(m_library.fileName(), QString::number(version), QString::number(sdkVersion)));
+                .arg(m_library.fileName(), QString::number(version), QString::number(sdkVersion)));
     }
 
     m_package.reset(instance());

@@ -37,14 +37,16 @@ std::optional<QStringList> messagesOf(QString const& frame)
 {
     // QJsonDocument reads no bare string, therefore the array around it.
     QJsonArray const wrapped = QJsonDocument::fromJson("[" + frame.toUtf8() + "]").array();
-    if (wrapped.size() != 1)
+    if (wrapped.size() != 1) {
         return std::nullopt;
+    }
 
     QJsonArray const messages = wrapped.first().isArray() ? wrapped.first().toArray() : wrapped;
     QStringList texts;
     for (QJsonValue const message : messages) {
-        if (!message.isString())
+        if (!message.isString()) {
             return std::nullopt;
+        }
         texts.append(message.toString());
     }
     return texts;
@@ -67,8 +69,9 @@ SockJsServer::~SockJsServer()
 
 bool SockJsServer::listen(quint16 port)
 {
-    if (m_handshake.listen(port))
+    if (m_handshake.listen(port)) {
         return true;
+    }
     qCWarning(devHostLog) << "the stand-in cannot listen on port" << port << m_handshake.errorString();
     return false;
 }
@@ -78,8 +81,9 @@ void SockJsServer::close()
     m_handshake.close();
     for (int const client : clients()) {
         sendFrame(client, u"c[3000,\"Go away!\"]"_s);
-        if (QWebSocket* webSocket = forget(client))
+        if (QWebSocket* webSocket = forget(client)) {
             webSocket->close();
+        }
     }
     drop();
 }
@@ -87,8 +91,9 @@ void SockJsServer::close()
 void SockJsServer::drop()
 {
     for (int const client : clients()) {
-        if (QWebSocket* webSocket = forget(client))
+        if (QWebSocket* webSocket = forget(client)) {
             webSocket->abort();
+        }
     }
     m_handshake.drop();
     // A copy: each abort takes its socket out of the set.
@@ -122,10 +127,11 @@ void SockJsServer::setHeartbeatInterval(std::chrono::milliseconds interval)
 {
     m_heartbeatInterval = interval;
     for (Client const& client : std::as_const(m_clients)) {
-        if (interval.count() > 0)
+        if (interval.count() > 0) {
             client.heartbeat->start(interval);
-        else
+        } else {
             client.heartbeat->stop();
+        }
     }
 }
 
@@ -138,8 +144,9 @@ void SockJsServer::sendRawFrame(QString const& frame)
 void SockJsServer::sendRawBytes(QByteArray const& bytes)
 {
     for (Client const& client : std::as_const(m_clients)) {
-        if (client.tcpSocket->isWritable()) // one that has said goodbye is still here until all is written
+        if (client.tcpSocket->isWritable()) { // one that has said goodbye is still here until all is written
             client.tcpSocket->write(bytes);
+        }
     }
 }
 
@@ -147,12 +154,14 @@ void SockJsServer::answerRequest(QTcpSocket* socket, QByteArray const& requestLi
 {
     m_notUpgraded.insert(socket);
     connect(socket, &QTcpSocket::disconnected, this, [this, socket] { m_notUpgraded.remove(socket); });
-    if (m_answer == Handshake::NeverAnswer)
+    if (m_answer == Handshake::NeverAnswer) {
         return;
-    if (m_answer == Handshake::NotFound || !isEndpoint(requestLine))
+    }
+    if (m_answer == Handshake::NotFound || !isEndpoint(requestLine)) {
         LoopbackHandshake::refuse(socket, "404 Not Found");
-    else
+    } else {
         m_upgrader.handleConnection(socket);
+    }
 }
 
 void SockJsServer::acceptWebSockets()
@@ -181,14 +190,16 @@ void SockJsServer::acceptWebSockets()
         connect(webSocket, &QWebSocket::binaryMessageReceived, this, [this, id] { breakOff(id); });
         connect(webSocket, &QWebSocket::disconnected, this, [this, id] {
             QWebSocket* const gone = forget(id);
-            if (gone->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData)
+            if (gone->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData) {
                 qCWarning(devHostLog)
                     << "the stand-in: a connection has ended over a frame that was too large";
+            }
             gone->deleteLater();
         });
         connect(client.heartbeat, &QTimer::timeout, this, [this, id] { sendFrame(id, u"h"_s); });
-        if (m_heartbeatInterval.count() > 0)
+        if (m_heartbeatInterval.count() > 0) {
             client.heartbeat->start(m_heartbeatInterval);
+        }
 
         emit clientConnected(id);
         sendFrame(id, u"o"_s);
@@ -198,24 +209,27 @@ void SockJsServer::acceptWebSockets()
 void SockJsServer::receiveFrame(int client, QString const& frame)
 {
     emit frameReceived(client, frame);
-    if (frame.isEmpty() || !isSignalConnected(QMetaMethod::fromSignal(&SockJsServer::messageReceived)))
+    if (frame.isEmpty() || !isSignalConnected(QMetaMethod::fromSignal(&SockJsServer::messageReceived))) {
         return;
+    }
     std::optional<QStringList> const messages = messagesOf(frame);
     if (!messages) {
         breakOff(client);
         return;
     }
     for (QString const& message : *messages) {
-        if (m_clients.contains(client)) // a receiver may drop the connection
+        if (m_clients.contains(client)) { // a receiver may drop the connection
             emit messageReceived(client, message);
+        }
     }
 }
 
 void SockJsServer::sendFrame(int client, QString const& frame)
 {
     auto const found = m_clients.constFind(client);
-    if (found == m_clients.cend())
+    if (found == m_clients.cend()) {
         return;
+    }
     found->webSocket->sendTextMessage(frame);
     emit frameSent(client, frame);
 }
@@ -223,8 +237,9 @@ void SockJsServer::sendFrame(int client, QString const& frame)
 // The connection ends because of a frame that SockJS does not know.
 void SockJsServer::breakOff(int client)
 {
-    if (QWebSocket* webSocket = forget(client))
+    if (QWebSocket* webSocket = forget(client)) {
         webSocket->close(QWebSocketProtocol::CloseCodeProtocolError, u"Broken framing."_s);
+    }
 }
 
 // Takes a client out of the books; its socket then only waits for its own end. Null when the client is gone
@@ -232,8 +247,9 @@ void SockJsServer::breakOff(int client)
 QWebSocket* SockJsServer::forget(int client)
 {
     QWebSocket* const webSocket = m_clients.value(client).webSocket;
-    if (!webSocket)
+    if (!webSocket) {
         return nullptr;
+    }
     m_clients.take(client).heartbeat->stop();
     webSocket->disconnect(this);
     connect(webSocket, &QWebSocket::disconnected, webSocket, &QObject::deleteLater);

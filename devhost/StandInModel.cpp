@@ -28,9 +28,10 @@ auto* find(List& list, QString const& target)
 {
     auto found =
         std::find_if(list.begin(), list.end(), [&](auto const& element) { return element.id == target; });
-    if (found == list.end())
+    if (found == list.end()) {
         found = std::find_if(
             list.begin(), list.end(), [&](auto const& element) { return element.name == target; });
+    }
     return found == list.end() ? nullptr : &*found;
 }
 
@@ -111,12 +112,14 @@ void StandInModel::generate(int scenes, int itemsPerScene, int audioSources)
     Collection& collection = newCollection(u"Generated"_s);
     for (int s = 1; s <= qMax(scenes, 1); ++s) {
         Scene& scene = newScene(collection, u"Scene %1"_s.arg(s));
-        for (int i = 1; i <= itemsPerScene; ++i)
+        for (int i = 1; i <= itemsPerScene; ++i) {
             newItem(collection, scene,
                 newSource(collection, {{}, u"Item %1.%2"_s.arg(s).arg(i), u"image_source"_s}).id);
+        }
     }
-    for (int a = 1; a <= audioSources; ++a)
+    for (int a = 1; a <= audioSources; ++a) {
         newDevice(collection, u"Audio %1"_s.arg(a));
+    }
     m_collectionId = collection.id;
     emit changed();
 }
@@ -151,8 +154,9 @@ StandInModel::Collection& StandInModel::newCollection(QString const& name)
 StandInModel::Scene& StandInModel::newScene(Collection& collection, QString const& name)
 {
     Scene& scene = collection.scenes.emplace_back(Scene{newId(u"scene_"_s), name, {}});
-    if (collection.activeSceneId.isEmpty())
+    if (collection.activeSceneId.isEmpty()) {
         collection.activeSceneId = scene.id;
+    }
     return scene;
 }
 
@@ -214,12 +218,14 @@ QString StandInModel::Collection::nameOf(Node const& node) const
 StandInModel::Node const* StandInModel::Collection::findNode(QString const& target, Kind kind) const
 {
     auto const isWanted = [kind](Node const& node) { return kind == Kind::Any || !node.isFolder(); };
-    if (auto const found = nodes.constFind(target); found != nodes.cend() && isWanted(*found))
+    if (auto const found = nodes.constFind(target); found != nodes.cend() && isWanted(*found)) {
         return &*found;
+    }
     for (Scene const& scene : scenes) {
         for (QString const& nodeId : scene.nodes) {
-            if (auto const node = nodes.constFind(nodeId); isWanted(*node) && nameOf(*node) == target)
+            if (auto const node = nodes.constFind(nodeId); isWanted(*node) && nameOf(*node) == target) {
                 return &*node;
+            }
         }
     }
     return nullptr;
@@ -227,11 +233,13 @@ StandInModel::Node const* StandInModel::Collection::findNode(QString const& targ
 
 StandInModel::Source const* StandInModel::Collection::findAudioSource(QString const& target) const
 {
-    if (auto const found = sources.constFind(target); found != sources.cend() && found->audio)
+    if (auto const found = sources.constFind(target); found != sources.cend() && found->audio) {
         return &*found;
+    }
     for (QString const& sourceId : sourceIds) {
-        if (auto const source = sources.constFind(sourceId); source->audio && source->name == target)
+        if (auto const source = sources.constFind(sourceId); source->audio && source->name == target) {
             return &*source;
+        }
     }
     return nullptr;
 }
@@ -253,8 +261,9 @@ QJsonObject StandInModel::Collection::itemModel(Node const& item) const
 QJsonObject StandInModel::Collection::sceneModel(Scene const& scene) const
 {
     QHash<QString, QJsonArray> children;
-    for (QString const& nodeId : scene.nodes)
+    for (QString const& nodeId : scene.nodes) {
         children[nodes[nodeId].parentId].append(nodeId);
+    }
 
     QJsonArray models;
     for (QString const& nodeId : scene.nodes) {
@@ -273,8 +282,9 @@ QJsonObject StandInModel::Collection::schema() const
     for (Scene const& scene : scenes) {
         QJsonArray items;
         for (QString const& nodeId : scene.nodes) {
-            if (auto const node = nodes.constFind(nodeId); !node->isFolder())
+            if (auto const node = nodes.constFind(nodeId); !node->isFolder()) {
                 items.append(QJsonObject{{u"sceneItemId"_s, nodeId}, {u"sourceId"_s, node->sourceId}});
+            }
         }
         QJsonObject sceneSchema = idAndName(scene);
         sceneSchema[u"sceneItems"_s] = items;
@@ -285,8 +295,9 @@ QJsonObject StandInModel::Collection::schema() const
     for (QString const& sourceId : sourceIds) {
         QJsonObject const source = sources[sourceId].model();
         QJsonObject sourceSchema;
-        for (QString const& key : {u"id"_s, u"name"_s, u"type"_s, u"channel"_s})
+        for (QString const& key : {u"id"_s, u"name"_s, u"type"_s, u"channel"_s}) {
             sourceSchema[key] = source[key];
+        }
         sourceSchemas.append(sourceSchema);
     }
 
@@ -302,8 +313,9 @@ void StandInModel::Collection::insertNode(Scene& scene, Node const& node)
     qsizetype position = scene.nodes.size();
     if (!node.parentId.isEmpty()) {
         position = scene.nodes.indexOf(node.parentId) + 1;
-        while (position < scene.nodes.size() && nodes[scene.nodes[position]].parentId == node.parentId)
+        while (position < scene.nodes.size() && nodes[scene.nodes[position]].parentId == node.parentId) {
             ++position;
+        }
     }
     scene.nodes.insert(position, node.id);
     nodes.insert(node.id, node)->sceneId = scene.id;
@@ -364,8 +376,9 @@ QJsonArray StandInModel::scenes() const
 {
     QJsonArray models;
     if (Collection const* const collection = loaded()) {
-        for (Scene const& scene : collection->scenes)
+        for (Scene const& scene : collection->scenes) {
             models.append(collection->sceneModel(scene));
+        }
     }
     return models;
 }
@@ -389,8 +402,9 @@ QJsonArray StandInModel::audioSources() const
     QJsonArray models;
     if (Collection const* const collection = loaded()) {
         for (QString const& id : collection->sourceIds) {
-            if (Source const source = collection->sources[id]; source.audio)
+            if (Source const source = collection->sources[id]; source.audio) {
                 models.append(source.audioModel());
+            }
         }
     }
     return models;
@@ -401,15 +415,18 @@ QJsonArray StandInModel::audioSourcesOfScene(QString const& target) const
     Collection const* const collection = loaded();
     Scene const* const scene = collection ? find(collection->scenes, target) : nullptr;
     QJsonArray models;
-    if (!scene)
+    if (!scene) {
         return models;
+    }
     QSet<QString> shown;
-    for (QString const& id : scene->nodes)
+    for (QString const& id : scene->nodes) {
         shown.insert(collection->nodes[id].sourceId);
+    }
     for (QString const& id : collection->sourceIds) {
         if (Source const source = collection->sources[id];
-            source.audio && (source.channel != 0 || shown.contains(id)))
+            source.audio && (source.channel != 0 || shown.contains(id))) {
             models.append(source.audioModel());
+        }
     }
     return models;
 }
@@ -418,8 +435,9 @@ QList<StandInModel::Entry> StandInModel::sceneEntries() const
 {
     QList<Entry> entries;
     if (Collection const* const collection = loaded()) {
-        for (Scene const& scene : collection->scenes)
+        for (Scene const& scene : collection->scenes) {
             entries.append({scene.id, scene.name, scene.id == collection->activeSceneId, false});
+        }
     }
     return entries;
 }
@@ -429,8 +447,9 @@ QList<StandInModel::Entry> StandInModel::nodeEntries(QString const& target) cons
     Collection const* const collection = loaded();
     Scene const* const scene = collection ? find(collection->scenes, target) : nullptr;
     QList<Entry> entries;
-    if (!scene)
+    if (!scene) {
         return entries;
+    }
     entries.reserve(scene->nodes.size());
     for (QString const& nodeId : scene->nodes) {
         Node const& node = *collection->nodes.constFind(nodeId);
@@ -446,8 +465,9 @@ QList<StandInModel::Entry> StandInModel::audioEntries() const
     QList<Entry> entries;
     if (Collection const* const collection = loaded()) {
         for (QString const& id : collection->sourceIds) {
-            if (Source const& source = *collection->sources.constFind(id); source.audio)
+            if (Source const& source = *collection->sources.constFind(id); source.audio) {
                 entries.append({source.id, source.name, source.muted, false});
+            }
         }
     }
     return entries;
@@ -456,16 +476,18 @@ QList<StandInModel::Entry> StandInModel::audioEntries() const
 QJsonArray StandInModel::collections() const
 {
     QJsonArray models;
-    for (Collection const& collection : m_collections)
+    for (Collection const& collection : m_collections) {
         models.append(idAndName(collection));
+    }
     return models;
 }
 
 QJsonArray StandInModel::collectionSchemas() const
 {
     QJsonArray models;
-    for (Collection const& collection : m_collections)
+    for (Collection const& collection : m_collections) {
         models.append(collection.schema());
+    }
     return models;
 }
 
@@ -473,8 +495,9 @@ QJsonArray StandInModel::collectionSchemas() const
 
 bool StandInModel::setStreaming(bool on)
 {
-    if (on != isOn(m_streaming.status))
+    if (on != isOn(m_streaming.status)) {
         enter(m_streaming, on ? QStringList{kStarting, kLive} : QStringList{kEnding, kOffline});
+    }
     return true;
 }
 
@@ -485,14 +508,16 @@ bool StandInModel::toggleStreaming()
 
 bool StandInModel::setRecording(bool on)
 {
-    if (on == isOn(m_recording.status))
+    if (on == isOn(m_recording.status)) {
         return true;
-    if (on)
+    }
+    if (on) {
         enter(m_recording, {kStarting, kRecording});
-    else if (m_recordingWrites)
+    } else if (m_recordingWrites) {
         enter(m_recording, {kStopping, kWriting, kOffline});
-    else
+    } else {
         enter(m_recording, {kStopping, kOffline});
+    }
     return true;
 }
 
@@ -503,8 +528,9 @@ bool StandInModel::toggleRecording()
 
 bool StandInModel::interruptStream()
 {
-    if (m_streaming.status != kLive)
+    if (m_streaming.status != kLive) {
         return false;
+    }
     enter(m_streaming, {kReconnecting, kLive});
     return true;
 }
@@ -515,10 +541,11 @@ void StandInModel::enter(Output& output, QStringList statuses)
     output.status = statuses.takeFirst();
     output.since = QDateTime::currentDateTimeUtc();
     output.upcoming = std::move(statuses);
-    if (output.upcoming.isEmpty())
+    if (output.upcoming.isEmpty()) {
         output.timer.stop();
-    else
+    } else {
         output.timer.start(m_transitionTime);
+    }
     publish(output.event, output.status);
 }
 
@@ -528,18 +555,21 @@ bool StandInModel::switchScene(QString const& target)
 {
     Collection* const collection = loaded();
     Scene const* const scene = collection ? find(collection->scenes, target) : nullptr;
-    if (!scene)
+    if (!scene) {
         return false;
-    if (std::exchange(collection->activeSceneId, scene->id) != scene->id)
+    }
+    if (std::exchange(collection->activeSceneId, scene->id) != scene->id) {
         publish(StandInEvents::kSceneSwitched, collection->sceneModel(*scene));
+    }
     return true;
 }
 
 bool StandInModel::addScene(QString const& name)
 {
     Collection* const collection = loaded();
-    if (!collection)
+    if (!collection) {
         return false;
+    }
     publish(StandInEvents::kSceneAdded, collection->sceneModel(newScene(*collection, name)));
     return true;
 }
@@ -548,17 +578,20 @@ bool StandInModel::removeScene(QString const& target)
 {
     Collection* const collection = loaded();
     Scene const* const found = collection ? find(collection->scenes, target) : nullptr;
-    if (!found || collection->scenes.size() == 1)
+    if (!found || collection->scenes.size() == 1) {
         return false;
+    }
 
     Scene const scene = *found;
     QJsonObject const model = collection->sceneModel(scene);
     QStringList sourceIds;
-    for (QString const& id : scene.nodes)
+    for (QString const& id : scene.nodes) {
         sourceIds.append(collection->takeNode(id).sourceId);
+    }
     std::erase_if(collection->scenes, [&](Scene const& other) { return other.id == scene.id; });
-    if (collection->activeSceneId == scene.id)
+    if (collection->activeSceneId == scene.id) {
         switchScene(collection->scenes.front().id);
+    }
     publish(StandInEvents::kSceneRemoved, model);
     dropUnusedSources(*collection, sourceIds);
     return true;
@@ -568,10 +601,12 @@ bool StandInModel::renameScene(QString const& target, QString const& name)
 {
     Collection* const collection = loaded();
     Scene* const scene = collection ? find(collection->scenes, target) : nullptr;
-    if (!scene)
+    if (!scene) {
         return false;
-    if (std::exchange(scene->name, name) != name)
+    }
+    if (std::exchange(scene->name, name) != name) {
         publish(StandInEvents::kSourceUpdated, Source{scene->id, name, u"scene"_s}.model());
+    }
     return true;
 }
 
@@ -581,8 +616,9 @@ bool StandInModel::addItem(QString const& target, QString const& name, QString c
 {
     Collection* const collection = loaded();
     Scene* const scene = collection ? find(collection->scenes, target) : nullptr;
-    if (!scene)
+    if (!scene) {
         return false;
+    }
     QString folderId;
     if (!folder.isEmpty()) {
         auto const isTheFolder = [&](QString const& id) {
@@ -590,8 +626,9 @@ bool StandInModel::addItem(QString const& target, QString const& name, QString c
             return node.isFolder() && (id == folder || node.folderName == folder);
         };
         auto const found = std::find_if(scene->nodes.cbegin(), scene->nodes.cend(), isTheFolder);
-        if (found == scene->nodes.cend())
+        if (found == scene->nodes.cend()) {
             return false;
+        }
         folderId = *found;
     }
 
@@ -607,8 +644,9 @@ bool StandInModel::addFolder(QString const& target, QString const& name)
 {
     Collection* const collection = loaded();
     Scene* const scene = collection ? find(collection->scenes, target) : nullptr;
-    if (!scene)
+    if (!scene) {
         return false;
+    }
     newFolder(*collection, *scene, name);
     emit changed();
     return true;
@@ -618,15 +656,17 @@ bool StandInModel::removeItem(QString const& target)
 {
     Collection* const collection = loaded();
     Node const* const node = collection ? collection->findNode(target, Kind::Any) : nullptr;
-    if (!node)
+    if (!node) {
         return false;
+    }
     if (node->isFolder()) {
         QString const folderId = node->id;
         QString const sceneId = node->sceneId;
         collection->takeNode(folderId);
         for (QString const& id : std::as_const(find(collection->scenes, sceneId)->nodes)) {
-            if (Node& child = collection->nodes[id]; child.parentId == folderId)
+            if (Node& child = collection->nodes[id]; child.parentId == folderId) {
                 child.parentId.clear();
+            }
         }
         emit changed();
         return true;
@@ -642,8 +682,9 @@ bool StandInModel::renameItem(QString const& target, QString const& name)
 {
     Collection* const collection = loaded();
     Node const* const node = collection ? collection->findNode(target, Kind::Any) : nullptr;
-    if (!node)
+    if (!node) {
         return false;
+    }
     if (node->isFolder()) {
         collection->nodes[node->id].folderName = name;
         emit changed();
@@ -677,11 +718,13 @@ bool StandInModel::updateItem(QString const& target, std::function<bool(Node&)> 
 {
     Collection* const collection = loaded();
     Node const* const found = collection ? collection->findNode(target, Kind::Item) : nullptr;
-    if (!found)
+    if (!found) {
         return false;
+    }
     Node& node = collection->nodes[found->id];
-    if (change(node))
+    if (change(node)) {
         publish(StandInEvents::kItemUpdated, collection->itemModel(node));
+    }
     return true;
 }
 
@@ -690,8 +733,9 @@ bool StandInModel::updateItem(QString const& target, std::function<bool(Node&)> 
 bool StandInModel::addAudioSource(QString const& name)
 {
     Collection* const collection = loaded();
-    if (!collection)
+    if (!collection) {
         return false;
+    }
     publish(StandInEvents::kSourceAdded, newDevice(*collection, name).model());
     return true;
 }
@@ -700,8 +744,9 @@ bool StandInModel::removeAudioSource(QString const& target)
 {
     Collection* const collection = loaded();
     Source const* const found = collection ? collection->findAudioSource(target) : nullptr;
-    if (!found)
+    if (!found) {
         return false;
+    }
 
     QString const sourceId = found->id;
     QList<QJsonObject> items;
@@ -714,8 +759,9 @@ bool StandInModel::removeAudioSource(QString const& target)
         }
     }
     QJsonObject const source = collection->takeSource(sourceId).model();
-    for (QJsonObject const& item : std::as_const(items))
+    for (QJsonObject const& item : std::as_const(items)) {
         publish(StandInEvents::kItemRemoved, item);
+    }
     publish(StandInEvents::kSourceRemoved, source);
     return true;
 }
@@ -724,8 +770,9 @@ bool StandInModel::renameAudioSource(QString const& target, QString const& name)
 {
     Collection* const collection = loaded();
     Source const* const source = collection ? collection->findAudioSource(target) : nullptr;
-    if (!source)
+    if (!source) {
         return false;
+    }
     renameSource(*collection, source->id, name);
     return true;
 }
@@ -734,34 +781,40 @@ bool StandInModel::setMuted(QString const& target, bool muted)
 {
     Collection* const collection = loaded();
     Source const* const found = collection ? collection->findAudioSource(target) : nullptr;
-    if (!found)
+    if (!found) {
         return false;
+    }
     Source& source = collection->sources[found->id];
-    if (std::exchange(source.muted, muted) != muted)
+    if (std::exchange(source.muted, muted) != muted) {
         publish(StandInEvents::kSourceUpdated, source.model());
+    }
     return true;
 }
 
 void StandInModel::renameSource(Collection& collection, QString const& sourceId, QString const& name)
 {
     Source& source = collection.sources[sourceId];
-    if (std::exchange(source.name, name) != name)
+    if (std::exchange(source.name, name) != name) {
         publish(StandInEvents::kSourceUpdated, source.model());
+    }
 }
 
 // Devices need nobody to show them.
 void StandInModel::dropUnusedSources(Collection& collection, QStringList const& candidates)
 {
     QSet<QString> shown;
-    for (Node const& node : std::as_const(collection.nodes))
+    for (Node const& node : std::as_const(collection.nodes)) {
         shown.insert(node.sourceId);
+    }
     QList<QJsonObject> dropped;
     for (QString const& id : candidates) {
-        if (!shown.contains(id) && collection.sources.contains(id) && collection.sources[id].channel == 0)
+        if (!shown.contains(id) && collection.sources.contains(id) && collection.sources[id].channel == 0) {
             dropped.append(collection.takeSource(id).model());
+        }
     }
-    for (QJsonObject const& source : std::as_const(dropped))
+    for (QJsonObject const& source : std::as_const(dropped)) {
         publish(StandInEvents::kSourceRemoved, source);
+    }
 }
 
 // ---- Collections
@@ -777,13 +830,15 @@ bool StandInModel::addCollection(QString const& name)
 bool StandInModel::removeCollection(QString const& target)
 {
     Collection const* const found = find(m_collections, target);
-    if (!found || m_collections.size() == 1)
+    if (!found || m_collections.size() == 1) {
         return false;
+    }
     QString const id = found->id;
     QJsonObject const model = idAndName(*found);
     std::erase_if(m_collections, [&](Collection const& other) { return other.id == id; });
-    if (m_collectionId == id)
+    if (m_collectionId == id) {
         load(m_collections.front().id);
+    }
     publish(StandInEvents::kCollectionRemoved, model);
     return true;
 }
@@ -791,10 +846,12 @@ bool StandInModel::removeCollection(QString const& target)
 bool StandInModel::switchCollection(QString const& target)
 {
     Collection const* const collection = find(m_collections, target);
-    if (!collection)
+    if (!collection) {
         return false;
-    if (collection->id != m_collectionId)
+    }
+    if (collection->id != m_collectionId) {
         load(collection->id);
+    }
     return true;
 }
 
@@ -817,8 +874,9 @@ void StandInModel::load(QString const& collectionId)
 
 void StandInModel::finishLoading()
 {
-    for (auto const& [resourceId, data] : std::exchange(m_heldEvents, {}))
+    for (auto const& [resourceId, data] : std::exchange(m_heldEvents, {})) {
         publish(resourceId, data);
+    }
     if (Collection const* const collection = loaded()) { // unless a receiver switched again
         publish(StandInEvents::kSceneSwitched, scene(collection->activeSceneId));
         publish(StandInEvents::kCollectionSwitched, idAndName(*collection));
@@ -827,9 +885,10 @@ void StandInModel::finishLoading()
 
 void StandInModel::publish(QString const& resourceId, QJsonValue const& data)
 {
-    if (isLoading())
+    if (isLoading()) {
         m_heldEvents.emplace_back(resourceId, data);
-    else
+    } else {
         emit apiEvent(resourceId, data);
+    }
     emit changed();
 }

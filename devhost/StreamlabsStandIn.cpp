@@ -57,11 +57,13 @@ Resource parseResource(QString const& address)
     static QRegularExpression const form(uR"(^\s*(\w+)\s*(\[.*\])\s*$)"_s);
     QRegularExpressionMatch const match = form.match(address);
     QJsonDocument const ids = QJsonDocument::fromJson(match.captured(2).toUtf8());
-    if (!ids.isArray())
+    if (!ids.isArray()) {
         return {address.trimmed(), {}};
+    }
     Resource resource{match.captured(1), {}};
-    for (QJsonValue const id : ids.array())
+    for (QJsonValue const id : ids.array()) {
         resource.objectIds.append(id.toString());
+    }
     return resource;
 }
 
@@ -166,26 +168,29 @@ void StreamlabsStandIn::fillMethodTable()
         {u"AudioService.getSourcesForScene"_s,
             [this, missing](Call const& call) {
                 QString const id = call.args[0].toString();
-                if (id.isEmpty() || m_model.sceneId(id) != id)
+                if (id.isEmpty() || m_model.sceneId(id) != id) {
                     return missing(u"Scene"_s);
+                }
                 return Answer{audioHelpers(m_model.audioSourcesOfScene(id)), 0, {}};
             }},
 
         {u"SceneItem.setVisibility"_s,
             [this, missing](Call const& call) {
                 QJsonObject const item = m_model.item(call.objectIds.value(1));
-                if (item.isEmpty() ||
-                    call.objectIds != QStringList{item[u"sceneId"_s].toString(),
-                                          item[u"sceneItemId"_s].toString(), item[u"sourceId"_s].toString()})
+                if (item.isEmpty() || call.objectIds != QStringList{item[u"sceneId"_s].toString(),
+                                                            item[u"sceneItemId"_s].toString(),
+                                                            item[u"sourceId"_s].toString()}) {
                     return missing(u"Scene item"_s);
+                }
                 m_model.setItemVisible(call.objectIds[1], isTruthy(call.args[0]));
                 return Answer{};
             }},
         {u"AudioSource.setMuted"_s,
             [this, missing](Call const& call) {
                 QString const id = call.objectIds.value(0);
-                if (id.isEmpty() || m_model.audioSourceId(id) != id)
+                if (id.isEmpty() || m_model.audioSourceId(id) != id) {
                     return missing(u"Audio source"_s);
+                }
                 m_model.setMuted(id, isTruthy(call.args[0]));
                 return Answer{};
             }},
@@ -221,8 +226,9 @@ void StreamlabsStandIn::fillMethodTable()
 
 bool StreamlabsStandIn::start(quint16 port)
 {
-    if (!m_transport.listen(port))
+    if (!m_transport.listen(port)) {
         return false;
+    }
     qInfo("StreamlabsStandIn: listening on 127.0.0.1:%d", m_transport.port());
     emit runningChanged();
     return true;
@@ -268,27 +274,30 @@ void StreamlabsStandIn::scriptResult(QString const& method, QJsonValue const& re
 void StreamlabsStandIn::sendObject(QJsonObject const& message)
 {
     QString const text = compact(message);
-    for (int const client : m_clients.keys())
+    for (int const client : m_clients.keys()) {
         m_transport.send(client, text);
+    }
 }
 
 void StreamlabsStandIn::handleMessage(int client, QString const& message)
 {
     QJsonParseError error;
     QJsonDocument const document = QJsonDocument::fromJson(message.toUtf8(), &error);
-    if (error.error != QJsonParseError::NoError)
+    if (error.error != QJsonParseError::NoError) {
         answer({client, {}, {}, {}}, {{}, kParseError, u"Invalid JSON: "_s + error.errorString()});
-    else if (!document.isObject())
+    } else if (!document.isObject()) {
         answer({client, {}, {}, {}}, {{}, kInvalidRequest, u"Invalid request: no object"_s});
-    else
+    } else {
         handleRequest(client, document.object());
+    }
 }
 
 void StreamlabsStandIn::handleRequest(int client, QJsonObject const& request)
 {
     emit requestReceived(request);
-    if (!m_clients.contains(client)) // a receiver may drop the connection
+    if (!m_clients.contains(client)) { // a receiver may drop the connection
         return;
+    }
 
     QJsonValue const id = request[u"id"_s];
     QJsonObject const params = request[u"params"_s].toObject();
@@ -297,25 +306,29 @@ void StreamlabsStandIn::handleRequest(int client, QJsonObject const& request)
     Call const call{client, id, resource.objectIds, params[u"args"_s].toArray()};
 
     if (Script const script = m_scripts.value(method)) {
-        if (QJsonObject const message = script(request); !message.isEmpty())
+        if (QJsonObject const message = script(request); !message.isEmpty()) {
             reply(client, message);
+        }
         return;
     }
 
     QStringList missing;
-    if (!isTruthy(id))
+    if (!isTruthy(id)) {
         missing.append(u"id"_s);
-    if (!isTruthy(request[u"params"_s]))
+    }
+    if (!isTruthy(request[u"params"_s])) {
         missing.append(u"params"_s);
-    else if (!isTruthy(params[u"resource"_s]))
+    } else if (!isTruthy(params[u"resource"_s])) {
         missing.append(u"params.resource"_s);
+    }
 
-    if (!missing.isEmpty())
+    if (!missing.isEmpty()) {
         answer(call, {{}, kInvalidRequest, u"Invalid request, missing: "_s + missing.join(u", "_s)});
-    else if (method != "TcpServerService.auth"_L1 && !m_clients.value(client).authorized)
+    } else if (method != "TcpServerService.auth"_L1 && !m_clients.value(client).authorized) {
         answer(call, {{}, kInternalError, u"Authorization required"_s});
-    else
+    } else {
         dispatch(method, call);
+    }
 }
 
 void StreamlabsStandIn::dispatch(QString const& method, Call const& call)
@@ -358,10 +371,11 @@ void StreamlabsStandIn::answer(Call const& call, Answer const& answer)
 {
     // QJsonObject drops what is undefined, and an answer always has an id.
     QJsonObject message{{u"jsonrpc"_s, u"2.0"_s}, {u"id"_s, call.id.isUndefined() ? QJsonValue() : call.id}};
-    if (answer.errorCode == 0)
+    if (answer.errorCode == 0) {
         message[u"result"_s] = answer.result;
-    else
+    } else {
         message[u"error"_s] = QJsonObject{{u"code"_s, answer.errorCode}, {u"message"_s, answer.errorMessage}};
+    }
     reply(call.client, message);
 }
 
@@ -379,7 +393,8 @@ void StreamlabsStandIn::sendEvent(QString const& resourceId, QJsonValue const& d
 {
     QString const text = compact(eventMessage(u"STREAM"_s, resourceId, {{u"data"_s, data}}));
     for (int const client : m_clients.keys()) {
-        if (m_clients.value(client).streams.contains(resourceId))
+        if (m_clients.value(client).streams.contains(resourceId)) {
             m_transport.send(client, text);
+        }
     }
 }

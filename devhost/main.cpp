@@ -123,7 +123,7 @@ void Run::takePicture()
     if (m_window->savePicture(file)) {
         m_report.note(u"The window's picture: %1"_s.arg(file));
     } else if (QString const problem = u"The picture %1 cannot be written."_s.arg(file);
-               m_commandLine.needsPicture) {
+        m_commandLine.needsPicture) {
         fail(1, problem);
     } else {
         m_report.note(problem);

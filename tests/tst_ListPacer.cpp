@@ -50,10 +50,7 @@ void tst_ListPacer::publishesAtOnceOrOnceLater()
     std::chrono::milliseconds now = 0ms;
     int state = -1;
     Milliseconds published;
-    ListPacer pacer(
-        [&] {
-            return QJsonObject{{QStringLiteral("state"), state}};
-        },
+    ListPacer pacer([&] { return QJsonObject{{QStringLiteral("state"), state}}; },
         [&](QJsonObject const& payload) {
             published.append(payload.value(QStringLiteral("state")).toInt());
             now += std::chrono::milliseconds(cost);

@@ -419,7 +419,7 @@ private slots:
             {u"é"_s, u"e"_s},   // as long in UTF-16
             {u"é"_s, u"ee"_s},  // as long in UTF-8
             {u"字"_s, u"子"_s}, // another script
-            {u"😀"_s, u"😁"_s},   // beyond the first plane
+            {u"😀"_s, u"😁"_s}, // beyond the first plane
         };
         for (auto const& [task, other] : pairs) {
             auto const one = SlobsMessagePool::shared();

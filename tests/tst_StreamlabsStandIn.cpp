@@ -37,8 +37,9 @@ public:
     {
         QObject::connect(&socket, &QWebSocket::textMessageReceived, &socket, [this](QString const& frame) {
             frames.append(frame);
-            for (QJsonValue const message : parse(frame.mid(1)).toArray())
+            for (QJsonValue const message : parse(frame.mid(1)).toArray()) {
                 messages.append(parse(message.toString()).toObject());
+            }
         });
         socket.open(QUrl(u"ws://127.0.0.1:%1/api/087/session/websocket"_s.arg(port)));
     }
@@ -71,8 +72,9 @@ public:
         QStringList lines;
         for (QJsonObject const& message : messages) {
             QJsonValue const event = message[u"result"_s];
-            if (!message[u"id"_s].isNull() || event[u"_type"_s] != u"EVENT"_s)
+            if (!message[u"id"_s].isNull() || event[u"_type"_s] != u"EVENT"_s) {
                 continue;
+            }
             QJsonValue const data = event[u"data"_s];
             QString line = event[u"resourceId"_s].toString().section(u'.', 1) + u':' +
                            data.toString(data[u"name"_s].toString());
@@ -307,8 +309,9 @@ private slots:
         model.generate(50, 60, 30);
         subscribe();
         for (QJsonValue const scene : m_client->result(u"ScenesService getScenes"_s).toArray()) {
-            for (QJsonValue const item : scene[u"nodes"_s].toArray())
+            for (QJsonValue const item : scene[u"nodes"_s].toArray()) {
                 QVERIFY(model.setItemVisible(item[u"id"_s].toString(), false));
+            }
         }
         QTRY_COMPARE(m_client->story().count(u" hidden"_s), 3000);
     }

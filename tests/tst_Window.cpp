@@ -440,7 +440,8 @@ void tst_Window::operatesDesktop()
 
 void tst_Window::followsDesktop()
 {
-    QTRY_COMPARE(listed("listScenes"), u"Starting Soon ⏳|Gameplay 🎮|Just Chatting|Just Chatting|配信終了"_s);
+    QTRY_COMPARE(
+        listed("listScenes"), u"Starting Soon ⏳|Gameplay 🎮|Just Chatting|Just Chatting|配信終了"_s);
     QSignalSpy resets(find<QAbstractItemView>("listScenes").model(), &QAbstractItemModel::modelReset);
     desktop().switchScene(u"Gameplay 🎮"_s);
     QTRY_COMPARE(find<QLabel>("lblItems").text(), u"Shown in Gameplay 🎮"_s); // the choice follows the switch
@@ -538,9 +539,9 @@ void tst_Window::showsTraffic()
     QTRY_VERIFY(shows(u"relay → client 1"_s, u"\"streamingStatus\":\"ending\""_s));
     QVERIFY(shows(u"service → relay"_s, u"\"functionName\":\"STREAM\""_s));
     find<QTreeView>("lines").setCurrentIndex(lines
-                                                 .match(lines.index(0, TrafficModel::MessageColumn),
-                                                     Qt::DisplayRole, u"\"jsonrpc\""_s, 1, Qt::MatchContains)
-                                                 .value(0));
+            .match(lines.index(0, TrafficModel::MessageColumn), Qt::DisplayRole, u"\"jsonrpc\""_s, 1,
+                Qt::MatchContains)
+            .value(0));
     QVERIFY(find<QPlainTextEdit>("details").toPlainText().contains(u"\n    \"jsonrpc\": \"2.0\""_s));
 
     int const all = lines.rowCount();

@@ -20,7 +20,7 @@ QImage MekMixerHelper::getProcessPluginIcon(QImage const& image, QSize const& si
         face = QImage(device, QImage::Format_ARGB32_Premultiplied);
         face.fill(Qt::transparent);
     } else if (QSizeF const own = image.deviceIndependentSize();
-               own.width() > size.width() || own.height() > size.height()) {
+        own.width() > size.width() || own.height() > size.height()) {
         face = IconTransform::apply(image, IconTransform::Mode::Fill, device);
     } else {
         auto const picture = image.scaled((own * devicePixelRatio).toSize().expandedTo({1, 1}),
