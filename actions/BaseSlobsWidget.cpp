@@ -113,7 +113,7 @@ public:
 
     //! What was loaded, for the keys that are not ours.
     QJsonObject source;
-    qint32 version = documentVersion;
+    qint32 version = kDocumentVersion;
     QStringList iconList;
     QStringList titleList;
     ZoDisplayViewAttribute attribute;
@@ -216,9 +216,9 @@ void BaseSlobsWidget::Impl::initSlobsAgent(QString const& id, QString const& cat
     agent.addRccEventHandler(SlobsAgentPrivate::kQueryAuthStateResult,
         [this](QJsonObject const& message) { notifyAuthStateChanged(message); });
 
-    constexpr auto patience = std::chrono::milliseconds(500);
+    constexpr auto kPatience = std::chrono::milliseconds(500);
     registration.setSingleShot(true);
-    registration.setInterval(patience);
+    registration.setInterval(kPatience);
     registration.callOnTimeout(q, [this, id, category] {
         agent.sendRccEvent({{u"task"_s, kRegisterToServer}, {u"id"_s, id}, {u"category"_s, category}});
     });
@@ -428,20 +428,20 @@ QJsonObject& BaseSlobsWidget::loadedDocument()
 
 int BaseSlobsWidget::eventReceived(QJsonObject const& message, QJsonObject& result)
 {
-    constexpr int noEvent = 403;
-    constexpr int unknownEvent = 404;
-    constexpr int notHandled = -1;
+    constexpr int kNoEvent = 403;
+    constexpr int kUnknownEvent = 404;
+    constexpr int kNotHandled = -1;
 
     if (!message.contains(kFieldEvent)) {
-        result.insert(kError, noEvent);
-        return notHandled;
+        result.insert(kError, kNoEvent);
+        return kNotHandled;
     }
     QJsonObject const event = message.value(kFieldEvent).toObject();
     // A copy, for the host may delete the action over what the event leads to.
     Impl::EventHandler const handler = d->eventHandlers.value(event.value(kFieldType).toString());
     if (!handler) {
-        result.insert(kError, unknownEvent);
-        return notHandled;
+        result.insert(kError, kUnknownEvent);
+        return kNotHandled;
     }
     handler(event, result);
     result.insert("success"_L1, true);
@@ -451,12 +451,12 @@ int BaseSlobsWidget::eventReceived(QJsonObject const& message, QJsonObject& resu
 int BaseSlobsWidget::onKeyDownEvent([[maybe_unused]] QJsonObject const& event)
 {
     if (d->displayView) {
-        constexpr QSize pressedSize(100, 72);
+        constexpr QSize kPressedSize(100, 72);
         // The size counts in the face's own pixels.
         QPixmap const picture = d->displayView->grabWithoutTitle();
         d->displayView->setDownImage(
-            picture.scaled((QSizeF(pressedSize) * picture.devicePixelRatio()).toSize(), Qt::IgnoreAspectRatio,
-                Qt::FastTransformation));
+            picture.scaled((QSizeF(kPressedSize) * picture.devicePixelRatio()).toSize(),
+                Qt::IgnoreAspectRatio, Qt::FastTransformation));
         d->displayView->keyDown();
     }
     return 0;

@@ -94,7 +94,7 @@ protected:
     void saveWidgetSettings();
 
     //! Every action converts what is older than this.
-    static constexpr int documentVersion = 2;
+    static constexpr int kDocumentVersion = 2;
 
     bool authorized = false;
     QString token;

@@ -38,8 +38,8 @@ struct StatusMessages
 
     QJsonObject of(QString const& status)
     {
-        constexpr qsizetype most = 16; // more than there are, should a foreign program make some up
-        if (made.size() == most && !made.contains(status)) {
+        constexpr qsizetype kMost = 16; // more than there are, should a foreign program make some up
+        if (made.size() == kMost && !made.contains(status)) {
             made.clear();
         }
         QJsonObject& message = made[status];

@@ -36,7 +36,7 @@ void SlobsAudioWidget::prepareWidgetSettings(QJsonObject& document)
 
 bool SlobsAudioWidget::migrateLegacyPayload(QJsonObject const& document, int version)
 {
-    if (version >= documentVersion) {
+    if (version >= kDocumentVersion) {
         return false;
     }
     if (document.value(kLegacyPayload).isObject()) {

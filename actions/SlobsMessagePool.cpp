@@ -15,8 +15,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto keepTime = 1s;
-constexpr std::size_t keepCount = 32;
+constexpr auto kEepTime = 1s;
+constexpr std::size_t kEepCount = 32;
 
 std::shared_ptr<SlobsMessage>& handled()
 {
@@ -63,7 +63,7 @@ QList<Record> const& SlobsMessage::list()
 SlobsMessagePool::SlobsMessagePool()
 {
     expiry.setSingleShot(true);
-    expiry.setInterval(keepTime);
+    expiry.setInterval(kEepTime);
     expiry.callOnTimeout([this] { entries.clear(); });
 }
 
@@ -97,7 +97,7 @@ std::shared_ptr<SlobsMessage> SlobsMessagePool::take(QString const& text)
 
     auto entry = std::ranges::find_if(entries, [&text](Entry const& known) { return known.isOf(text); });
     if (entry == entries.end()) {
-        if (entries.size() == keepCount) {
+        if (entries.size() == kEepCount) {
             entries.erase(entries.begin());
         }
         QByteArray const utf8 = text.toUtf8();

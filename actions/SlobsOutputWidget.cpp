@@ -18,7 +18,7 @@ void SlobsOutputWidget::startWithDefault()
 
 bool SlobsOutputWidget::migrateLegacyPayload([[maybe_unused]] QJsonObject const& document, int version)
 {
-    return version < documentVersion;
+    return version < kDocumentVersion;
 }
 
 void SlobsOutputWidget::onStreamlabsStateChanged(bool isAuthorized, QString const& newToken, int newPort)

@@ -35,7 +35,7 @@ void SlobsSceneWidget::prepareWidgetSettings(QJsonObject& document)
 
 bool SlobsSceneWidget::migrateLegacyPayload(QJsonObject const& document, int version)
 {
-    if (version >= documentVersion) {
+    if (version >= kDocumentVersion) {
         return false;
     }
     readSettings(document);

@@ -40,7 +40,7 @@ void SlobsSourceWidget::prepareWidgetSettings(QJsonObject& document)
 
 bool SlobsSourceWidget::migrateLegacyPayload(QJsonObject const& document, int version)
 {
-    if (version >= documentVersion) {
+    if (version >= kDocumentVersion) {
         return false;
     }
     scene = SlobsTarget::fromJson(document, kSceneId, kSceneName);

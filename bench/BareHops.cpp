@@ -9,16 +9,16 @@
 
 using namespace Qt::StringLiterals;
 
-BareHops::BareHops(Texts texts, Leaving leaving) : m_texts(std::move(texts)), m_leaving(leaving)
+BareHops::BareHops(Texts texts, Leaving leaving) : messages(std::move(texts)), leavingWay(leaving)
 {
-    prepare(m_first);
-    prepare(m_second);
-    connect(&m_second.client, &QWebSocket::textMessageReceived, this, [this] {
-        if (++m_answered == m_texts.answers.size()) {
-            m_first.peer->sendTextMessage(m_texts.back);
+    prepare(first);
+    prepare(second);
+    connect(&second.client, &QWebSocket::textMessageReceived, this, [this] {
+        if (++answered == messages.answers.size()) {
+            first.peer->sendTextMessage(messages.back);
         }
     });
-    connect(&m_first.client, &QWebSocket::textMessageReceived, this, [this] { m_done = true; });
+    connect(&first.client, &QWebSocket::textMessageReceived, this, [this] { done = true; });
 }
 
 void BareHops::prepare(Hop& hop)
@@ -33,13 +33,13 @@ void BareHops::prepare(Hop& hop)
         hop.peer = hop.upgrader.nextPendingConnection();
         hop.peer->setParent(&hop.upgrader);
         connect(hop.peer, &QWebSocket::textMessageReceived, this, [this, &hop] {
-            if (&hop == &m_first) {
-                sendFrom(m_second.client, m_texts.request);
+            if (&hop == &first) {
+                sendFrom(second.client, messages.request);
                 return;
             }
-            m_arrived = true;
-            for (qsizetype i = 0; m_answers && i < m_texts.answers.size(); ++i) {
-                hop.peer->sendTextMessage(m_texts.answers.at(i));
+            arrived = true;
+            for (qsizetype i = 0; answers && i < messages.answers.size(); ++i) {
+                hop.peer->sendTextMessage(messages.answers.at(i));
             }
         });
     });
@@ -48,14 +48,14 @@ void BareHops::prepare(Hop& hop)
 void BareHops::sendFrom(QWebSocket& client, QString const& text) const
 {
     client.sendTextMessage(text);
-    if (m_leaving == Leaving::AtOnce) {
+    if (leavingWay == Leaving::AtOnce) {
         client.flush();
     }
 }
 
 bool BareHops::connectBoth()
 {
-    for (auto* hop : {&m_first, &m_second}) {
+    for (auto* hop : {&first, &second}) {
         if (!hop->tcp.listen(QHostAddress::LocalHost)) {
             return false;
         }
@@ -69,33 +69,33 @@ bool BareHops::connectBoth()
 
 void BareHops::run()
 {
-    m_answers = true;
-    m_done = false;
-    m_answered = 0;
-    sendFrom(m_first.client, m_texts.there);
-    while (!m_done) {
+    answers = true;
+    done = false;
+    answered = 0;
+    sendFrom(first.client, messages.there);
+    while (!done) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 }
 
 void BareHops::runThere()
 {
-    m_answers = false;
-    m_arrived = false;
-    sendFrom(m_first.client, m_texts.there);
-    while (!m_arrived) {
+    answers = false;
+    arrived = false;
+    sendFrom(first.client, messages.there);
+    while (!arrived) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 }
 
 void BareHops::runBack()
 {
-    m_done = false;
-    m_answered = 0;
-    for (auto const& answer : std::as_const(m_texts.answers)) {
-        m_second.peer->sendTextMessage(answer);
+    done = false;
+    answered = 0;
+    for (auto const& answer : std::as_const(messages.answers)) {
+        second.peer->sendTextMessage(answer);
     }
-    while (!m_done) {
+    while (!done) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
 }

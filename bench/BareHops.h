@@ -50,12 +50,12 @@ private:
     void prepare(Hop& hop);
     void sendFrom(QWebSocket& client, QString const& text) const;
 
-    Texts m_texts;
-    Leaving m_leaving;
-    Hop m_first;
-    Hop m_second;
-    qsizetype m_answered = 0;
-    bool m_answers = true;
-    bool m_arrived = false;
-    bool m_done = false;
+    Texts messages;
+    Leaving leavingWay;
+    Hop first;
+    Hop second;
+    qsizetype answered = 0;
+    bool answers = true;
+    bool arrived = false;
+    bool done = false;
 };

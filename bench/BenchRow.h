@@ -52,9 +52,9 @@ BenchRow compare(BenchRow row, int rounds, Ours const& ours, Floor const& floor)
         floorTimes.push_back(microseconds(floor));
         ourTimes.push_back(microseconds(ours));
     }
-    constexpr double half = 0.5;
-    row.ours = quantile(std::move(ourTimes), half);
-    row.floor = quantile(std::move(floorTimes), half);
+    constexpr double kHalf = 0.5;
+    row.ours = quantile(std::move(ourTimes), kHalf);
+    row.floor = quantile(std::move(floorTimes), kHalf);
     return row;
 }
 

@@ -13,33 +13,33 @@ using namespace Qt::StringLiterals;
 
 DesktopProcess::DesktopProcess(int scenes, int items)
 {
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(QCoreApplication::applicationFilePath(),
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(QCoreApplication::applicationFilePath(),
         {u"--stand-in"_s, QString::number(scenes), QString::number(items)});
-    if (!m_process.waitForReadyRead() || (m_port = m_process.readLine().trimmed().toUShort()) == 0) {
-        std::fprintf(stderr, "no stand-in: %s\n", qPrintable(m_process.errorString()));
+    if (!process.waitForReadyRead() || (listeningPort = process.readLine().trimmed().toUShort()) == 0) {
+        std::fprintf(stderr, "no stand-in: %s\n", qPrintable(process.errorString()));
         std::exit(1);
     }
-    QObject::connect(&m_process, &QProcess::readyRead, &m_process, [this] { readLines(); });
+    QObject::connect(&process, &QProcess::readyRead, &process, [this] { readLines(); });
 }
 
 DesktopProcess::~DesktopProcess()
 {
-    m_process.disconnect();
-    m_process.closeWriteChannel(); // it ends with its input
-    m_process.waitForFinished();
+    process.disconnect();
+    process.closeWriteChannel(); // it ends with its input
+    process.waitForFinished();
 }
 
 void DesktopProcess::tell(QString const& line)
 {
-    m_process.write(line.toUtf8() + '\n');
-    m_process.waitForBytesWritten();
+    process.write(line.toUtf8() + '\n');
+    process.waitForBytesWritten();
 }
 
 void DesktopProcess::readLines()
 {
-    while (m_process.canReadLine()) {
-        std::chrono::nanoseconds const since(m_process.readLine().trimmed().toLongLong());
+    while (process.canReadLine()) {
+        std::chrono::nanoseconds const since(process.readLine().trimmed().toLongLong());
         if (onSceneRequest) {
             onSceneRequest(Clock::time_point(std::chrono::duration_cast<Clock::duration>(since)));
         }
@@ -49,8 +49,8 @@ void DesktopProcess::readLines()
 int DesktopProcess::run(int scenes, int items)
 {
     StreamlabsStandIn desktop;
-    constexpr int audioDevices = 20;
-    desktop.model().generate(scenes, items, audioDevices);
+    constexpr int kAudioDevices = 20;
+    desktop.model().generate(scenes, items, kAudioDevices);
     if (!desktop.start()) {
         return 1;
     }

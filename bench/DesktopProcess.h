@@ -17,7 +17,7 @@ public:
     DesktopProcess(int scenes, int items);
     ~DesktopProcess();
 
-    quint16 port() const { return m_port; }
+    quint16 port() const { return listeningPort; }
     //! \a line: "drag ITEM" (60 times a second, until "drag"), "show ITEM" or "hide ITEM".
     void tell(QString const& line);
 
@@ -30,6 +30,6 @@ public:
 private:
     void readLines();
 
-    QProcess m_process;
-    quint16 m_port = 0;
+    QProcess process;
+    quint16 listeningPort = 0;
 };

@@ -22,8 +22,8 @@ void settle(std::chrono::milliseconds time)
 void drain()
 {
     // What is written to a loopback socket can be read at once, so an idle turn means that nothing is left.
-    constexpr int sure = 3;
-    for (int idle = 0; idle < sure;) {
+    constexpr int kSure = 3;
+    for (int idle = 0; idle < kSure;) {
         bool const busy = QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents);
         idle = busy ? 0 : idle + 1;
     }
@@ -45,11 +45,11 @@ double residentMemory()
 LoadedHost::LoadedHost(int scenes, int items, quint16 port)
 {
     if (scenes > 0) {
-        constexpr int audioDevices = 20;
-        desktop.model().generate(scenes, items, audioDevices);
+        constexpr int kAudioDevices = 20;
+        desktop.model().generate(scenes, items, kAudioDevices);
     }
-    m_scenes = desktop.model().scenes();
-    m_audio = desktop.model().audioSources();
+    sceneList = desktop.model().scenes();
+    audioList = desktop.model().audioSources();
     if ((port == 0 && !desktop.start()) || !relay.listen() ||
         !plugin.load({DevHost::builtPluginFile(), relay.port(), {}, u"en_US"_s})) {
         std::fprintf(stderr, "no host: %s\n", qPrintable(plugin.errorString()));
@@ -64,7 +64,7 @@ LoadedHost::LoadedHost(int scenes, int items, quint16 port)
     plugin.startService(relay, desktop.token(), port == 0 ? desktop.port() : port);
     waitUntil([&] { return linked; });
     QObject::disconnect(watch);
-    window.resize(windowSize);
+    window.resize(kWindowSize);
     window.show();
     settle(std::chrono::milliseconds(200));
 }
@@ -89,7 +89,7 @@ void LoadedHost::place(QString const& action, QJsonObject const& settings)
 void LoadedHost::placeMix(int keys, QString const& item)
 {
     for (int i = 0; i < keys; ++i) {
-        QJsonObject const scene = m_scenes.at(i % m_scenes.size()).toObject();
+        QJsonObject const scene = sceneList.at(i % sceneList.size()).toObject();
         QJsonArray const nodes = scene.value("nodes"_L1).toArray();
         QJsonObject const shown = item.isEmpty() ? nodes.at(nodes.isEmpty() ? 0 : i % nodes.size()).toObject()
                                                  : desktop.model().item(item);
@@ -103,8 +103,8 @@ void LoadedHost::placeMix(int keys, QString const& item)
             break;
         case 2:
             place(u"mute"_s,
-                {{u"version"_s, 2},
-                    {u"audio_source_id"_s, m_audio.at(i % m_audio.size()).toObject().value("sourceId"_L1)}});
+                {{u"version"_s, 2}, {u"audio_source_id"_s,
+                                        audioList.at(i % audioList.size()).toObject().value("sourceId"_L1)}});
             break;
         case 3:
             place(u"stream"_s);

@@ -36,7 +36,7 @@ double residentMemory();
 class LoadedHost
 {
 public:
-    static constexpr QSize windowSize{1300, 500};
+    static constexpr QSize kWindowSize{1300, 500};
 
     //! Its Streamlabs Desktop has a generated collection of that size with 20 audio devices, or the demo's
     //! when there are no \a scenes. With a \a port one of the same contents runs there, in another process.
@@ -58,8 +58,8 @@ public:
     QWidget window;
 
 private:
-    QJsonArray m_scenes;
-    QJsonArray m_audio;
+    QJsonArray sceneList;
+    QJsonArray audioList;
 };
 
 //! Counts how often a widget has been painted.

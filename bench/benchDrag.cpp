@@ -17,11 +17,11 @@ namespace {
 
 using Clock = DesktopProcess::Clock;
 
-constexpr int manyKeys = 32;
-constexpr int sceneCount = 50;
+constexpr int kManyKeys = 32;
+constexpr int kSceneCount = 50;
 QString const draggedItem = u"Item 2.2"_s;
 //! Of a Scene key on the scene that is active already: Streamlabs Desktop hears it, and nothing changes.
-constexpr int pressedKey = 0;
+constexpr int kPressedKey = 0;
 
 double milliseconds(Clock::duration time)
 {
@@ -45,16 +45,16 @@ class Drag
 {
 public:
     explicit Drag(int itemsPerScene)
-        : desktop(sceneCount, itemsPerScene), host(sceneCount, itemsPerScene, desktop.port())
+        : desktop(kSceneCount, itemsPerScene), host(kSceneCount, itemsPerScene, desktop.port())
     {
-        host.placeMix(manyKeys, draggedItem);
+        host.placeMix(kManyKeys, draggedItem);
         auto const keys = host.console.indices();
         waitUntil([&] {
             return std::ranges::none_of(
                 keys, [&](int index) { return host.console.key(index)->face().invalid; });
         });
-        constexpr int kinds = 5;
-        for (int index = 1; index < manyKeys; index += kinds) {
+        constexpr int kInds = 5;
+        for (int index = 1; index < kManyKeys; index += kInds) {
             sourceTitles.push_back(host.console.key(index)->faceWidget()->findChild<QLabel*>(u"lblTitle"_s));
         }
         desktop.onSceneRequest = [this](Clock::time_point arrived) {
@@ -71,8 +71,8 @@ public:
         memoryBefore = residentMemory();
         double const processorBefore = processorTime();
         lastBeat = Clock::now();
-        nextPress = lastBeat + betweenPresses;
-        nextChange = lastBeat + betweenChanges;
+        nextPress = lastBeat + kBetweenPresses;
+        nextChange = lastBeat + kBetweenChanges;
         desktop.tell(u"drag "_s + draggedItem);
         beat.start(1);
         settle(time);
@@ -94,17 +94,17 @@ public:
     std::vector<double> changes;
 
 private:
-    static constexpr auto betweenPresses = 137ms; // in step with nothing else
-    static constexpr auto betweenChanges = 2s;
+    static constexpr auto kBetweenPresses = 137ms; // in step with nothing else
+    static constexpr auto kBetweenChanges = 2s;
 
     void onBeat()
     {
         auto const now = Clock::now();
         longestGap = std::max(longestGap, milliseconds(now - lastBeat));
         lastBeat = now;
-        for (; nextPress <= now; nextPress += betweenPresses) {
+        for (; nextPress <= now; nextPress += kBetweenPresses) {
             pressedAt.push(nextPress);
-            host.console.key(pressedKey)->press();
+            host.console.key(kPressedKey)->press();
         }
         if (changedAt) {
             QString const title = isShown ? u"Source"_s : u"Closing"_s;
@@ -115,7 +115,7 @@ private:
             }
         } else if (nextChange <= now) {
             changedAt = nextChange;
-            nextChange = now + betweenChanges;
+            nextChange = now + kBetweenChanges;
             isShown = !isShown;
             desktop.tell((isShown ? u"show "_s : u"hide "_s) + draggedItem);
         }
@@ -140,10 +140,10 @@ BenchRow absolute(QString const& what, QString const& unit, double ours, double 
 
 QList<BenchRow> drag()
 {
-    constexpr int itemsPerScene = 40;
-    constexpr double tail = 0.99;
-    constexpr double kibPerMib = 1024;
-    Drag drag(itemsPerScene);
+    constexpr int kItemsPerScene = 40;
+    constexpr double kTail = 0.99;
+    constexpr double kIbPerMib = 1024;
+    Drag drag(kItemsPerScene);
     drag.run(60s);
     QString const ms = u"ms"_s;
     return {
@@ -151,19 +151,19 @@ QList<BenchRow> drag()
             u"longest stall of the GUI thread while one of 2,000 items is dragged for a minute, 32 keys"_s,
             ms, drag.longestGap, 100),
         absolute(u"memory after that minute beyond what it was before"_s, u"MiB"_s,
-            (drag.memoryAfter - drag.memoryBefore) / kibPerMib, 64),
+            (drag.memoryAfter - drag.memoryBefore) / kIbPerMib, 64),
         absolute(u"processor that minute, relay and keys without the stand-in, per cent of one core"_s,
             u"%"_s, drag.cores * 100, 50),
         absolute(u"the item hidden or shown in that minute to all its faces true (longest)"_s, ms,
             quantile(drag.changes, 1), 500),
         absolute(u"press to request arrived in that minute (99th percentile)"_s, ms,
-            quantile(drag.presses, tail), 50)};
+            quantile(drag.presses, kTail), 50)};
 }
 
 QList<BenchRow> dragMany()
 {
-    constexpr int itemsPerScene = 200;
-    Drag drag(itemsPerScene);
+    constexpr int kItemsPerScene = 200;
+    Drag drag(kItemsPerScene);
     drag.run(20s);
     return {absolute(u"longest stall of the GUI thread while one of 10,000 items is dragged, 32 keys"_s,
         u"ms"_s, drag.longestGap, 400)};

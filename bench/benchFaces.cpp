@@ -29,17 +29,17 @@ QString image(QLatin1StringView name)
 class Alternating
 {
 public:
-    Alternating(QLatin1StringView first, QLatin1StringView second) : m_paths{image(first), image(second)} {}
+    Alternating(QLatin1StringView first, QLatin1StringView second) : paths{image(first), image(second)} {}
 
     QString const& next()
     {
-        m_turn = 1 - m_turn;
-        return m_paths.at(m_turn);
+        turn = 1 - turn;
+        return paths.at(turn);
     }
 
 private:
-    std::array<QString, 2> m_paths;
-    std::size_t m_turn = 0;
+    std::array<QString, 2> paths;
+    std::size_t turn = 0;
 };
 
 QList<BenchRow> setStillPicture()
@@ -85,22 +85,22 @@ double cpuOver(std::chrono::seconds duration)
     QEventLoop loop;
     QTimer::singleShot(duration, &loop, &QEventLoop::quit);
     loop.exec();
-    constexpr double percent = 100;
-    return percent * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC /
+    constexpr double kPercent = 100;
+    return kPercent * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC /
            std::chrono::duration<double>(duration).count();
 }
 
 //! The limits are absolute here: a quarter of one core, and nothing to speak of while hidden.
 QList<BenchRow> cpuOfAnimatedFaces()
 {
-    constexpr int columns = 8;
-    constexpr int rows = 4;
-    constexpr auto duration = std::chrono::seconds(10);
+    constexpr int kColumns = 8;
+    constexpr int kRows = 4;
+    constexpr auto kDuration = std::chrono::seconds(10);
     QWidget keys;
-    keys.resize(columns * kFace.width(), rows * kFace.height());
-    for (int key = 0; key < columns * rows; ++key) {
+    keys.resize(kColumns * kFace.width(), kRows * kFace.height());
+    for (int key = 0; key < kColumns * kRows; ++key) {
         auto* const face = new ZoBaseHotkeyWidget(&keys);
-        face->move(key % columns * kFace.width(), key / columns * kFace.height());
+        face->move(key % kColumns * kFace.width(), key / kColumns * kFace.height());
         face->setIconTitle(u"Stream"_s);
         face->setIconAsset(image("slobs_stream_on.gif"_L1));
     }
@@ -108,12 +108,12 @@ QList<BenchRow> cpuOfAnimatedFaces()
     BenchRow shown = row;
     keys.show();
     shown.what = u"CPU of 32 animated faces over 10 s"_s;
-    shown.ours = cpuOver(duration);
+    shown.ours = cpuOver(kDuration);
     shown.limit = 25;
     BenchRow hidden = row;
     keys.hide();
     hidden.what = u"CPU of the same faces, hidden, over 10 s"_s;
-    hidden.ours = cpuOver(duration);
+    hidden.ours = cpuOver(kDuration);
     hidden.limit = 0.1;
     return {shown, hidden};
 }

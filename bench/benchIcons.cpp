@@ -189,8 +189,8 @@ QList<BenchRow> convertAnimation()
             }));
         }
     }
-    constexpr double half = 0.5;
-    double const ourTime = quantile(ourTimes, half);
+    constexpr double kHalf = 0.5;
+    double const ourTime = quantile(ourTimes, kHalf);
     QString const what = u"converting 60 frames of 640 x 480"_s;
     rows.append({.what = what,
         .floorIs = u"ImageMagick's readImages, coalesceImages, resize, writeImages"_s,
@@ -210,7 +210,7 @@ QList<BenchRow> convertAnimation()
             .floorIs = u"gifsicle --resize, which reaches %1 dB"_s.arg(psnr(other, wanted), 0, 'f', 1),
             .unit = u"ms"_s,
             .ours = ourTime,
-            .floor = quantile(otherTimes, half),
+            .floor = quantile(otherTimes, kHalf),
             .limit = 3});
     }
     rows.append({.what = u"longest gap of the event loop meanwhile"_s,

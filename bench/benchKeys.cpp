@@ -35,10 +35,10 @@ class BareFace
 public:
     BareFace()
     {
-        window.resize(LoadedHost::windowSize);
+        window.resize(LoadedHost::kWindowSize);
         window.show();
-        constexpr int warmUp = 10;
-        for (int i = 0; i < warmUp; ++i) {
+        constexpr int kWarmUp = 10;
+        for (int i = 0; i < kWarmUp; ++i) {
             change();
         }
     }
@@ -78,8 +78,8 @@ BenchRow row(QString const& what, QString const& floorIs, double limit, std::vec
         .limit = limit};
 }
 
-constexpr double median = 0.5;
-constexpr double tail = 0.99;
+constexpr double kMedian = 0.5;
+constexpr double kTail = 0.99;
 
 //! From the finger to the request and from the event to the repainted face.
 QList<BenchRow> pressAndFace()
@@ -124,8 +124,8 @@ QList<BenchRow> pressAndFace()
         desktop.transport().sendRawFrame(live ? on : off);
         waitUntil([&] { return paints.painted > before; });
     };
-    constexpr int warmUp = 100;
-    for (int i = 0; i < warmUp; ++i) {
+    constexpr int kWarmUp = 100;
+    for (int i = 0; i < kWarmUp; ++i) {
         press();
         change();
     }
@@ -141,8 +141,8 @@ QList<BenchRow> pressAndFace()
     std::vector<double> thereTimes;
     std::vector<double> faceTimes;
     std::vector<double> backTimes;
-    constexpr int rounds = 10000;
-    for (int round = 0; round < rounds; ++round) {
+    constexpr int kRounds = 10000;
+    for (int round = 0; round < kRounds; ++round) {
         thereTimes.push_back(microseconds([&] { hops.runThere(); }));
         pressTimes.push_back(microseconds(press));
         backTimes.push_back(microseconds([&] {
@@ -153,19 +153,19 @@ QList<BenchRow> pressAndFace()
     }
     QString const bare = u"the same bytes over bare WebSockets"_s;
     QString const bareFace = bare + u", then the same face told directly"_s;
-    constexpr double limit = 1.5;
-    return {
-        row(u"press to request, through the library (median)"_s, bare, limit, pressTimes, thereTimes, median),
-        row(u"press to request, through the library (99th percentile)"_s, bare, limit, pressTimes, thereTimes,
-            tail),
-        row(u"status event to repainted face (median)"_s, bareFace, limit, faceTimes, backTimes, median),
-        row(u"status event to repainted face (99th percentile)"_s, bareFace, limit, faceTimes, backTimes,
-            tail)};
+    constexpr double kLimit = 1.5;
+    return {row(u"press to request, through the library (median)"_s, bare, kLimit, pressTimes, thereTimes,
+                kMedian),
+        row(u"press to request, through the library (99th percentile)"_s, bare, kLimit, pressTimes,
+            thereTimes, kTail),
+        row(u"status event to repainted face (median)"_s, bareFace, kLimit, faceTimes, backTimes, kMedian),
+        row(u"status event to repainted face (99th percentile)"_s, bareFace, kLimit, faceTimes, backTimes,
+            kTail)};
 }
 
-constexpr int manyKeys = 32;
-constexpr int sceneCount = 50;
-constexpr int itemsPerScene = 40;
+constexpr int kManyKeys = 32;
+constexpr int kSceneCount = 50;
+constexpr int kItemsPerScene = 40;
 //! One that a key of the mix shows.
 QString const draggedItem = u"Item 2.2"_s;
 
@@ -235,11 +235,11 @@ QList<BenchRow> itemUpdated()
     std::vector<double> ours;
     std::vector<double> transport;
     // Anew each time: where the buffers come to lie decides on some per cent.
-    constexpr int repetitions = 3;
-    for (int i = 0; i < repetitions; ++i) {
-        LoadedHost host(sceneCount, itemsPerScene);
-        host.placeMix(manyKeys);
-        host.waitForSubscribers(manyKeys);
+    constexpr int kRepetitions = 3;
+    for (int i = 0; i < kRepetitions; ++i) {
+        LoadedHost host(kSceneCount, kItemsPerScene);
+        host.placeMix(kManyKeys);
+        host.waitForSubscribers(kManyKeys);
         drain();
         QString published;
         int publications = 0;
@@ -256,10 +256,10 @@ QList<BenchRow> itemUpdated()
             frameUpon(host, [](StandInModel& model) { model.setItemVisible(draggedItem, true); });
         waitUntil([&] { return publications > 0; });
 
-        BareFanOut bare(manyKeys);
+        BareFanOut bare(kManyKeys);
         std::chrono::milliseconds rest(1000);
-        constexpr int rounds = 11;
-        for (int round = 0; round < rounds; ++round) {
+        constexpr int kRounds = 11;
+        for (int round = 0; round < kRounds; ++round) {
             transport.push_back(microseconds([&] { bare.run(published); }));
             settle(rest);
             ours.push_back(microseconds([&] {
@@ -268,13 +268,13 @@ QList<BenchRow> itemUpdated()
                 waitUntil([&] { return publications > before; });
                 drain();
             }));
-            constexpr int restPerCost = 10; // that the service leaves the relay after a large list
-            rest = std::chrono::milliseconds(1 + static_cast<int>(restPerCost * ours.back() / 1000));
+            constexpr int kRestPerCost = 10; // that the service leaves the relay after a large list
+            rest = std::chrono::milliseconds(1 + static_cast<int>(kRestPerCost * ours.back() / 1000));
         }
     }
-    constexpr double limit = 1.5;
+    constexpr double kLimit = 1.5;
     return {row(u"one item of 2,000 changed, 32 keys"_s,
-        u"the same bytes to 32 bare WebSockets, parsed once"_s, limit, ours, transport, median)};
+        u"the same bytes to 32 bare WebSockets, parsed once"_s, kLimit, ours, transport, kMedian)};
 }
 
 //! Resident memory without what is free again, KiB.
@@ -302,30 +302,30 @@ Placing placeKeys(int scenes, int items)
     double const before = memoryAtRest();
     QElapsedTimer timer;
     timer.start();
-    host.placeMix(manyKeys);
+    host.placeMix(kManyKeys);
     auto const keys = host.console.indices();
     waitUntil([&] {
         return std::ranges::none_of(keys, [&](int index) { return host.console.key(index)->face().invalid; });
     });
     double const took = static_cast<double>(timer.nsecsElapsed()) / 1e6;
     drain();
-    return {took, (memoryAtRest() - before) / manyKeys};
+    return {took, (memoryAtRest() - before) / kManyKeys};
 }
 
 QList<BenchRow> placing()
 {
-    constexpr int rounds = 5;
+    constexpr int kRounds = 5;
     std::vector<double> large;
     std::vector<double> small;
     std::vector<double> memory;
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < kRounds; ++round) {
         small.push_back(placeKeys(1, 1).ms);
-        auto const [ms, perKey] = placeKeys(sceneCount, itemsPerScene);
+        auto const [ms, perKey] = placeKeys(kSceneCount, kItemsPerScene);
         large.push_back(ms);
         memory.push_back(perKey);
     }
-    double const smallMs = quantile(std::move(small), median);
-    double const largeMs = quantile(std::move(large), median);
+    double const smallMs = quantile(std::move(small), kMedian);
+    double const largeMs = quantile(std::move(large), kMedian);
     return {{.what = u"32 keys placed, all faces true, 2,000 items"_s,
                 .floorIs = u"1 ms"_s,
                 .unit = u"ms"_s,
@@ -341,7 +341,7 @@ QList<BenchRow> placing()
         {.what = u"memory of one key of 32"_s,
             .floorIs = u"1 KiB"_s,
             .unit = u"KiB"_s,
-            .ours = quantile(std::move(memory), median),
+            .ours = quantile(std::move(memory), kMedian),
             .floor = 1,
             .limit = 400}};
 }

@@ -113,16 +113,16 @@ QList<BenchRow> roundTrip()
             [&](QString const&, QJsonObject const& payload) { texts.back = compact(payload); });
         chain.run();
     }
-    constexpr int warmUp = 200;
-    constexpr int rounds = 20000;
+    constexpr int kWarmUp = 200;
+    constexpr int kRounds = 20000;
     auto const against = [&](BareHops::Leaving leaving, BenchRow const& row) {
         BareHops hops(texts, leaving);
         hops.connectBoth();
-        for (int i = 0; i < warmUp; ++i) {
+        for (int i = 0; i < kWarmUp; ++i) {
             chain.run();
             hops.run();
         }
-        return compare(row, rounds, [&] { chain.run(); }, [&] { hops.run(); });
+        return compare(row, kRounds, [&] { chain.run(); }, [&] { hops.run(); });
     };
     return {against(BareHops::Leaving::Later,
                 {.what = u"key press to Streamlabs Desktop and its status back to the key"_s,
@@ -136,12 +136,12 @@ QList<BenchRow> roundTrip()
 
 QList<BenchRow> decodeLargeFrame()
 {
-    constexpr int scenes = 50;
-    constexpr int items = 40;
+    constexpr int kScenes = 50;
+    constexpr int kItems = 40;
     QString frame;
     {
         Chain chain;
-        chain.desktop.model().generate(scenes, items, 0);
+        chain.desktop.model().generate(kScenes, kItems, 0);
         QObject listener;
         QObject::connect(
             &chain.desktop.transport(), &SockJsServer::frameSent, &listener, [&](int, QString const& sent) {
@@ -155,12 +155,12 @@ QList<BenchRow> decodeLargeFrame()
 
     QByteArray const clean = SockJsCodec::unescape(*SockJsCodec::messageOf(frame)).toUtf8();
     qsizetype members = 0;
-    constexpr int rounds = 101;
+    constexpr int kRounds = 101;
     return {compare(
         {.what = u"decode one frame of 50 scenes with 40 items (%1 kB)"_s.arg(clean.size() / 1000),
             .floorIs = u"QJsonDocument::fromJson of the clean bytes"_s,
             .limit = 1.4},
-        rounds,
+        kRounds,
         [&] {
             auto const message = SockJsCodec::messageOf(frame);
             members += QJsonDocument::fromJson(SockJsCodec::unescape(*message).toUtf8()).object().size();
@@ -168,18 +168,18 @@ QList<BenchRow> decodeLargeFrame()
         [&] { members += QJsonDocument::fromJson(clean).object().size(); })};
 }
 
-constexpr auto idleTime = std::chrono::seconds(10);
+constexpr auto kIdleTime = std::chrono::seconds(10);
 
 //! CPU time in per cent of one core while the event loop runs for ten seconds.
 double idleCpu()
 {
     std::clock_t const before = std::clock();
     QEventLoop loop;
-    QTimer::singleShot(idleTime, &loop, &QEventLoop::quit);
+    QTimer::singleShot(kIdleTime, &loop, &QEventLoop::quit);
     loop.exec();
-    constexpr double percent = 100;
-    return percent * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC /
-           std::chrono::duration<double>(idleTime).count();
+    constexpr double kPercent = 100;
+    return kPercent * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC /
+           std::chrono::duration<double>(kIdleTime).count();
 }
 
 //! The limit is absolute here: 1 % of one core.
@@ -218,7 +218,7 @@ QList<BenchRow> costOfPeer(QString const& peer, QString const& token, quint16 po
     return {cpu, {.what = u"the same: attempts a second"_s,
                      .floorIs = u"one a second"_s,
                      .unit = u"/s"_s,
-                     .ours = attempts / std::chrono::duration<double>(idleTime).count(),
+                     .ours = attempts / std::chrono::duration<double>(kIdleTime).count(),
                      .floor = 1,
                      .limit = 1.1}};
 }
@@ -248,12 +248,12 @@ QList<BenchRow> peerThatCloses()
     desktop.start(port);
     double const microsecondsBack =
         microseconds([&] { waitUntil([&desktop] { return desktop.authorizedCount() == 1; }); });
-    constexpr double pacing = 1000;
+    constexpr double kPacing = 1000;
     rows.append({.what = u"and when it is itself again, until the link is back"_s,
         .floorIs = u"the second between two attempts"_s,
         .unit = u"ms"_s,
         .ours = microsecondsBack / 1000,
-        .floor = pacing,
+        .floor = kPacing,
         .limit = 1.6});
     return rows;
 }
@@ -297,7 +297,7 @@ double memory(QByteArray const& what)
 
 QList<BenchRow> peerThatFloods()
 {
-    constexpr int parts = 500;
+    constexpr int kParts = 500;
     QByteArray const part(1'000'000, 'x');
     SockJsServer server;
     server.listen();
@@ -312,7 +312,7 @@ QList<BenchRow> peerThatFloods()
     });
     QObject::connect(&next, &QTimer::timeout, &server, [&] {
         server.sendRawBytes(part);
-        if (++sent == parts || server.clientCount() == 0) {
+        if (++sent == kParts || server.clientCount() == 0) {
             next.stop();
         }
     });
@@ -321,12 +321,12 @@ QList<BenchRow> peerThatFloods()
     }
     double const before = memory("VmRSS:");
     auto rows = costOfPeer(u"sends 500 MB in one frame"_s, u"token"_s, server.port(), attempts);
-    constexpr double kilo = 1024;
+    constexpr double kIlo = 1024;
     rows.append({.what = u"the same: memory at most, beyond what there was"_s,
         .floorIs = u"the 64 MiB that a frame may have"_s,
         .unit = u"MiB"_s,
-        .ours = (memory("VmHWM:") - before) / kilo,
-        .floor = static_cast<double>(WebSocketClient::maxSize) / kilo / kilo,
+        .ours = (memory("VmHWM:") - before) / kIlo,
+        .floor = static_cast<double>(WebSocketClient::kMaxSize) / kIlo / kIlo,
         .limit = 1});
     return rows;
 }

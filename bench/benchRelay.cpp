@@ -12,13 +12,13 @@ namespace {
 
 QList<Scene> largeCollection()
 {
-    constexpr int scenes = 50;
-    constexpr int items = 40;
+    constexpr int kScenes = 50;
+    constexpr int kItems = 40;
     QList<Scene> list;
-    for (int s = 0; s < scenes; ++s) {
+    for (int s = 0; s < kScenes; ++s) {
         Scene scene{
             u"scene_6f1c0c52-9d6e-4f0e-8a52-%1"_s.arg(s, 12, 10, QChar(u'0')), u"Scene %1"_s.arg(s), {}};
-        for (int i = 0; i < items; ++i) {
+        for (int i = 0; i < kItems; ++i) {
             Source node;
             node.id = u"6f1c0c52-9d6e-4f0e-%1-%2"_s.arg(s, 4, 10, QChar(u'0')).arg(i, 12, 10, QChar(u'0'));
             node.sceneItemId = node.id;
@@ -37,23 +37,23 @@ QList<Scene> largeCollection()
 class ChangingList
 {
 public:
-    ChangingList() { m_cache.replace(largeCollection()); }
+    ChangingList() { cache.replace(largeCollection()); }
 
     QJsonObject publishAfterOneChange()
     {
-        Scene const& scene = m_cache.scenes().at(m_turn % m_cache.scenes().size());
-        Source item = scene.nodes.at(m_turn % scene.nodes.size());
+        Scene const& scene = cache.scenes().at(turn % cache.scenes().size());
+        Source item = scene.nodes.at(turn % scene.nodes.size());
         item.visible = !item.visible;
-        ++m_turn;
-        m_cache.updateItem(item);
-        return SlobsAgent::toSceneList(m_cache.json(), u"active"_s);
+        ++turn;
+        cache.updateItem(item);
+        return SlobsAgent::toSceneList(cache.json(), u"active"_s);
     }
 
-    QJsonObject encodeAnew() const { return SlobsAgent::toSceneList(m_cache.scenes(), u"active"_s); }
+    QJsonObject encodeAnew() const { return SlobsAgent::toSceneList(cache.scenes(), u"active"_s); }
 
 private:
-    SceneListCache m_cache;
-    qsizetype m_turn = 0;
+    SceneListCache cache;
+    qsizetype turn = 0;
 };
 
 //! What agents do with one text, of which each gets its own copy.
@@ -63,7 +63,7 @@ public:
     explicit Agents(std::size_t agents)
     {
         for (std::size_t i = 0; i < agents; ++i) {
-            m_pools.push_back(SlobsMessagePool::shared());
+            pools.push_back(SlobsMessagePool::shared());
         }
     }
 
@@ -71,21 +71,21 @@ public:
     double handle(QString const& text)
     {
         double sum = 0;
-        for (auto const& pool : m_pools) {
+        for (auto const& pool : pools) {
             QString const copy(text.constData(), text.size());
             sum += microseconds([&] {
                 auto const message = pool->take(copy);
                 SlobsMessagePool::Handling const handling(message);
                 QString activeId;
-                SlobsAgent::fromSceneList(*message->object(), m_scenes, activeId);
+                SlobsAgent::fromSceneList(*message->object(), sceneText, activeId);
             });
         }
         return sum;
     }
 
 private:
-    std::vector<std::shared_ptr<SlobsMessagePool>> m_pools;
-    QList<Scene> m_scenes;
+    std::vector<std::shared_ptr<SlobsMessagePool>> pools;
+    QList<Scene> sceneText;
 };
 
 QList<BenchRow> publishOneChange()
@@ -93,20 +93,20 @@ QList<BenchRow> publishOneChange()
     ChangingList list;
     list.publishAfterOneChange();
     qsizetype members = 0;
-    constexpr int rounds = 301;
+    constexpr int kRounds = 301;
     return {compare(
         {.what = u"publish one changed item of 2,000"_s,
             .floorIs = u"encode the whole list anew"_s,
             .limit = 0.2},
-        rounds, [&] { members += list.publishAfterOneChange().size(); },
+        kRounds, [&] { members += list.publishAfterOneChange().size(); },
         [&] { members += list.encodeAnew().size(); })};
 }
 
 QList<BenchRow> publishToAgents()
 {
-    constexpr std::size_t many = 32;
-    constexpr int rounds = 101;
-    constexpr double half = 0.5;
+    constexpr std::size_t kMany = 32;
+    constexpr int kRounds = 101;
+    constexpr double kHalf = 0.5;
     std::vector<double> oneTimes;
     std::vector<double> manyTimes;
     ChangingList list;
@@ -117,14 +117,14 @@ QList<BenchRow> publishToAgents()
         times.push_back(publishing + agents.handle(QString::fromUtf8(
                                          QJsonDocument(payload).toJson(QJsonDocument::Compact))));
     };
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < kRounds; ++round) {
         measure(1, oneTimes);
-        measure(many, manyTimes);
+        measure(kMany, manyTimes);
     }
     return {{.what = u"publish one changed item of 2,000 and decode it in 32 agents, transport excluded"_s,
         .floorIs = u"the same with 1 agent"_s,
-        .ours = quantile(std::move(manyTimes), half),
-        .floor = quantile(std::move(oneTimes), half),
+        .ours = quantile(std::move(manyTimes), kHalf),
+        .floor = quantile(std::move(oneTimes), kHalf),
         .limit = 1.5}};
 }
 

@@ -35,8 +35,8 @@ QJsonObject toJson(BenchRow const& row)
 
 int main(int argc, char* argv[])
 {
-    constexpr int standInArguments = 4;
-    if (argc == standInArguments && qstrcmp(argv[1], "--stand-in") == 0) {
+    constexpr int kStandInArguments = 4;
+    if (argc == kStandInArguments && qstrcmp(argv[1], "--stand-in") == 0) {
         QCoreApplication const app(argc, argv);
         return DesktopProcess::run(QByteArray(argv[2]).toInt(), QByteArray(argv[3]).toInt());
     }

@@ -28,19 +28,19 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int keyCount = 32;
-constexpr qsizetype mostLines = 60;
+constexpr int kEyCount = 32;
+constexpr qsizetype kMostLines = 60;
 //! What was done and logged last, in order.
 QStringList recent;
 bool isVerbose = false;
 
 void remember(QString const& line)
 {
-    if (recent.size() == mostLines) {
+    if (recent.size() == kMostLines) {
         recent.removeFirst();
     }
-    constexpr qsizetype mostCharacters = 300;
-    recent.append(line.left(mostCharacters));
+    constexpr qsizetype kMostCharacters = 300;
+    recent.append(line.left(kMostCharacters));
     if (isVerbose) {
         std::printf("%s\n", qPrintable(recent.last()));
         std::fflush(stdout);
@@ -53,13 +53,13 @@ QString const rightToken = u"stand-in-token"_s;
 template <typename Condition>
 bool waitFor(std::chrono::milliseconds limit, Condition const& condition)
 {
-    constexpr auto interval = 10ms;
-    for (auto waited = 0ms; waited < limit; waited += interval) {
+    constexpr auto kInterval = 10ms;
+    for (auto waited = 0ms; waited < limit; waited += kInterval) {
         drain();
         if (condition()) {
             return true;
         }
-        settle(interval);
+        settle(kInterval);
     }
     return false;
 }
@@ -67,7 +67,7 @@ bool waitFor(std::chrono::milliseconds limit, Condition const& condition)
 class Soak : public QObject
 {
 public:
-    explicit Soak(quint32 seed) : m_seed(seed) { listDeeds(); }
+    explicit Soak(quint32 seed) : printedSeed(seed) { listDeeds(); }
 
     //! Ends the program at the first difference.
     void run(std::chrono::milliseconds time);
@@ -118,7 +118,7 @@ private:
 
     //! \name Chance
     //!@{
-    int below(qsizetype bound) { return m_random.bounded(qMax(static_cast<int>(bound), 1)); }
+    int below(qsizetype bound) { return random.bounded(qMax(static_cast<int>(bound), 1)); }
     bool chance(int percent) { return below(100) < percent; }
     template <typename List>
     auto any(List const& list)
@@ -139,34 +139,34 @@ private:
     QString anySet(QString Key::* id)
     {
         QStringList ids;
-        for (auto const& key : m_keys) {
+        for (auto const& key : keys) {
             ids.append(key.*id);
         }
         ids.removeAll(QString());
         return any(ids);
     }
     QString anyCollection() { return any(QJsonValue(model().collections())).value("id"_L1).toString(); }
-    ConsoleKey& anyKey() { return *m_host.console().key(below(keyCount)); }
+    ConsoleKey& anyKey() { return *devHost.console().key(below(kEyCount)); }
     //!@}
 
-    StandInModel& model() { return m_host.standIn().model(); }
-    bool isLinked() { return m_connected && m_host.standIn().isRunning(); }
+    StandInModel& model() { return devHost.standIn().model(); }
+    bool isLinked() { return connected && devHost.standIn().isRunning(); }
 
-    quint32 m_seed;
-    QRandomGenerator m_random;
-    int m_step = 0;
-    int m_rests = 0;
-    QList<Deed> m_deeds;
-    QElapsedTimer m_total;
-    QElapsedTimer m_sinceTraffic;
-    QWidget m_window;
-    DevHost m_host;
-    std::array<Key, keyCount> m_keys;
-    QHash<QString, bool> m_leds;
+    quint32 printedSeed;
+    QRandomGenerator random;
+    int steps = 0;
+    int rests = 0;
+    QList<Deed> allDeeds;
+    QElapsedTimer total;
+    QElapsedTimer sinceTraffic;
+    QWidget window;
+    DevHost devHost;
+    std::array<Key, kEyCount> keys;
+    QHash<QString, bool> leds;
     //! The service was told last to connect, and with the right token.
-    bool m_connected = true;
+    bool connected = true;
     //! Something changed that Streamlabs Desktop has no event for, or one that leads to no new list.
-    bool m_needsRefresh = false;
+    bool needsRefresh = false;
 };
 
 // ---- Everything at once
@@ -174,17 +174,17 @@ private:
 void Soak::listDeeds()
 {
     auto const handshake = [this](SockJsServer::Handshake kind) {
-        m_host.standIn().transport().setHandshake(kind);
-        m_host.standIn().drop();
+        devHost.standIn().transport().setHandshake(kind);
+        devHost.standIn().drop();
     };
     auto const refused = [this] {
-        m_host.standIn().setToken(u"another"_s);
-        m_host.standIn().drop();
-        m_connected = false;
+        devHost.standIn().setToken(u"another"_s);
+        devHost.standIn().drop();
+        connected = false;
     };
     auto const task = [this] {
-        m_host.sendTask(any(QStringList{u"refreshModel"_s, u"refreshCollections"_s, u"refreshScenes"_s,
-                            u"queryCollections"_s, u"queryScenes"_s}),
+        devHost.sendTask(any(QStringList{u"refreshModel"_s, u"refreshCollections"_s, u"refreshScenes"_s,
+                             u"queryCollections"_s, u"queryScenes"_s}),
             {});
     };
     auto const drag = [this] {
@@ -195,8 +195,8 @@ void Soak::listDeeds()
         }
     };
     auto const newSettings = [this] {
-        int const index = below(keyCount);
-        m_host.console().key(index)->setSettings(chooseSettings(m_keys.at(index)));
+        int const index = below(kEyCount);
+        devHost.console().key(index)->setSettings(chooseSettings(keys.at(index)));
     };
     auto const addScene = [this] {
         return model().sceneEntries().size() < 45 && model().addScene(anyName());
@@ -205,16 +205,16 @@ void Soak::listDeeds()
         return model().collections().size() < 4 && model().addCollection(anyName());
     };
     auto const disconnect = [this] {
-        m_host.plugin().disconnectDesktop();
-        m_connected = false;
+        devHost.plugin().disconnectDesktop();
+        connected = false;
     };
     auto const blindly = [this](auto const& deed) {
         return [this, deed] {
             deed();
-            m_needsRefresh = true;
+            needsRefresh = true;
         };
     };
-    m_deeds = {
+    allDeeds = {
         {8, u"stream"_s, [this] { model().toggleStreaming(); }},
         {8, u"record"_s, [this] { model().toggleRecording(); }},
         {2, u"interrupt"_s, [this] { model().interruptStream(); }},
@@ -240,17 +240,17 @@ void Soak::listDeeds()
         {20, u"press"_s, [this] { anyKey().press(); }},
         {8, u"choose"_s, [this] { chooseInPanel(); }},
         {4, u"retitle"_s, [this] { retitle(); }},
-        {4, u"replace key"_s, [this] { place(below(keyCount)); }},
+        {4, u"replace key"_s, [this] { place(below(kEyCount)); }},
         {3, u"new settings"_s, newSettings},
         {2, u"open or close panel"_s, [this] { anyKey().panelWidget()->setVisible(chance(50)); }},
         {2, u"click refresh"_s, [this] { PanelUser::click(*anyKey().panelWidget(), u"btnRefresh"_s); }},
         {1, u"language"_s,
-            [this] { m_host.plugin().package()->translate(chance(50) ? u"de_DE"_s : u"en_US"_s); }},
+            [this] { devHost.plugin().package()->translate(chance(50) ? u"de_DE"_s : u"en_US"_s); }},
         {1, u"task"_s, task},
 
-        {3, u"drop"_s, [this] { m_host.standIn().drop(); }},
-        {1, u"stop"_s, [this] { m_host.standIn().stop(); }},
-        {2, u"start"_s, [this] { m_host.standIn().isRunning() || m_host.startStandIn(); }},
+        {3, u"drop"_s, [this] { devHost.standIn().drop(); }},
+        {1, u"stop"_s, [this] { devHost.standIn().stop(); }},
+        {2, u"start"_s, [this] { devHost.standIn().isRunning() || devHost.startStandIn(); }},
         {1, u"other contents"_s, [this] { replaceContents(); }},
         {1, u"other token"_s, refused},
         {1, u"connect, wrong token"_s, [this] { connectWith(u"wrong"_s); }},
@@ -269,15 +269,15 @@ void Soak::listDeeds()
 void Soak::doSomething()
 {
     // Each step has numbers of its own, so that what one of them draws moves none behind it.
-    m_random.seed(m_seed + static_cast<quint32>(++m_step) * 2654435761U);
+    random.seed(printedSeed + static_cast<quint32>(++steps) * 2654435761U);
     int sum = 0;
-    for (auto const& deed : std::as_const(m_deeds)) {
+    for (auto const& deed : std::as_const(allDeeds)) {
         sum += deed.weight;
     }
     int at = below(sum);
     auto const deed =
-        std::ranges::find_if(m_deeds, [&at](Deed const& one) { return (at -= one.weight) < 0; });
-    remember(u"%1 %2"_s.arg(m_step).arg(deed->name));
+        std::ranges::find_if(allDeeds, [&at](Deed const& one) { return (at -= one.weight) < 0; });
+    remember(u"%1 %2"_s.arg(steps).arg(deed->name));
     deed->run();
     switch (below(3)) {
     case 0:
@@ -322,21 +322,21 @@ QJsonObject Soak::chooseSettings(Key& key)
 
 void Soak::place(int index)
 {
-    Key& key = m_keys.at(index);
+    Key& key = keys.at(index);
     key.action = QStringList{u"stream"_s, u"record"_s, u"scene"_s, u"source"_s, u"mute"_s}.at(index % 5);
     QJsonObject const settings = chooseSettings(key);
-    Console& console = m_host.console();
+    Console& console = devHost.console();
     console.place(index, console.actionIdOf(key.action), settings);
     QWidget* const face = console.key(index)->faceWidget();
-    face->setParent(&m_window);
+    face->setParent(&window);
     face->move(index % 8 * 160, index / 8 * 120);
     face->show();
 }
 
 void Soak::chooseInPanel()
 {
-    int const index = below(keyCount);
-    QWidget& panel = *m_host.console().key(index)->panelWidget();
+    int const index = below(kEyCount);
+    QWidget& panel = *devHost.console().key(index)->panelWidget();
     auto const boxes = panel.findChildren<QComboBox*>(QRegularExpression(u"^dropdown"_s));
     auto* const box = any(boxes);
     if (!box) {
@@ -354,7 +354,7 @@ void Soak::chooseInPanel()
         fail(u"key %1 does not take \"%2\" %3"_s.arg(index).arg(entry, problem));
     }
     // The key does what the boxes then say.
-    Key& key = m_keys.at(index);
+    Key& key = keys.at(index);
     for (auto const* shown : boxes) {
         QString const name = shown->objectName();
         (name == "dropdownAudioList"_L1      ? key.audioId
@@ -378,34 +378,34 @@ void Soak::retitle()
 
 void Soak::replaceContents()
 {
-    bool const ran = m_host.standIn().isRunning();
-    m_host.standIn().stop();
+    bool const ran = devHost.standIn().isRunning();
+    devHost.standIn().stop();
     if (chance(50)) {
         model().generate(40, 30, 10);
     } else {
         model().loadDemo();
     }
     if (ran) {
-        m_host.startStandIn();
+        devHost.startStandIn();
     }
 }
 
 void Soak::connectWith(QString const& token)
 {
-    chance(50) ? m_host.connectDesktop(token) : m_host.reconnectDesktop(token);
-    m_connected = token == m_host.standIn().token();
+    chance(50) ? devHost.connectDesktop(token) : devHost.reconnectDesktop(token);
+    connected = token == devHost.standIn().token();
 }
 
 // ---- Rest
 
 void Soak::heal()
 {
-    m_host.standIn().transport().setHandshake(SockJsServer::Handshake::Answer);
-    m_host.standIn().setToken(rightToken);
-    if (!m_host.standIn().isRunning() && !m_host.startStandIn()) {
+    devHost.standIn().transport().setHandshake(SockJsServer::Handshake::Answer);
+    devHost.standIn().setToken(rightToken);
+    if (!devHost.standIn().isRunning() && !devHost.startStandIn()) {
         fail(u"the stand-in cannot listen again"_s);
     }
-    if (!m_connected) {
+    if (!connected) {
         connectWith(rightToken);
     }
 }
@@ -413,9 +413,9 @@ void Soak::heal()
 void Soak::rest()
 {
     remember(u"at rest"_s);
-    ++m_rests;
+    ++rests;
     // Now and then the link stays down.
-    if (m_host.standIn().isRunning() || chance(50)) {
+    if (devHost.standIn().isRunning() || chance(50)) {
         heal();
     }
     QStringList open;
@@ -426,21 +426,21 @@ void Soak::rest()
                 open.append(what);
             }
         };
-        unless(m_host.standIn().authorizedCount() == (isLinked() ? 1 : 0), u"the link is up or down"_s);
+        unless(devHost.standIn().authorizedCount() == (isLinked() ? 1 : 0), u"the link is up or down"_s);
         unless(!model().isLoading(), u"the collection is loading"_s);
         unless(QStringList{u"offline"_s, u"live"_s}.contains(model().streamingStatus()), u"stream"_s);
         unless(QStringList{u"offline"_s, u"recording"_s}.contains(model().recordingStatus()), u"record"_s);
         // The host's own client is one of them.
-        unless(m_host.relay().subscriberCount(ZoRemoteSubjects::kSubjectStreamlabsResponse) == keyCount + 1,
+        unless(devHost.relay().subscriberCount(ZoRemoteSubjects::kSubjectStreamlabsResponse) == kEyCount + 1,
             u"not every key has subscribed"_s);
-        unless(m_sinceTraffic.elapsed() > 100, u"there is traffic"_s);
+        unless(sinceTraffic.elapsed() > 100, u"there is traffic"_s);
         return open.isEmpty();
     });
     if (!isQuiet) {
         fail(u"it did not become quiet within 30 s"_s, open);
     }
-    if (isLinked() && std::exchange(m_needsRefresh, false)) {
-        m_host.sendTask(u"refreshScenes"_s, {});
+    if (isLinked() && std::exchange(needsRefresh, false)) {
+        devHost.sendTask(u"refreshScenes"_s, {});
     }
     // A large list may still wait for its turn.
     if (!waitFor(5s, [this] { return differences().isEmpty(); })) {
@@ -454,25 +454,25 @@ void Soak::rest()
 // What a key asks for happens there, and comes back.
 void Soak::press()
 {
-    int const index = below(keyCount);
-    ConsoleKey& key = *m_host.console().key(index);
+    int const index = below(kEyCount);
+    ConsoleKey& key = *devHost.console().key(index);
     QString const before = key.face().title;
     QJsonValue const titles = key.settings().value("titlelist"_L1);
-    bool const isSceneShown = m_keys.at(index).sceneId == model().activeSceneId();
+    bool const isSceneShown = keys.at(index).sceneId == model().activeSceneId();
     if (key.face().invalid || titles[0] == titles[1] ||
-        (m_keys.at(index).action == "scene"_L1 && isSceneShown)) {
+        (keys.at(index).action == "scene"_L1 && isSceneShown)) {
         return;
     }
     key.press();
     if (!waitFor(5s, [&] { return key.face().title != before; })) {
-        fail(u"a press of key %1 (%2) led to nothing"_s.arg(index).arg(m_keys.at(index).action));
+        fail(u"a press of key %1 (%2) led to nothing"_s.arg(index).arg(keys.at(index).action));
     }
 }
 
 void Soak::compareKey(int index, QStringList& differences)
 {
-    Key const& key = m_keys.at(index);
-    ConsoleKey const& shown = *m_host.console().key(index);
+    Key const& key = keys.at(index);
+    ConsoleKey const& shown = *devHost.console().key(index);
     QWidget const& panel = *shown.panelWidget();
     QJsonObject const settings = shown.settings();
     auto const expect = [&](QString const& what, QVariant const& is, QVariant const& truth) {
@@ -539,13 +539,13 @@ void Soak::compareKey(int index, QStringList& differences)
 QStringList Soak::differences()
 {
     QStringList differences;
-    for (int index = 0; index < keyCount; ++index) {
+    for (int index = 0; index < kEyCount; ++index) {
         compareKey(index, differences);
     }
     for (auto const& [led, isOn] : {std::pair(u"STREAM"_s, model().streamingStatus() == "live"_L1),
              {u"RECORD"_s, model().recordingStatus() == "recording"_L1}}) {
-        if (m_leds.value(led) != (isOn && isLinked())) {
-            differences.append(u"the LED %1 is %2"_s.arg(led, m_leds.value(led) ? u"on"_s : u"off"_s));
+        if (leds.value(led) != (isOn && isLinked())) {
+            differences.append(u"the LED %1 is %2"_s.arg(led, leds.value(led) ? u"on"_s : u"off"_s));
         }
     }
     return differences;
@@ -555,35 +555,35 @@ QStringList Soak::differences()
 
 void Soak::fail(QString const& what, QStringList const& details)
 {
-    constexpr qsizetype most = 20;
+    constexpr qsizetype kMost = 20;
     std::printf("\n%s\nDIFFERENCE, seed %u, step %d, times at rest %d: %s\n    %s\n",
-        qPrintable(recent.join(u'\n')), m_seed, m_step, m_rests, qPrintable(what),
-        qPrintable(details.first(qMin(most, details.size())).join("\n    "_L1)));
+        qPrintable(recent.join(u'\n')), printedSeed, steps, rests, qPrintable(what),
+        qPrintable(details.first(qMin(kMost, details.size())).join("\n    "_L1)));
     std::fflush(stdout);
     std::_Exit(1);
 }
 
 void Soak::start()
 {
-    auto const heard = [this] { m_sinceTraffic.start(); };
-    connect(&m_host.standIn().transport(), &SockJsServer::frameReceived, this, heard);
-    connect(&m_host.standIn().transport(), &SockJsServer::frameSent, this, heard);
-    connect(&m_host.relay(), &RelayServer::messageReceived, this, heard);
-    connect(&m_host.relay(), &RelayServer::published, this, heard);
-    connect(&m_host, &DevHost::ledChanged, this,
-        [this](QString const&, QString const& function, bool isOn) { m_leds.insert(function, isOn); });
+    auto const heard = [this] { sinceTraffic.start(); };
+    connect(&devHost.standIn().transport(), &SockJsServer::frameReceived, this, heard);
+    connect(&devHost.standIn().transport(), &SockJsServer::frameSent, this, heard);
+    connect(&devHost.relay(), &RelayServer::messageReceived, this, heard);
+    connect(&devHost.relay(), &RelayServer::published, this, heard);
+    connect(&devHost, &DevHost::ledChanged, this,
+        [this](QString const&, QString const& function, bool isOn) { leds.insert(function, isOn); });
     bool isReady = false;
-    connect(&m_host, &DevHost::ready, this, [&isReady] { isReady = true; });
+    connect(&devHost, &DevHost::ready, this, [&isReady] { isReady = true; });
     DevHost::Options options;
     options.keepsKeys = false;
-    if (!m_host.start(options) || !waitFor(10s, [&isReady] { return isReady; })) {
-        fail(u"there is no host: "_s + m_host.errorString());
+    if (!devHost.start(options) || !waitFor(10s, [&isReady] { return isReady; })) {
+        fail(u"there is no host: "_s + devHost.errorString());
     }
     model().setTransitionTime(20ms);
     model().setLoadingTime(30ms);
-    m_window.resize(1300, 500);
-    m_window.show();
-    for (int index = 0; index < keyCount; ++index) {
+    window.resize(1300, 500);
+    window.show();
+    for (int index = 0; index < kEyCount; ++index) {
         place(index);
     }
 }
@@ -591,15 +591,15 @@ void Soak::start()
 //! With contents and keys that are the same each time.
 Soak::Footprint Soak::footprint()
 {
-    m_random.seed(1);
-    m_host.standIn().stop();
+    random.seed(1);
+    devHost.standIn().stop();
     model().loadDemo();
-    m_host.plugin().package()->translate(u"en_US"_s);
+    devHost.plugin().package()->translate(u"en_US"_s);
     heal();
-    for (int index = 0; index < keyCount; ++index) {
-        m_host.console().remove(index);
+    for (int index = 0; index < kEyCount; ++index) {
+        devHost.console().remove(index);
     }
-    for (int index = 0; index < keyCount; ++index) {
+    for (int index = 0; index < kEyCount; ++index) {
         place(index);
     }
     rest();
@@ -612,40 +612,40 @@ Soak::Footprint Soak::footprint()
 
 void Soak::run(std::chrono::milliseconds time)
 {
-    m_sinceTraffic.start();
-    m_total.start();
+    sinceTraffic.start();
+    total.start();
     start();
     // What the first tenth takes (caches, fonts, buffers) stays.
     auto const warm = time / 10;
     std::optional<Footprint> before;
     qint64 reported = 0;
-    while (m_total.elapsed() < time.count()) {
+    while (total.elapsed() < time.count()) {
         for (int deeds = 5 + below(40); deeds > 0; --deeds) {
             doSomething();
         }
         rest();
-        if (!before && m_total.elapsed() > warm.count()) {
+        if (!before && total.elapsed() > warm.count()) {
             before = footprint();
         }
-        if (m_total.elapsed() > reported) {
-            constexpr qint64 interval = 30'000;
-            reported = m_total.elapsed() + interval;
+        if (total.elapsed() > reported) {
+            constexpr qint64 kInterval = 30'000;
+            reported = total.elapsed() + kInterval;
             std::printf("%6.1f min %6d steps %5d times at rest: no difference\n",
-                static_cast<double>(m_total.elapsed()) / 60'000, m_step, m_rests);
+                static_cast<double>(total.elapsed()) / 60'000, steps, rests);
             std::fflush(stdout);
         }
     }
     Footprint const after = footprint();
     std::printf("memory %.1f MiB, was %.1f; descriptors %lld, were %lld\n", after.memory, before->memory,
         static_cast<long long>(after.descriptors), static_cast<long long>(before->descriptors));
-    constexpr double mostGrowth = 16;
-    if (after.memory > before->memory + mostGrowth || after.descriptors > before->descriptors) {
+    constexpr double kMostGrowth = 16;
+    if (after.memory > before->memory + kMostGrowth || after.descriptors > before->descriptors) {
         fail(u"it takes more than after the first tenth"_s);
     }
-    if (!m_host.stop()) {
+    if (!devHost.stop()) {
         fail(u"the library stayed in memory"_s);
     }
-    std::printf("%d steps, %d times at rest: no difference\n", m_step, m_rests);
+    std::printf("%d steps, %d times at rest: no difference\n", steps, rests);
 }
 
 } // namespace

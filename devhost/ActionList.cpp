@@ -11,8 +11,8 @@ ActionList::ActionList(QWidget* parent) : QListWidget(parent)
     setDragEnabled(true);
     setDragDropMode(QAbstractItemView::DragOnly);
     setDefaultDropAction(Qt::CopyAction);
-    constexpr int icon = 24;
-    setIconSize(QSize(icon, icon));
+    constexpr int kIcon = 24;
+    setIconSize(QSize(kIcon, kIcon));
     connect(this, &QListWidget::itemActivated, this,
         [this](QListWidgetItem const* item) { emit chosen(item->data(Qt::UserRole).toString()); });
 }
@@ -20,11 +20,11 @@ ActionList::ActionList(QWidget* parent) : QListWidget(parent)
 void ActionList::setActions(QList<PackageAction> const& actions)
 {
     clear();
-    constexpr int rowHeight = 36;
+    constexpr int kRowHeight = 36;
     for (auto const& action : actions) {
         auto* const item = new QListWidgetItem(action.icon, action.label, this);
         item->setData(Qt::UserRole, action.id);
-        item->setSizeHint(QSize(0, rowHeight));
+        item->setSizeHint(QSize(0, kRowHeight));
         item->setToolTip(
             tr("%1\nDrag it onto a key; double-click or Enter takes the next free one.").arg(action.id));
     }
@@ -48,9 +48,9 @@ void ActionList::paintEvent(QPaintEvent* event)
     QListWidget::paintEvent(event);
     if (count() == 0) {
         QPainter painter(viewport());
-        painter.setPen(DarkTheme::faintText);
-        constexpr int margin = 12;
-        painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
+        painter.setPen(DarkTheme::kFaintText);
+        constexpr int kMargin = 12;
+        painter.drawText(viewport()->rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
             Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, tr("The package offers no actions."));
     }
 }

@@ -106,8 +106,8 @@ QString CommandLine::read(QStringList const& arguments)
         return value;
     };
 
-    constexpr int mostPort = 65535;
-    constexpr int mostObjects = 100000;
+    constexpr int kMostPort = 65535;
+    constexpr int kMostObjects = 100000;
     if (parser.isSet(desktopTokenFile) && parser.isSet(desktopToken)) {
         return u"--desktop-token-file and --desktop-token are two ways to say one thing."_s;
     }
@@ -121,14 +121,14 @@ QString CommandLine::read(QStringList const& arguments)
         if (!parser.isSet(desktopPort) || token.isEmpty()) {
             return u"--desktop-port and a token, such as --desktop-token-file, go together."_s;
         }
-        host.desktop = {number(desktopPort, 0, 1, mostPort), token};
+        host.desktop = {number(desktopPort, 0, 1, kMostPort), token};
     }
     if (parser.isSet(scenes) || parser.isSet(items) || parser.isSet(audio)) {
-        constexpr int fewScenes = 5;
-        constexpr int fewItems = 10;
-        constexpr int fewAudio = 4;
-        size = {number(scenes, fewScenes, 1, mostObjects), number(items, fewItems, 0, mostObjects),
-            number(audio, fewAudio, 0, mostObjects)};
+        constexpr int kFewScenes = 5;
+        constexpr int kFewItems = 10;
+        constexpr int kFewAudio = 4;
+        size = {number(scenes, kFewScenes, 1, kMostObjects), number(items, kFewItems, 0, kMostObjects),
+            number(audio, kFewAudio, 0, kMostObjects)};
         if (host.desktop) {
             return u"--scenes, --items and --audio are for the stand-in, and --desktop-port is without it."_s;
         }

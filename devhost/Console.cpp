@@ -15,19 +15,19 @@
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
-Console::Console(QString configDir, QObject* parent) : QObject(parent), m_configDir(std::move(configDir))
+Console::Console(QString configDir, QObject* parent) : QObject(parent), folder(std::move(configDir))
 {
     // One write for all that a turn of the event loop brings.
-    m_saving.setSingleShot(true);
-    m_saving.setInterval(0);
-    m_saving.callOnTimeout(this, &Console::save);
+    saving.setSingleShot(true);
+    saving.setInterval(0);
+    saving.callOnTimeout(this, &Console::save);
 
     // Soon, however often it is asked for, and once more when all keys have heard it for sure.
-    for (auto [timer, time] : {std::pair(&m_checkingSoon, 5ms), {&m_checkingLate, 100ms}}) {
+    for (auto [timer, time] : {std::pair(&checkingSoon, 5ms), {&checkingLate, 100ms}}) {
         timer->setSingleShot(true);
         timer->setInterval(time);
         timer->callOnTimeout(this, [this] {
-            for (auto const& key : std::as_const(m_keys)) {
+            for (auto const& key : std::as_const(consoleKeys)) {
                 key->checkFace();
             }
         });
@@ -41,25 +41,25 @@ Console::~Console()
 
 void Console::setPackage(IBuiltInPackageLibrary* package)
 {
-    if (m_saving.isActive()) {
+    if (saving.isActive()) {
         save();
     }
     {
-        QScopedValueRollback const keepsFile(m_loading, true);
+        QScopedValueRollback const keepsFile(loading, true);
         for (int const index : indices()) {
             remove(index);
         }
     }
-    m_package = package;
-    if (m_package) {
+    library = package;
+    if (library) {
         load();
     }
 }
 
 QString Console::actionIdOf(QString const& action) const
 {
-    if (m_package) {
-        for (auto const& entry : m_package->list().value("subnode"_L1).toArray()) {
+    if (library) {
+        for (auto const& entry : library->list().value("subnode"_L1).toArray()) {
             QString id = entry.toObject().value("category"_L1).toString();
             if (id == action || id.section(u'.', -1) == action) {
                 return id;
@@ -71,11 +71,11 @@ QString Console::actionIdOf(QString const& action) const
 
 std::unique_ptr<ConsoleKey> Console::makeKey(int index, QString const& actionId, QJsonObject const& settings)
 {
-    auto key = ConsoleKey::create(*m_package, actionId, index, settings);
+    auto key = ConsoleKey::create(*library, actionId, index, settings);
     if (key) {
         connect(key.get(), &ConsoleKey::faceChanged, this, [this, index] { emit faceChanged(index); });
         connect(key.get(), &ConsoleKey::settingsChanged, this, [this, index] {
-            m_saving.start();
+            saving.start();
             emit settingsChanged(index);
         });
     }
@@ -84,7 +84,7 @@ std::unique_ptr<ConsoleKey> Console::makeKey(int index, QString const& actionId,
 
 bool Console::place(int index, QString const& actionId, QJsonObject const& settings)
 {
-    if (!m_package || index < 0 || index >= mostKeys) {
+    if (!library || index < 0 || index >= kMostKeys) {
         return false;
     }
     std::shared_ptr<ConsoleKey> key = makeKey(index, actionId, settings);
@@ -92,9 +92,9 @@ bool Console::place(int index, QString const& actionId, QJsonObject const& setti
         return false;
     }
     remove(index);
-    m_keys.insert(index, key);
-    if (!m_loading) {
-        m_saving.start();
+    consoleKeys.insert(index, key);
+    if (!loading) {
+        saving.start();
     }
     emit keyPlaced(index);
     emit faceChanged(index);
@@ -103,13 +103,13 @@ bool Console::place(int index, QString const& actionId, QJsonObject const& setti
 
 bool Console::remove(int index)
 {
-    if (!m_keys.contains(index)) {
+    if (!consoleKeys.contains(index)) {
         return false;
     }
-    m_keys.value(index)->checkFace(); // its last change
-    m_keys.remove(index);
-    if (!m_loading) {
-        m_saving.start();
+    consoleKeys.value(index)->checkFace(); // its last change
+    consoleKeys.remove(index);
+    if (!loading) {
+        saving.start();
     }
     emit keyRemoved(index);
     return true;
@@ -118,7 +118,7 @@ bool Console::remove(int index)
 bool Console::move(int from, int to)
 {
     ConsoleKey const* const source = key(from);
-    if (!source || from == to || to < 0 || to >= mostKeys) {
+    if (!source || from == to || to < 0 || to >= kMostKeys) {
         return false;
     }
     ConsoleKey const* const target = key(to);
@@ -137,7 +137,7 @@ bool Console::move(int from, int to)
 int Console::firstFreeIndex() const
 {
     int index = 0;
-    while (m_keys.contains(index)) {
+    while (consoleKeys.contains(index)) {
         ++index;
     }
     return index;
@@ -145,32 +145,32 @@ int Console::firstFreeIndex() const
 
 ConsoleKey* Console::key(int index) const
 {
-    return m_keys.value(index).get();
+    return consoleKeys.value(index).get();
 }
 
 void Console::checkFacesSoon()
 {
-    if (m_keys.isEmpty()) {
+    if (consoleKeys.isEmpty()) {
         return;
     }
-    if (!m_checkingSoon.isActive()) {
-        m_checkingSoon.start();
+    if (!checkingSoon.isActive()) {
+        checkingSoon.start();
     }
-    m_checkingLate.start();
+    checkingLate.start();
 }
 
 // ---- Keeping
 
 QString Console::fileName() const
 {
-    return m_configDir + u"/keys.json"_s;
+    return folder + u"/keys.json"_s;
 }
 
 void Console::load()
 {
-    m_foreign = {};
+    foreign = {};
     QFile file(fileName());
-    if (m_configDir.isEmpty() || !file.exists()) {
+    if (folder.isEmpty() || !file.exists()) {
         return;
     }
     QJsonParseError error{};
@@ -190,25 +190,25 @@ void Console::load()
                               << "- set aside as" << aside;
         return;
     }
-    QScopedValueRollback const loading(m_loading, true);
+    QScopedValueRollback const whileLoading(loading, true);
     for (QJsonValue const entry : keys.toArray()) {
         QJsonObject const stored = entry.toObject();
         int const index = stored.value("index"_L1).toInt(-1);
-        if (m_keys.contains(index) ||
+        if (consoleKeys.contains(index) ||
             !place(index, stored.value("action"_L1).toString(), stored.value("settings"_L1).toObject())) {
-            m_foreign.append(entry);
+            foreign.append(entry);
         }
     }
 }
 
 void Console::save()
 {
-    m_saving.stop();
-    if (m_configDir.isEmpty()) {
+    saving.stop();
+    if (folder.isEmpty()) {
         return;
     }
-    QJsonArray keys = m_foreign;
-    for (auto const& key : std::as_const(m_keys)) {
+    QJsonArray keys = foreign;
+    for (auto const& key : std::as_const(consoleKeys)) {
         keys.append(QJsonObject{
             {u"index"_s, key->index()}, {u"action"_s, key->actionId()}, {u"settings"_s, key->settings()}});
     }

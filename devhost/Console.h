@@ -25,7 +25,7 @@ class Console : public QObject
 
 public:
     //! More keys than any console has.
-    static constexpr int mostKeys = 256;
+    static constexpr int kMostKeys = 256;
 
     //! \a configDir: an existing folder, or empty for a console that forgets.
     explicit Console(QString configDir, QObject* parent = nullptr);
@@ -49,7 +49,7 @@ public:
     //! Null for a free key.
     ConsoleKey* key(int index) const;
     //! Indices of the keys that are taken, in order.
-    QList<int> indices() const { return m_keys.keys(); }
+    QList<int> indices() const { return consoleKeys.keys(); }
 
     //! Have the faces of hidden keys checked soon: they report no change by themselves.
     void checkFacesSoon();
@@ -67,13 +67,13 @@ private:
     QString fileName() const;
     std::unique_ptr<ConsoleKey> makeKey(int index, QString const& actionId, QJsonObject const& settings);
 
-    QString m_configDir;
-    IBuiltInPackageLibrary* m_package = nullptr;
-    QMap<int, std::shared_ptr<ConsoleKey>> m_keys;
+    QString folder;
+    IBuiltInPackageLibrary* library = nullptr;
+    QMap<int, std::shared_ptr<ConsoleKey>> consoleKeys;
     //! Stored keys of other packages' actions, and what is no key: kept, not shown.
-    QJsonArray m_foreign;
-    bool m_loading = false;
-    QTimer m_saving;
-    QTimer m_checkingSoon;
-    QTimer m_checkingLate;
+    QJsonArray foreign;
+    bool loading = false;
+    QTimer saving;
+    QTimer checkingSoon;
+    QTimer checkingLate;
 };

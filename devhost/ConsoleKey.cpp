@@ -27,19 +27,19 @@ std::unique_ptr<ConsoleKey> ConsoleKey::create(
 }
 
 ConsoleKey::ConsoleKey(ZOPlugin* action, QString actionId, int index)
-    : m_action(action)
-    , m_actionId(std::move(actionId))
-    , m_index(index)
-    , m_faceWidget(action->pluginWidget())
-    , m_panelWidget(action->propertyWidget())
+    : placedAction(action)
+    , currentActionId(std::move(actionId))
+    , position(index)
+    , faceView(action->pluginWidget())
+    , panelView(action->propertyWidget())
 {
     // By signature: the library exports no meta-object of its classes.
     connect(action, SIGNAL(eventSent(QJsonObject)), this, SLOT(onEventSent(QJsonObject)));
-    m_check.setSingleShot(true);
-    m_check.setInterval(0);
-    m_check.callOnTimeout(this, &ConsoleKey::checkFace);
-    if (m_faceWidget) {
-        for (auto* label : m_faceWidget->findChildren<QLabel*>()) {
+    check.setSingleShot(true);
+    check.setInterval(0);
+    check.callOnTimeout(this, &ConsoleKey::checkFace);
+    if (faceView) {
+        for (auto* label : faceView->findChildren<QLabel*>()) {
             label->installEventFilter(this);
         }
     }
@@ -47,17 +47,17 @@ ConsoleKey::ConsoleKey(ZOPlugin* action, QString actionId, int index)
 
 ConsoleKey::~ConsoleKey()
 {
-    delete m_faceWidget;
-    delete m_panelWidget;
+    delete faceView;
+    delete panelView;
 }
 
 void ConsoleKey::initialise(QJsonObject const& settings)
 {
-    QString const context = u"key-%1"_s.arg(m_index);
-    m_action->init(context, settings.isEmpty() ? QJsonObject() : QJsonObject{{kFieldPayload, settings}});
+    QString const context = u"key-%1"_s.arg(position);
+    placedAction->init(context, settings.isEmpty() ? QJsonObject() : QJsonObject{{kFieldPayload, settings}});
     send(kUpdateSettingsEvent); // the action answers with its whole document
     openEditors();
-    m_reported = face();
+    reported = face();
     emit faceChanged();
 }
 
@@ -70,12 +70,12 @@ void ConsoleKey::setSettings(QJsonObject const& settings)
 // operations can be invoked by name.
 void ConsoleKey::openEditors()
 {
-    QObject* const frame = m_panelWidget ? m_panelWidget->findChild<QObject*>(u"base"_s) : nullptr;
+    QObject* const frame = panelView ? panelView->findChild<QObject*>(u"base"_s) : nullptr;
     if (!frame) {
         return;
     }
     QStringList titles;
-    for (auto const& title : m_settings.value("titlelist"_L1).toArray()) {
+    for (auto const& title : document.value("titlelist"_L1).toArray()) {
         titles.append(title.toString());
     }
     bool const open =
@@ -86,7 +86,7 @@ void ConsoleKey::openEditors()
             frame, "generateButtonsByStateNames", Q_ARG(QStringList, titles), Q_ARG(bool, true)) &&
         QMetaObject::invokeMethod(frame, "setCurrentId", Q_ARG(int, static_cast<int>(titles.size()) - 1));
     if (!open) {
-        qCWarning(devHostLog) << "the panel of" << m_actionId << "has editors that cannot be opened";
+        qCWarning(devHostLog) << "the panel of" << currentActionId << "has editors that cannot be opened";
     }
 }
 
@@ -94,24 +94,24 @@ void ConsoleKey::onEventSent(QJsonObject const& event)
 {
     QJsonObject const body = event.value(kFieldEvent).toObject();
     if (body.value(kFieldType) != QJsonValue(kSetSettingsEvent)) {
-        qCInfo(devHostLog) << "event of" << m_actionId << event;
+        qCInfo(devHostLog) << "event of" << currentActionId << event;
         return;
     }
     QJsonObject const settings = body.value(kFieldPayload).toObject();
-    if (settings != m_settings) {
-        m_settings = settings;
+    if (settings != document) {
+        document = settings;
         emit settingsChanged();
-        m_check.start();
+        check.start();
     }
 }
 
 void ConsoleKey::send(QString const& type)
 {
     QJsonObject reply;
-    m_action->eventReceived(
-        {{kFieldEvent, QJsonObject{{kFieldType, type}}}, {kFieldTarget, m_action->context}}, reply);
+    placedAction->eventReceived(
+        {{kFieldEvent, QJsonObject{{kFieldType, type}}}, {kFieldTarget, placedAction->context}}, reply);
     if (!reply.value("success"_L1).toBool()) {
-        qCWarning(devHostLog) << m_actionId << "did not handle" << type << reply;
+        qCWarning(devHostLog) << currentActionId << "did not handle" << type << reply;
     }
 }
 
@@ -147,22 +147,22 @@ void ConsoleKey::release()
 ConsoleKey::Face ConsoleKey::face() const
 {
     Face face;
-    if (m_faceWidget) {
-        if (auto const* title = m_faceWidget->findChild<QLabel*>(u"lblTitle"_s)) {
+    if (faceView) {
+        if (auto const* title = faceView->findChild<QLabel*>(u"lblTitle"_s)) {
             face.title = title->text();
         }
-        if (auto const* mask = m_faceWidget->findChild<QLabel*>(u"lblMaskInvalid"_s)) {
+        if (auto const* mask = faceView->findChild<QLabel*>(u"lblMaskInvalid"_s)) {
             face.invalid = !mask->isHidden();
         }
     }
-    face.icon = m_action->actionIconFilePath();
+    face.icon = placedAction->actionIconFilePath();
     return face;
 }
 
 void ConsoleKey::checkFace()
 {
-    if (Face const now = face(); now != m_reported) {
-        m_reported = now;
+    if (Face const now = face(); now != reported) {
+        reported = now;
         emit faceChanged();
     }
 }
@@ -173,7 +173,7 @@ bool ConsoleKey::eventFilter(QObject* watched, QEvent* event)
     case QEvent::Paint:
     case QEvent::ShowToParent:
     case QEvent::HideToParent:
-        m_check.start();
+        check.start();
         break;
     default:
         break;

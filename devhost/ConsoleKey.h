@@ -40,13 +40,13 @@ public:
     //! Deletes the action, and with it its widgets.
     ~ConsoleKey() override;
 
-    int index() const { return m_index; }
-    QString const& actionId() const { return m_actionId; }
+    int index() const { return position; }
+    QString const& actionId() const { return currentActionId; }
     //! The document that the action has sent last.
-    QJsonObject const& settings() const { return m_settings; }
+    QJsonObject const& settings() const { return document; }
     //! Null when somebody has deleted them.
-    QWidget* faceWidget() const { return m_faceWidget; }
-    QWidget* panelWidget() const { return m_panelWidget; }
+    QWidget* faceWidget() const { return faceView; }
+    QWidget* panelWidget() const { return panelView; }
     Face face() const;
 
     //! Initialises the action anew from \a settings.
@@ -80,12 +80,12 @@ private:
     void send(QString const& type);
     void openEditors();
 
-    std::unique_ptr<ZOPlugin> m_action;
-    QString m_actionId;
-    int m_index;
-    QJsonObject m_settings;
-    QPointer<QWidget> m_faceWidget;
-    QPointer<QWidget> m_panelWidget;
-    Face m_reported;
-    QTimer m_check;
+    std::unique_ptr<ZOPlugin> placedAction;
+    QString currentActionId;
+    int position;
+    QJsonObject document;
+    QPointer<QWidget> faceView;
+    QPointer<QWidget> panelView;
+    Face reported;
+    QTimer check;
 };

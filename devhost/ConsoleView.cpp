@@ -15,20 +15,20 @@
 using namespace Qt::StringLiterals;
 
 ConsoleView::ConsoleView(QWidget* parent)
-    : QWidget(parent), ui(std::make_unique<Ui::ConsoleView>()), m_grid(new QGridLayout)
+    : QWidget(parent), ui(std::make_unique<Ui::ConsoleView>()), grid(new QGridLayout)
 {
     ui->setupUi(this);
     ui->ledStream->setFunction(u"STREAM"_s);
     ui->ledRecord->setFunction(u"RECORD"_s);
 
     QPalette body = palette();
-    body.setColor(QPalette::Window, DarkTheme::console);
+    body.setColor(QPalette::Window, DarkTheme::kConsole);
     ui->body->setPalette(body);
-    ui->body->setLayout(m_grid);
-    constexpr int margin = 8;
-    m_grid->setContentsMargins(margin, margin, margin, margin);
-    m_grid->setSpacing(0);
-    m_grid->setSizeConstraint(QLayout::SetFixedSize);
+    ui->body->setLayout(grid);
+    constexpr int kMargin = 8;
+    grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    grid->setSpacing(0);
+    grid->setSizeConstraint(QLayout::SetFixedSize);
 
     for (QSize const size : {QSize(3, 2), QSize(4, 2), QSize(5, 3), QSize(6, 4), QSize(8, 4)}) {
         ui->boxSize->addItem(tr("%1 x %2 keys").arg(size.width()).arg(size.height()), size);
@@ -39,18 +39,18 @@ ConsoleView::ConsoleView(QWidget* parent)
     });
     connect(ui->btnPreviousPage, &QAbstractButton::clicked, this, [this] { turnPage(-1); });
     connect(ui->btnNextPage, &QAbstractButton::clicked, this, [this] { turnPage(1); });
-    setSize(m_columns, m_rows);
+    setSize(columnCount, rowCount);
 }
 
 ConsoleView::~ConsoleView() = default;
 
 void ConsoleView::watch(Console& console, QHash<QString, QString> const& labels)
 {
-    m_console = &console;
-    m_labels = labels;
+    watched = &console;
+    actionLabels = labels;
     connect(&console, &Console::keyPlaced, this, [this](int index) {
         showKey(index);
-        auto const* const key = m_console->key(current());
+        auto const* const key = watched->key(current());
         if (index == current()) {
             emit currentChanged(index);
         } else if (!key) { // nothing to look at yet
@@ -76,53 +76,53 @@ void ConsoleView::watch(Console& console, QHash<QString, QString> const& labels)
 
 int ConsoleView::pageCount() const
 {
-    return (Console::mostKeys + keysPerPage() - 1) / keysPerPage();
+    return (Console::kMostKeys + keysPerPage() - 1) / keysPerPage();
 }
 
 void ConsoleView::setSize(int columns, int rows)
 {
     int const index = current();
-    m_columns = columns;
-    m_rows = rows;
+    columnCount = columns;
+    rowCount = rows;
     ui->boxSize->setCurrentIndex(ui->boxSize->findData(QSize(columns, rows)));
-    m_page = index / keysPerPage();
-    m_position = index % keysPerPage();
+    currentPage = index / keysPerPage();
+    currentPosition = index % keysPerPage();
     arrange();
 }
 
 void ConsoleView::turnPage(int by)
 {
-    setPage(std::clamp(m_page + by, 0, pageCount() - 1));
+    setPage(std::clamp(currentPage + by, 0, pageCount() - 1));
 }
 
 void ConsoleView::setPage(int page)
 {
-    if (page != m_page) {
-        setCurrent(std::min(page * keysPerPage() + m_position, Console::mostKeys - 1));
+    if (page != currentPage) {
+        setCurrent(std::min(page * keysPerPage() + currentPosition, Console::kMostKeys - 1));
     }
 }
 
 void ConsoleView::arrange()
 {
-    while (m_views.size() < static_cast<std::size_t>(keysPerPage())) {
-        m_views.push_back(makeView());
+    while (views.size() < static_cast<std::size_t>(keysPerPage())) {
+        views.push_back(makeView());
     }
     int position = 0;
-    for (auto* const view : m_views) {
-        m_grid->removeWidget(view);
-        int const index = m_page * keysPerPage() + position;
-        bool const shown = position < keysPerPage() && index < Console::mostKeys;
+    for (auto* const view : views) {
+        grid->removeWidget(view);
+        int const index = currentPage * keysPerPage() + position;
+        bool const shown = position < keysPerPage() && index < Console::kMostKeys;
         if (shown) {
-            m_grid->addWidget(view, position / m_columns, position % m_columns);
+            grid->addWidget(view, position / columnCount, position % columnCount);
             showKey(index);
         }
-        view->setCurrent(position == m_position);
+        view->setCurrent(position == currentPosition);
         view->setVisible(shown);
         ++position;
     }
-    ui->lblPage->setText(tr("Page %1 of %2").arg(m_page + 1).arg(pageCount()));
-    ui->btnPreviousPage->setEnabled(m_page > 0);
-    ui->btnNextPage->setEnabled(m_page + 1 < pageCount());
+    ui->lblPage->setText(tr("Page %1 of %2").arg(currentPage + 1).arg(pageCount()));
+    ui->btnPreviousPage->setEnabled(currentPage > 0);
+    ui->btnNextPage->setEnabled(currentPage + 1 < pageCount());
     emit arranged();
 }
 
@@ -135,7 +135,7 @@ KeyView* ConsoleView::makeView()
     connect(view, &KeyView::arrowPressed, this, [this](int key) { setCurrent(neighbour(key)); });
     connect(view, &KeyView::moveAsked, this, [this](int key) {
         int const to = neighbour(key);
-        if (m_console && m_console->move(current(), to)) {
+        if (watched && watched->move(current(), to)) {
             setCurrent(to);
             focusCurrent();
         }
@@ -143,13 +143,13 @@ KeyView* ConsoleView::makeView()
     connect(view, &KeyView::removeAsked, this, &ConsoleView::removeCurrent);
     connect(view, &KeyView::menuAsked, this, &ConsoleView::showMenu);
     connect(view, &KeyView::actionDropped, this, [this, view](QString const& actionId) {
-        if (m_console && m_console->place(view->index(), actionId)) {
+        if (watched && watched->place(view->index(), actionId)) {
             setCurrent(view->index());
             focusCurrent();
         }
     });
     connect(view, &KeyView::keyDropped, this, [this, view](int from) {
-        if (m_console && m_console->move(from, view->index())) {
+        if (watched && watched->move(from, view->index())) {
             setCurrent(view->index());
             focusCurrent();
         }
@@ -159,29 +159,29 @@ KeyView* ConsoleView::makeView()
 
 KeyView* ConsoleView::viewOf(int index) const
 {
-    int const position = index - m_page * keysPerPage();
-    return position >= 0 && position < keysPerPage() ? m_views[static_cast<std::size_t>(position)] : nullptr;
+    int const position = index - currentPage * keysPerPage();
+    return position >= 0 && position < keysPerPage() ? views[static_cast<std::size_t>(position)] : nullptr;
 }
 
 void ConsoleView::showKey(int index)
 {
     if (auto* const view = viewOf(index)) {
-        ConsoleKey* const key = m_console ? m_console->key(index) : nullptr;
-        view->setKey(index, key, key ? m_labels.value(key->actionId(), key->actionId()) : QString());
+        ConsoleKey* const key = watched ? watched->key(index) : nullptr;
+        view->setKey(index, key, key ? actionLabels.value(key->actionId(), key->actionId()) : QString());
     }
 }
 
 void ConsoleView::setCurrent(int index)
 {
-    if (index < 0 || index >= Console::mostKeys || index == current()) {
+    if (index < 0 || index >= Console::kMostKeys || index == current()) {
         return;
     }
     bool const hadFocus = ui->body->isAncestorOf(focusWidget());
     int const page = index / keysPerPage();
     viewOf(current())->setCurrent(false);
-    m_position = index % keysPerPage();
-    if (page != m_page) {
-        m_page = page;
+    currentPosition = index % keysPerPage();
+    if (page != currentPage) {
+        currentPage = page;
         arrange();
     }
     viewOf(index)->setCurrent(true);
@@ -200,8 +200,8 @@ void ConsoleView::focusCurrent()
 
 int ConsoleView::neighbour(int key) const
 {
-    int column = m_position % m_columns;
-    int row = m_position / m_columns;
+    int column = currentPosition % columnCount;
+    int row = currentPosition / columnCount;
     switch (key) {
     case Qt::Key_Left:
         --column;
@@ -215,17 +215,17 @@ int ConsoleView::neighbour(int key) const
     default:
         ++row;
     }
-    bool const isThere = column >= 0 && column < m_columns && row >= 0 && row < m_rows;
-    return isThere ? m_page * keysPerPage() + row * m_columns + column : current();
+    bool const isThere = column >= 0 && column < columnCount && row >= 0 && row < rowCount;
+    return isThere ? currentPage * keysPerPage() + row * columnCount + column : current();
 }
 
 bool ConsoleView::place(QString const& actionId)
 {
-    for (int steps = 0; m_console && steps < Console::mostKeys; ++steps) {
-        int const index = (current() + steps) % Console::mostKeys;
-        if (!m_console->key(index)) {
+    for (int steps = 0; watched && steps < Console::kMostKeys; ++steps) {
+        int const index = (current() + steps) % Console::kMostKeys;
+        if (!watched->key(index)) {
             setCurrent(index);
-            return m_console->place(index, actionId);
+            return watched->place(index, actionId);
         }
     }
     return false;
@@ -233,14 +233,14 @@ bool ConsoleView::place(QString const& actionId)
 
 void ConsoleView::removeCurrent()
 {
-    if (m_console) {
-        m_console->remove(current());
+    if (watched) {
+        watched->remove(current());
     }
 }
 
 void ConsoleView::pressCurrent()
 {
-    if (auto* const key = m_console ? m_console->key(current()) : nullptr) {
+    if (auto* const key = watched ? watched->key(current()) : nullptr) {
         key->press();
     }
 }
@@ -249,7 +249,7 @@ void ConsoleView::showMenu(QPoint const& at)
 {
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    bool const taken = m_console && m_console->key(current());
+    bool const taken = watched && watched->key(current());
     menu->addAction(tr("Press"), this, &ConsoleView::pressCurrent)->setEnabled(taken);
     menu->addAction(tr("Remove"), this, &ConsoleView::removeCurrent)->setEnabled(taken);
     menu->popup(at);
@@ -268,7 +268,7 @@ void ConsoleView::setLed(QString const& function, bool lit)
 
 void ConsoleView::store(QSettings& settings) const
 {
-    settings.setValue(u"console/size"_s, QSize(m_columns, m_rows));
+    settings.setValue(u"console/size"_s, QSize(columnCount, rowCount));
     settings.setValue(u"console/current"_s, current());
 }
 

@@ -31,7 +31,7 @@ public:
     //! Shows \a console, whose keys may come and go, and which may go as well. \a labels: action id to name.
     void watch(Console& console, QHash<QString, QString> const& labels);
 
-    int current() const { return m_page * keysPerPage() + m_position; }
+    int current() const { return currentPage * keysPerPage() + currentPosition; }
     //! Turns to the page of key \a index.
     void setCurrent(int index);
     //! The focus goes to the current key.
@@ -54,7 +54,7 @@ signals:
     void arranged();
 
 private:
-    int keysPerPage() const { return m_columns * m_rows; }
+    int keysPerPage() const { return columnCount * rowCount; }
     int pageCount() const;
     void setSize(int columns, int rows);
     void setPage(int page);
@@ -67,13 +67,13 @@ private:
     void showMenu(QPoint const& at);
 
     std::unique_ptr<Ui::ConsoleView> ui;
-    QPointer<Console> m_console;
-    QHash<QString, QString> m_labels;
-    QGridLayout* m_grid;
+    QPointer<Console> watched;
+    QHash<QString, QString> actionLabels;
+    QGridLayout* grid;
     //! Grows and never shrinks: a view takes the faces that it has adopted with it.
-    std::vector<KeyView*> m_views;
-    int m_columns = 5;
-    int m_rows = 3;
-    int m_page = 0;
-    int m_position = 0;
+    std::vector<KeyView*> views;
+    int columnCount = 5;
+    int rowCount = 3;
+    int currentPage = 0;
+    int currentPosition = 0;
 };

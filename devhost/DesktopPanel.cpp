@@ -14,9 +14,9 @@ using namespace Qt::StringLiterals;
 DesktopPanel::DesktopPanel(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::DesktopPanel>())
 {
     ui->setupUi(this);
-    ui->listScenes->setModel(&m_scenes);
-    ui->listItems->setModel(&m_items);
-    ui->listAudio->setModel(&m_audio);
+    ui->listScenes->setModel(&scenes);
+    ui->listItems->setModel(&items);
+    ui->listAudio->setModel(&audio);
 
     ui->btnLive->setDefaultAction(ui->actLive);
     ui->btnRecord->setDefaultAction(ui->actRecord);
@@ -39,10 +39,10 @@ DesktopPanel::DesktopPanel(QWidget* parent) : QWidget(parent), ui(std::make_uniq
     offer(ui->listItems, {ui->actAddItem, ui->actRenameItem, ui->actRemoveItem});
     offer(ui->listAudio, {ui->actAddAudio, ui->actRenameAudio, ui->actRemoveAudio});
 
-    constexpr auto frame = std::chrono::milliseconds(16);
-    m_refreshing.setSingleShot(true);
-    m_refreshing.setInterval(frame);
-    m_refreshing.callOnTimeout(this, &DesktopPanel::refresh);
+    constexpr auto kFrame = std::chrono::milliseconds(16);
+    refreshing.setSingleShot(true);
+    refreshing.setInterval(kFrame);
+    refreshing.callOnTimeout(this, &DesktopPanel::refresh);
 }
 
 DesktopPanel::~DesktopPanel() = default;
@@ -51,7 +51,7 @@ void DesktopPanel::offer(QListView* list, QList<QAction*> const& actions)
 {
     // The style draws the boxes of the ticks a shade darker than this, which must differ from the ground.
     QPalette palette = list->palette();
-    palette.setColor(QPalette::Window, DarkTheme::faintText);
+    palette.setColor(QPalette::Window, DarkTheme::kFaintText);
     list->setPalette(palette);
     for (auto* const action : actions) {
         action->setShortcutContext(Qt::WidgetShortcut);
@@ -61,7 +61,7 @@ void DesktopPanel::offer(QListView* list, QList<QAction*> const& actions)
 
 void DesktopPanel::watch(DevHost& host)
 {
-    m_host = &host;
+    devHost = &host;
     if (!host.usesStandIn()) {
         ui->lblReal->setText(
             tr("A running Streamlabs Desktop is used, on port %1. Its own window shows what is "
@@ -88,7 +88,7 @@ void DesktopPanel::focusFirst()
 
 StandInModel& DesktopPanel::desktop() const
 {
-    return m_host->standIn().model();
+    return devHost->standIn().model();
 }
 
 void DesktopPanel::check(bool done)
@@ -112,14 +112,14 @@ void DesktopPanel::connectActions()
         refreshSoon();
     });
     connect(ui->actInterrupt, &QAction::triggered, this, [this] { check(desktop().interruptStream()); });
-    connect(ui->actRun, &QAction::triggered, this, [this] { run(!m_host->standIn().isRunning()); });
-    connect(ui->actDropLink, &QAction::triggered, this, [this] { m_host->standIn().drop(); });
+    connect(ui->actRun, &QAction::triggered, this, [this] { run(!devHost->standIn().isRunning()); });
+    connect(ui->actDropLink, &QAction::triggered, this, [this] { devHost->standIn().drop(); });
     connect(ui->actToken, &QAction::triggered, this, [this] {
         ui->edtToken->setFocus(Qt::ShortcutFocusReason);
         ui->edtToken->selectAll();
     });
     connect(ui->edtToken, &QLineEdit::editingFinished, this,
-        [this] { m_host->standIn().setToken(ui->edtToken->text()); });
+        [this] { devHost->standIn().setToken(ui->edtToken->text()); });
     connect(ui->actGenerate, &QAction::triggered, this, &DesktopPanel::generate);
     connect(ui->actDemo, &QAction::triggered, this,
         [this] { replaceContents([this] { desktop().loadDemo(); }); });
@@ -136,11 +136,11 @@ void DesktopPanel::connectActions()
     connect(ui->actAddAudio, &QAction::triggered, this, &DesktopPanel::addAudio);
     connect(ui->actSwitchScene, &QAction::triggered, this, &DesktopPanel::switchScene);
     connect(ui->actRemoveScene, &QAction::triggered, this,
-        [this] { check(desktop().removeScene(m_scenes.idAt(ui->listScenes->currentIndex()))); });
+        [this] { check(desktop().removeScene(scenes.idAt(ui->listScenes->currentIndex()))); });
     connect(ui->actRemoveItem, &QAction::triggered, this,
-        [this] { check(desktop().removeItem(m_items.idAt(ui->listItems->currentIndex()))); });
+        [this] { check(desktop().removeItem(items.idAt(ui->listItems->currentIndex()))); });
     connect(ui->actRemoveAudio, &QAction::triggered, this,
-        [this] { check(desktop().removeAudioSource(m_audio.idAt(ui->listAudio->currentIndex()))); });
+        [this] { check(desktop().removeAudioSource(audio.idAt(ui->listAudio->currentIndex()))); });
     auto const renames = [](QAction* action, QListView* list) {
         connect(action, &QAction::triggered, list, [list] {
             if (list->currentIndex().isValid()) {
@@ -158,26 +158,26 @@ void DesktopPanel::connectLists()
     connect(ui->listScenes, &QListView::activated, this, &DesktopPanel::switchScene);
     connect(ui->listScenes->selectionModel(), &QItemSelectionModel::currentChanged, this,
         [this](QModelIndex const& current) {
-            m_shownScene = current;
+            shownSceneIndex = current;
             refreshSoon();
         });
-    connect(&m_scenes, &EntryModel::renameAsked, this,
+    connect(&scenes, &EntryModel::renameAsked, this,
         [this](QString const& id, QString const& name) { check(desktop().renameScene(id, name)); });
-    connect(&m_items, &EntryModel::renameAsked, this,
+    connect(&items, &EntryModel::renameAsked, this,
         [this](QString const& id, QString const& name) { check(desktop().renameItem(id, name)); });
-    connect(&m_items, &EntryModel::tickAsked, this,
+    connect(&items, &EntryModel::tickAsked, this,
         [this](QString const& id, bool on) { check(desktop().setItemVisible(id, on)); });
-    connect(&m_audio, &EntryModel::renameAsked, this,
+    connect(&audio, &EntryModel::renameAsked, this,
         [this](QString const& id, QString const& name) { check(desktop().renameAudioSource(id, name)); });
-    connect(&m_audio, &EntryModel::tickAsked, this,
+    connect(&audio, &EntryModel::tickAsked, this,
         [this](QString const& id, bool on) { check(desktop().setMuted(id, on)); });
 }
 
 void DesktopPanel::run(bool on)
 {
     if (!on) {
-        m_host->standIn().stop();
-    } else if (!m_host->startStandIn()) {
+        devHost->standIn().stop();
+    } else if (!devHost->startStandIn()) {
         emit refused(tr("Another program has taken the port meanwhile."));
     }
     refreshSoon();
@@ -186,10 +186,10 @@ void DesktopPanel::run(bool on)
 // Clients learn of it as of a restart of the application, for there are no events for it.
 void DesktopPanel::replaceContents(std::function<void()> const& replace)
 {
-    bool const wasRunning = m_host->standIn().isRunning();
-    m_host->standIn().stop();
+    bool const wasRunning = devHost->standIn().isRunning();
+    devHost->standIn().stop();
     replace();
-    m_activeScene.clear();
+    activeScene.clear();
     if (wasRunning) {
         run(true);
     }
@@ -209,25 +209,25 @@ void DesktopPanel::generate()
 
 void DesktopPanel::addScene()
 {
-    check(desktop().addScene(tr("Scene %1").arg(m_scenes.rowCount() + 1)));
+    check(desktop().addScene(tr("Scene %1").arg(scenes.rowCount() + 1)));
     editLast(ui->listScenes);
 }
 
 void DesktopPanel::addItem()
 {
-    check(desktop().addItem(shownScene(), tr("Item %1").arg(m_items.rowCount() + 1)));
+    check(desktop().addItem(shownScene(), tr("Item %1").arg(items.rowCount() + 1)));
     editLast(ui->listItems);
 }
 
 void DesktopPanel::addAudio()
 {
-    check(desktop().addAudioSource(tr("Audio %1").arg(m_audio.rowCount() + 1)));
+    check(desktop().addAudioSource(tr("Audio %1").arg(audio.rowCount() + 1)));
     editLast(ui->listAudio);
 }
 
 void DesktopPanel::switchScene()
 {
-    check(desktop().switchScene(m_scenes.idAt(ui->listScenes->currentIndex())));
+    check(desktop().switchScene(scenes.idAt(ui->listScenes->currentIndex())));
 }
 
 void DesktopPanel::editLast(QListView* list)
@@ -246,31 +246,31 @@ void DesktopPanel::editLast(QListView* list)
 
 void DesktopPanel::refreshSoon()
 {
-    if (!m_refreshing.isActive()) { // not put off by what goes on changing
-        m_refreshing.start();
+    if (!refreshing.isActive()) { // not put off by what goes on changing
+        refreshing.start();
     }
 }
 
 void DesktopPanel::refresh()
 {
-    m_refreshing.stop();
-    if (!m_host || !m_host->usesStandIn()) {
+    refreshing.stop();
+    if (!devHost || !devHost->usesStandIn()) {
         return;
     }
     refreshOutputs();
     refreshCollections();
 
-    m_scenes.setEntries(desktop().sceneEntries());
-    if (QString const active = desktop().activeSceneId(); active != m_activeScene) {
-        m_activeScene = active;
-        ui->listScenes->setCurrentIndex(m_scenes.indexOf(active));
-    } else if (!m_shownScene.isValid()) {
-        ui->listScenes->setCurrentIndex(m_scenes.indexOf(active));
+    scenes.setEntries(desktop().sceneEntries());
+    if (QString const active = desktop().activeSceneId(); active != activeScene) {
+        activeScene = active;
+        ui->listScenes->setCurrentIndex(scenes.indexOf(active));
+    } else if (!shownSceneIndex.isValid()) {
+        ui->listScenes->setCurrentIndex(scenes.indexOf(active));
     }
-    m_items.setEntries(desktop().nodeEntries(shownScene()));
-    m_audio.setEntries(desktop().audioEntries());
+    items.setEntries(desktop().nodeEntries(shownScene()));
+    audio.setEntries(desktop().audioEntries());
     ui->lblItems->setText(
-        m_shownScene.isValid() ? tr("Shown in %1").arg(m_shownScene.data().toString()) : tr("Items"));
+        shownSceneIndex.isValid() ? tr("Shown in %1").arg(shownSceneIndex.data().toString()) : tr("Items"));
     ui->lblScenes->setText(desktop().isLoading() ? tr("Scenes are being loaded …") : tr("Scenes"));
 }
 
@@ -280,7 +280,7 @@ void DesktopPanel::showOutput(QToolButton* button, QLabel* label, QString const&
     button->defaultAction()->setChecked(on);
     QPalette palette;
     if (on) {
-        palette.setColor(QPalette::Button, DarkTheme::onAir);
+        palette.setColor(QPalette::Button, DarkTheme::kOnAir);
     }
     button->setPalette(palette);
     label->setText(status);
@@ -288,7 +288,7 @@ void DesktopPanel::showOutput(QToolButton* button, QLabel* label, QString const&
 
 void DesktopPanel::refreshOutputs()
 {
-    auto& standIn = m_host->standIn();
+    auto& standIn = devHost->standIn();
     QString const streaming = desktop().streamingStatus();
     QString const recording = desktop().recordingStatus();
     QString const offline = u"offline"_s;

@@ -64,15 +64,15 @@ private:
     //! Shows what was added, ready to get its name.
     void editLast(QListView* list);
     void check(bool done);
-    QString shownScene() const { return m_scenes.idAt(m_shownScene); }
+    QString shownScene() const { return scenes.idAt(shownSceneIndex); }
 
     std::unique_ptr<Ui::DesktopPanel> ui;
-    DevHost* m_host = nullptr;
-    EntryModel m_scenes{EntryModel::Mark::Active};
-    EntryModel m_items{EntryModel::Mark::Ticked};
-    EntryModel m_audio{EntryModel::Mark::Ticked};
+    DevHost* devHost = nullptr;
+    EntryModel scenes{EntryModel::Mark::Active};
+    EntryModel items{EntryModel::Mark::Ticked};
+    EntryModel audio{EntryModel::Mark::Ticked};
     //! The scene whose items are listed.
-    QPersistentModelIndex m_shownScene;
-    QString m_activeScene;
-    QTimer m_refreshing;
+    QPersistentModelIndex shownSceneIndex;
+    QString activeScene;
+    QTimer refreshing;
 };

@@ -14,14 +14,14 @@ DevHost::DevHost(QObject* parent) : QObject(parent)
 {
     // Queued, for who hears of it may stop the service that has just published.
     connect(
-        &m_relay, &RelayServer::published, this,
+        &relayServer, &RelayServer::published, this,
         [this](QString const& subject, QJsonObject const& payload) {
             if (subject == ZoRemoteSubjects::kSubjectStreamlabsResponse) {
                 emit publicationReceived(payload);
             }
         },
         Qt::QueuedConnection);
-    connect(&m_relay, &RelayServer::ledChanged, this, &DevHost::ledChanged, Qt::QueuedConnection);
+    connect(&relayServer, &RelayServer::ledChanged, this, &DevHost::ledChanged, Qt::QueuedConnection);
 }
 
 DevHost::~DevHost()
@@ -31,44 +31,44 @@ DevHost::~DevHost()
 
 bool DevHost::start(Options const& options)
 {
-    m_options = options;
+    startOptions = options;
     if (usesStandIn() && !startStandIn()) {
-        m_errorString = tr("The stand-in for Streamlabs Desktop cannot listen.");
+        problem = tr("The stand-in for Streamlabs Desktop cannot listen.");
         return false;
     }
-    if (!m_relay.listen()) {
-        m_errorString = tr("The relay cannot listen.");
+    if (!relayServer.listen()) {
+        problem = tr("The relay cannot listen.");
         return false;
     }
-    if (!m_plugin.load({options.pluginFile.isEmpty() ? builtPluginFile() : options.pluginFile, m_relay.port(),
-            options.configDir, options.language})) {
-        m_errorString = m_plugin.errorString();
+    if (!pluginHost.load({options.pluginFile.isEmpty() ? builtPluginFile() : options.pluginFile,
+            relayServer.port(), options.configDir, options.language})) {
+        problem = pluginHost.errorString();
         return false;
     }
 
-    m_console = std::make_unique<Console>(options.keepsKeys ? options.configDir : QString());
+    placedKeys = std::make_unique<Console>(options.keepsKeys ? options.configDir : QString());
 
-    ZoLumenProxy::getInstance().port = m_relay.port();
-    m_client = std::make_unique<ZoMixerPluginDelegate>();
-    connect(m_client.get(), &ZoMixerPluginDelegate::response, this, &DevHost::onClientMessage);
-    m_client->connectToServer();
+    ZoLumenProxy::getInstance().port = relayServer.port();
+    client = std::make_unique<ZoMixerPluginDelegate>();
+    connect(client.get(), &ZoMixerPluginDelegate::response, this, &DevHost::onClientMessage);
+    client->connectToServer();
     return true;
 }
 
 bool DevHost::stop()
 {
-    m_plugin.stopService();
-    m_client.reset();
-    m_console.reset();
-    return m_plugin.unload();
+    pluginHost.stopService();
+    client.reset();
+    placedKeys.reset();
+    return pluginHost.unload();
 }
 
 bool DevHost::startStandIn()
 {
-    if (!m_standIn.start(m_standInPort)) {
+    if (!streamlabs.start(standInPort)) {
         return false;
     }
-    m_standInPort = m_standIn.port();
+    standInPort = streamlabs.port();
     return true;
 }
 
@@ -76,35 +76,35 @@ void DevHost::sendTask(QString const& name, QJsonObject arguments)
 {
     arguments.insert("task"_L1, ZoRemoteCommands::kSlobsServiceTask);
     arguments.insert("event"_L1, name);
-    m_client->sendTextMessage(arguments);
+    client->sendTextMessage(arguments);
 }
 
 DevHost::Desktop DevHost::desktop() const
 {
-    return m_options.desktop.value_or(Desktop{m_standInPort, m_standIn.token()});
+    return startOptions.desktop.value_or(Desktop{standInPort, streamlabs.token()});
 }
 
 void DevHost::connectDesktop(QString const& token)
 {
-    m_plugin.connectDesktop(token.isEmpty() ? desktop().token : token, desktop().port);
+    pluginHost.connectDesktop(token.isEmpty() ? desktop().token : token, desktop().port);
 }
 
 void DevHost::reconnectDesktop(QString const& token)
 {
-    m_plugin.reconnectDesktop(token.isEmpty() ? desktop().token : token, desktop().port);
+    pluginHost.reconnectDesktop(token.isEmpty() ? desktop().token : token, desktop().port);
 }
 
 void DevHost::onClientMessage(QJsonObject const& message)
 {
     QString const task = message.value("task"_L1).toString();
     if (task == ZoRemoteCommands::kRegisterToServer) {
-        m_client->subscribeSubject(ZoRemoteSubjects::kSubjectStreamlabsResponse);
+        client->subscribeSubject(ZoRemoteSubjects::kSubjectStreamlabsResponse);
     } else if (task == ZoRemoteCommands::kSubscribeSubject) {
-        m_plugin.startService(m_relay, desktop().token, desktop().port);
-        m_console->setPackage(m_plugin.package()); // its keys ask the service at once
+        pluginHost.startService(relayServer, desktop().token, desktop().port);
+        placedKeys->setPackage(pluginHost.package()); // its keys ask the service at once
         emit ready();
     } else {
-        m_console->checkFacesSoon(); // the keys have heard it as well
+        placedKeys->checkFacesSoon(); // the keys have heard it as well
     }
 }
 

@@ -50,17 +50,17 @@ public:
 
     //! False when the library or the relay cannot be used; `errorString` says why.
     bool start(Options const& options);
-    QString errorString() const { return m_errorString; }
+    QString errorString() const { return problem; }
     //! Stops the service and unloads the package. False when the system kept the library in memory.
     bool stop();
 
-    RelayServer& relay() { return m_relay; }
-    PluginHost& plugin() { return m_plugin; }
+    RelayServer& relay() { return relayServer; }
+    PluginHost& plugin() { return pluginHost; }
     //! Exists once started, and has its keys when `ready`.
-    Console& console() { return *m_console; }
+    Console& console() { return *placedKeys; }
     //! Not running when a real Streamlabs Desktop is used.
-    StreamlabsStandIn& standIn() { return m_standIn; }
-    bool usesStandIn() const { return !m_options.desktop; }
+    StreamlabsStandIn& standIn() { return streamlabs; }
+    bool usesStandIn() const { return !startOptions.desktop; }
 
     //! Starts the stand-in again on the port that it had. False when the port was taken meanwhile.
     bool startStandIn();
@@ -86,12 +86,12 @@ signals:
 private:
     void onClientMessage(QJsonObject const& message);
 
-    Options m_options;
-    StreamlabsStandIn m_standIn;
-    quint16 m_standInPort = 0;
-    RelayServer m_relay;
-    PluginHost m_plugin;
-    std::unique_ptr<Console> m_console;
-    std::unique_ptr<ZoMixerPluginDelegate> m_client;
-    QString m_errorString;
+    Options startOptions;
+    StreamlabsStandIn streamlabs;
+    quint16 standInPort = 0;
+    RelayServer relayServer;
+    PluginHost pluginHost;
+    std::unique_ptr<Console> placedKeys;
+    std::unique_ptr<ZoMixerPluginDelegate> client;
+    QString problem;
 };

@@ -9,61 +9,62 @@
 
 #include <algorithm>
 
-EntryModel::EntryModel(Mark mark, QObject* parent) : QAbstractListModel(parent), m_mark(mark) {}
+EntryModel::EntryModel(Mark mark, QObject* parent) : QAbstractListModel(parent), rowMark(mark) {}
 
 void EntryModel::setEntries(QList<StandInModel::Entry> const& entries)
 {
     // What was added, removed or exchanged lies between the rows that both begin and both end with.
     auto const sameId = [](auto const& a, auto const& b) { return a.id == b.id; };
     auto const head =
-        std::mismatch(m_entries.cbegin(), m_entries.cend(), entries.cbegin(), entries.cend(), sameId);
-    qsizetype const first = head.first - m_entries.cbegin();
-    auto const tail = std::mismatch(
-        m_entries.crbegin(), m_entries.crend() - first, entries.crbegin(), entries.crend() - first, sameId);
-    qsizetype const same = tail.first - m_entries.crbegin();
+        std::mismatch(shownEntries.cbegin(), shownEntries.cend(), entries.cbegin(), entries.cend(), sameId);
+    qsizetype const first = head.first - shownEntries.cbegin();
+    auto const tail = std::mismatch(shownEntries.crbegin(), shownEntries.crend() - first, entries.crbegin(),
+        entries.crend() - first, sameId);
+    qsizetype const same = tail.first - shownEntries.crbegin();
 
-    if (qsizetype const gone = m_entries.size() - first - same; gone > 0) {
+    if (qsizetype const gone = shownEntries.size() - first - same; gone > 0) {
         beginRemoveRows({}, static_cast<int>(first), static_cast<int>(first + gone - 1));
-        m_entries.remove(first, gone);
+        shownEntries.remove(first, gone);
         endRemoveRows();
     }
     if (qsizetype const added = entries.size() - first - same; added > 0) {
         beginInsertRows({}, static_cast<int>(first), static_cast<int>(first + added - 1));
-        m_entries = m_entries.first(first) + entries.sliced(first, added) + m_entries.sliced(first);
+        shownEntries = shownEntries.first(first) + entries.sliced(first, added) + shownEntries.sliced(first);
         endInsertRows();
     }
 
-    auto const changed = std::mismatch(m_entries.cbegin(), m_entries.cend(), entries.cbegin());
-    if (changed.first == m_entries.cend()) {
+    auto const changed = std::mismatch(shownEntries.cbegin(), shownEntries.cend(), entries.cbegin());
+    if (changed.first == shownEntries.cend()) {
         return;
     }
-    auto const last = std::mismatch(m_entries.crbegin(), m_entries.crend(), entries.crbegin());
-    int const from = static_cast<int>(changed.first - m_entries.cbegin());
-    int const to = static_cast<int>(m_entries.crend() - last.first) - 1;
-    m_entries = entries;
+    auto const last = std::mismatch(shownEntries.crbegin(), shownEntries.crend(), entries.crbegin());
+    int const from = static_cast<int>(changed.first - shownEntries.cbegin());
+    int const to = static_cast<int>(shownEntries.crend() - last.first) - 1;
+    shownEntries = entries;
     emit dataChanged(index(from), index(to));
 }
 
 QString EntryModel::idAt(QModelIndex const& index) const
 {
-    return index.isValid() ? m_entries.at(index.row()).id : QString();
+    return index.isValid() ? shownEntries.at(index.row()).id : QString();
 }
 
 QModelIndex EntryModel::indexOf(QString const& id) const
 {
-    auto const entry = std::ranges::find(m_entries, id, &StandInModel::Entry::id);
-    return entry == m_entries.cend() ? QModelIndex() : index(static_cast<int>(entry - m_entries.cbegin()));
+    auto const entry = std::ranges::find(shownEntries, id, &StandInModel::Entry::id);
+    return entry == shownEntries.cend() ? QModelIndex()
+                                        : index(static_cast<int>(entry - shownEntries.cbegin()));
 }
 
 int EntryModel::rowCount(QModelIndex const& parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(m_entries.size());
+    return parent.isValid() ? 0 : static_cast<int>(shownEntries.size());
 }
 
 QVariant EntryModel::data(QModelIndex const& index, int role) const
 {
-    auto const& entry = m_entries.at(index.row());
-    bool const active = m_mark == Mark::Active && entry.on;
+    auto const& entry = shownEntries.at(index.row());
+    bool const active = rowMark == Mark::Active && entry.on;
     switch (role) {
     case Qt::DisplayRole:
         return entry.isFolder ? tr("▾ %1").arg(entry.name) : entry.name;
@@ -74,15 +75,15 @@ QVariant EntryModel::data(QModelIndex const& index, int role) const
                : entry.isFolder ? tr("%1, folder").arg(entry.name)
                                 : entry.name;
     case Qt::SizeHintRole: {
-        constexpr int padding = 6;
-        return QSize(0, QFontMetrics(QApplication::font()).height() + padding);
+        constexpr int kPadding = 6;
+        return QSize(0, QFontMetrics(QApplication::font()).height() + kPadding);
     }
     case Qt::CheckStateRole:
-        return m_mark == Mark::Ticked && !entry.isFolder ? QVariant(entry.on ? Qt::Checked : Qt::Unchecked)
-                                                         : QVariant();
+        return rowMark == Mark::Ticked && !entry.isFolder ? QVariant(entry.on ? Qt::Checked : Qt::Unchecked)
+                                                          : QVariant();
     case Qt::ForegroundRole:
-        return active           ? QVariant(DarkTheme::accent)
-               : entry.isFolder ? QVariant(DarkTheme::faintText)
+        return active           ? QVariant(DarkTheme::kAccent)
+               : entry.isFolder ? QVariant(DarkTheme::kFaintText)
                                 : QVariant();
     case Qt::FontRole: {
         QFont font;
@@ -96,7 +97,7 @@ QVariant EntryModel::data(QModelIndex const& index, int role) const
 
 bool EntryModel::setData(QModelIndex const& index, QVariant const& value, int role)
 {
-    auto const entry = m_entries.at(index.row()); // a copy: the answer may come while it is in use
+    auto const entry = shownEntries.at(index.row()); // a copy: the answer may come while it is in use
     if (role == Qt::EditRole && !value.toString().trimmed().isEmpty()) {
         emit renameAsked(entry.id, value.toString().trimmed());
         return true;
@@ -115,6 +116,6 @@ Qt::ItemFlags EntryModel::flags(QModelIndex const& index) const
     }
     auto const common =
         Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsEditable | Qt::ItemNeverHasChildren;
-    bool const ticks = m_mark == Mark::Ticked && !m_entries.at(index.row()).isFolder;
+    bool const ticks = rowMark == Mark::Ticked && !shownEntries.at(index.row()).isFolder;
     return ticks ? common | Qt::ItemIsUserCheckable : common;
 }

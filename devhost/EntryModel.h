@@ -33,6 +33,6 @@ signals:
     void tickAsked(QString const& id, bool on);
 
 private:
-    Mark m_mark;
-    QList<StandInModel::Entry> m_entries;
+    Mark rowMark;
+    QList<StandInModel::Entry> shownEntries;
 };

@@ -101,10 +101,10 @@ QString describe(QJsonObject const& payload)
 } // namespace
 
 EventReport::EventReport(Format format, bool verbose, QObject* parent)
-    : QObject(parent), m_format(format), m_verbose(verbose)
+    : QObject(parent), outputFormat(format), isVerbose(verbose)
 {
-    m_total.start();
-    m_step.start();
+    total.start();
+    currentStep.start();
     current = this;
     qInstallMessageHandler([](QtMsgType type, QMessageLogContext const& context, QString const& text) {
         current->onMessage(type, context, text);
@@ -122,7 +122,7 @@ void EventReport::watch(DevHost& host)
     connect(&host, &DevHost::publicationReceived, this, &EventReport::onPublication);
     connect(&host, &DevHost::ledChanged, this, &EventReport::onLed);
     connect(&host.relay(), &RelayServer::settingsPageRequested, this, [this](int page) {
-        if (m_format == Format::Json) {
+        if (outputFormat == Format::Json) {
             print(u"settings-page"_s, {{u"page"_s, page}});
         } else {
             tell(u"asks for the host's settings, page %1"_s.arg(page));
@@ -138,7 +138,7 @@ void EventReport::watch(Console& console)
             return;
         }
         auto const face = key->face();
-        if (m_format == Format::Json) {
+        if (outputFormat == Format::Json) {
             print(u"key"_s, {{u"index"_s, index}, {u"title"_s, face.title}, {u"invalid"_s, face.invalid}});
         } else {
             tell(u"%1  \"%2\"%3"_s.arg(u"key %1"_s.arg(index), -24)
@@ -155,7 +155,7 @@ void EventReport::watch(ScriptRunner& runner)
 
 void EventReport::onPublication(QJsonObject const& payload)
 {
-    if (m_format == Format::Json) {
+    if (outputFormat == Format::Json) {
         print(u"publication"_s, {{u"payload"_s, payload}});
     } else {
         tell(u"%1  %2"_s.arg(payload.value("task"_L1).toString(), -24).arg(describe(payload)));
@@ -163,27 +163,27 @@ void EventReport::onPublication(QJsonObject const& payload)
 
     if (payload.value("task"_L1) == QJsonValue(kQueryAuthStateResult)) {
         bool const linked = payload.value("authorized"_L1).toBool();
-        if (m_linked != linked && m_format == Format::Json) {
+        if (wasLinked != linked && outputFormat == Format::Json) {
             print(u"link"_s, {{u"connected"_s, linked}});
         }
-        m_linked = linked;
+        wasLinked = linked;
     }
 }
 
 void EventReport::onLed(QString const& app, QString const& function, bool on)
 {
-    if (m_format == Format::Json) {
+    if (outputFormat == Format::Json) {
         print(u"led"_s, {{u"app"_s, app}, {u"function"_s, function}, {u"on"_s, on}});
-    } else if (!m_leds.contains(function) || m_leds.value(function) != on) {
+    } else if (!leds.contains(function) || leds.value(function) != on) {
         tell(u"%1  %2"_s.arg(u"LED %1"_s.arg(function), -24).arg(on ? u"on"_s : u"off"_s));
     }
-    m_leds.insert(function, on);
+    leds.insert(function, on);
 }
 
 void EventReport::onStep(ScriptStep const& step)
 {
-    m_step.restart();
-    if (m_format == Format::Json) {
+    currentStep.restart();
+    if (outputFormat == Format::Json) {
         print(u"step"_s, {{u"line"_s, step.lineNumber}, {u"text"_s, step.text}});
     } else if (step.note) {
         print(u"\n%1"_s.arg(*step.note));
@@ -194,7 +194,7 @@ void EventReport::onStep(ScriptStep const& step)
 
 void EventReport::onHeld(ScriptStep const& step, int elapsedMs)
 {
-    if (m_format == Format::Json) {
+    if (outputFormat == Format::Json) {
         print(u"held"_s, {{u"line"_s, step.lineNumber}, {u"ms"_s, elapsedMs}});
     } else {
         tell(u"as expected"_s);
@@ -204,9 +204,9 @@ void EventReport::onHeld(ScriptStep const& step, int elapsedMs)
 void EventReport::onMessage(QtMsgType type, QMessageLogContext const& context, QString const& text)
 {
     QString const category = QString::fromUtf8(context.category);
-    if (m_format == Format::Json) {
+    if (outputFormat == Format::Json) {
         print(u"log"_s, {{u"level"_s, levelName(type)}, {u"category"_s, category}, {u"text"_s, text}});
-    } else if (m_verbose || category == QLatin1StringView(devHostLog().categoryName()) || isRefusal(text)) {
+    } else if (isVerbose || category == QLatin1StringView(devHostLog().categoryName()) || isRefusal(text)) {
         std::fflush(stdout);
         std::fprintf(stderr, "      %s: %s\n", qPrintable(levelName(type)), qPrintable(text));
     }
@@ -214,7 +214,7 @@ void EventReport::onMessage(QtMsgType type, QMessageLogContext const& context, Q
 
 void EventReport::note(QString const& text)
 {
-    if (m_format == Format::Json) {
+    if (outputFormat == Format::Json) {
         print(u"note"_s, {{u"text"_s, text}});
     } else {
         print(u"\n%1"_s.arg(text));
@@ -223,11 +223,11 @@ void EventReport::note(QString const& text)
 
 void EventReport::finish(int exitCode, int held, QString const& problem)
 {
-    if (m_format == Format::Json) {
+    if (outputFormat == Format::Json) {
         print(u"finished"_s, {{u"exit"_s, exitCode}, {u"held"_s, held}, {u"problem"_s, problem}});
     } else if (problem.isEmpty()) {
         print(u"\nDone: %1 expectations held in %2 s."_s.arg(held).arg(
-            static_cast<double>(m_total.elapsed()) / 1000, 0, 'f', 1));
+            static_cast<double>(total.elapsed()) / 1000, 0, 'f', 1));
     } else {
         std::fflush(stdout);
         std::fprintf(stderr, "\n%s\n", qPrintable(problem));
@@ -236,7 +236,7 @@ void EventReport::finish(int exitCode, int held, QString const& problem)
 
 void EventReport::tell(QString const& text)
 {
-    print(u"      %1 ms  %2"_s.arg(m_step.elapsed(), 5).arg(text));
+    print(u"      %1 ms  %2"_s.arg(currentStep.elapsed(), 5).arg(text));
 }
 
 void EventReport::print(QString const& line)

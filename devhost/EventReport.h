@@ -55,10 +55,10 @@ private:
     static void print(QString const& line);
     void print(QString const& event, QJsonObject members);
 
-    Format m_format;
-    bool m_verbose;
-    QElapsedTimer m_total;
-    QElapsedTimer m_step;
-    QHash<QString, bool> m_leds;
-    std::optional<bool> m_linked;
+    Format outputFormat;
+    bool isVerbose;
+    QElapsedTimer total;
+    QElapsedTimer currentStep;
+    QHash<QString, bool> leds;
+    std::optional<bool> wasLinked;
 };

@@ -8,7 +8,7 @@
 using namespace Qt::StringLiterals;
 
 HostSettingsDialog::HostSettingsDialog(DevHost& host, QWidget* parent)
-    : QDialog(parent), ui(std::make_unique<Ui::HostSettingsDialog>()), m_host(host)
+    : QDialog(parent), ui(std::make_unique<Ui::HostSettingsDialog>()), devHost(host)
 {
     ui->setupUi(this);
     ui->spinPort->setValue(host.desktop().port);
@@ -29,42 +29,42 @@ HostSettingsDialog::~HostSettingsDialog() = default;
 
 void HostSettingsDialog::connectDesktop()
 {
-    m_off = false;
-    m_host.plugin().connectDesktop(ui->edtToken->text(), ui->spinPort->value());
+    off = false;
+    devHost.plugin().connectDesktop(ui->edtToken->text(), ui->spinPort->value());
     showStatus();
 }
 
 void HostSettingsDialog::reconnectDesktop()
 {
-    m_off = false;
-    m_host.plugin().reconnectDesktop(ui->edtToken->text(), ui->spinPort->value());
+    off = false;
+    devHost.plugin().reconnectDesktop(ui->edtToken->text(), ui->spinPort->value());
     showStatus();
 }
 
 void HostSettingsDialog::disconnectDesktop()
 {
-    m_off = true;
-    m_host.plugin().disconnectDesktop();
+    off = true;
+    devHost.plugin().disconnectDesktop();
     showStatus();
 }
 
 void HostSettingsDialog::setLinked(bool linked)
 {
-    m_linked = linked;
+    hasLink = linked;
     showStatus();
 }
 
 QString HostSettingsDialog::status() const
 {
-    return m_linked ? tr("Linked to Streamlabs Desktop")
-           : m_off  ? tr("Disconnected")
-                    : tr("Not linked: not running, or wrong port or token");
+    return hasLink ? tr("Linked to Streamlabs Desktop")
+           : off   ? tr("Disconnected")
+                   : tr("Not linked: not running, or wrong port or token");
 }
 
 void HostSettingsDialog::showStatus()
 {
     QPalette palette = ui->lblStatus->palette();
-    palette.setColor(QPalette::WindowText, m_linked ? DarkTheme::good : DarkTheme::faintText);
+    palette.setColor(QPalette::WindowText, hasLink ? DarkTheme::kGood : DarkTheme::kFaintText);
     ui->lblStatus->setPalette(palette);
     ui->lblStatus->setText(status());
     emit statusChanged();

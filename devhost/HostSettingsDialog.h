@@ -20,7 +20,7 @@ public:
     explicit HostSettingsDialog(DevHost& host, QWidget* parent = nullptr);
     ~HostSettingsDialog() override;
 
-    bool isLinked() const { return m_linked; }
+    bool isLinked() const { return hasLink; }
     //! How the link stands, in words.
     QString status() const;
 
@@ -38,8 +38,8 @@ private:
     void showStatus();
 
     std::unique_ptr<Ui::HostSettingsDialog> ui;
-    DevHost& m_host;
-    bool m_linked = false;
+    DevHost& devHost;
+    bool hasLink = false;
     //! The user has taken the link down.
-    bool m_off = false;
+    bool off = false;
 };

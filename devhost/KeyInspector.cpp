@@ -27,33 +27,33 @@ void putIntoTabOrder(QWidget* before, QWidget& panel)
 } // namespace
 
 KeyInspector::KeyInspector(QWidget* parent)
-    : QScrollArea(parent), m_ground(new QWidget), m_hint(new QLabel(m_ground))
+    : QScrollArea(parent), ground(new QWidget), hint(new QLabel(ground))
 {
     setFrameShape(QFrame::NoFrame);
     setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     setFocusPolicy(Qt::NoFocus);
-    m_ground->setFixedSize(panelSize);
-    m_ground->setFocusPolicy(Qt::NoFocus);
-    m_hint->setObjectName(u"lblHint"_s);
-    m_hint->setGeometry(m_ground->rect());
-    m_hint->setAlignment(Qt::AlignCenter);
-    m_hint->setProperty("faint", true);
-    setWidget(m_ground);
+    ground->setFixedSize(kPanelSize);
+    ground->setFocusPolicy(Qt::NoFocus);
+    hint->setObjectName(u"lblHint"_s);
+    hint->setGeometry(ground->rect());
+    hint->setAlignment(Qt::AlignCenter);
+    hint->setProperty("faint", true);
+    setWidget(ground);
 }
 
 void KeyInspector::showKey(Console const& console, int index)
 {
     ConsoleKey const* const key = console.key(index);
     QWidget* const panel = key ? key->panelWidget() : nullptr;
-    if (m_panel && m_panel != panel) {
-        m_panel->hide();
+    if (shownPanel && shownPanel != panel) {
+        shownPanel->hide();
     }
-    m_panel = panel;
-    m_hint->setVisible(!panel);
-    m_hint->setText(key ? tr("The action on key %1 has no settings.").arg(index)
-                        : tr("Key %1 is free.\nDouble-click an action, or drag it onto a key.").arg(index));
+    shownPanel = panel;
+    hint->setVisible(!panel);
+    hint->setText(key ? tr("The action on key %1 has no settings.").arg(index)
+                      : tr("Key %1 is free.\nDouble-click an action, or drag it onto a key.").arg(index));
     if (panel) {
-        if (panel->parentWidget() != m_ground) {
+        if (panel->parentWidget() != ground) {
             adopt(panel);
         }
         panel->show();
@@ -62,12 +62,13 @@ void KeyInspector::showKey(Console const& console, int index)
 
 void KeyInspector::focusPanel()
 {
-    if (!m_panel) {
+    if (!shownPanel) {
         return;
     }
-    for (QWidget* next = m_panel->nextInFocusChain(); next != m_panel; next = next->nextInFocusChain()) {
+    for (QWidget* next = shownPanel->nextInFocusChain(); next != shownPanel;
+        next = next->nextInFocusChain()) {
         bool const takesKeys = next->isVisible() && next->isEnabled() && (next->focusPolicy() & Qt::TabFocus);
-        if (m_panel->isAncestorOf(next) && takesKeys) {
+        if (shownPanel->isAncestorOf(next) && takesKeys) {
             next->setFocus(Qt::TabFocusReason);
             ensureWidgetVisible(next);
             return;
@@ -77,7 +78,8 @@ void KeyInspector::focusPanel()
 
 void KeyInspector::focusTitle()
 {
-    if (auto* const title = m_panel ? m_panel->findChild<QLineEdit*>(u"lineEdtPluginTitle"_s) : nullptr) {
+    if (auto* const title =
+            shownPanel ? shownPanel->findChild<QLineEdit*>(u"lineEdtPluginTitle"_s) : nullptr) {
         title->setFocus(Qt::ShortcutFocusReason);
         title->selectAll();
         ensureWidgetVisible(title);
@@ -86,8 +88,8 @@ void KeyInspector::focusTitle()
 
 void KeyInspector::adopt(QWidget* panel)
 {
-    panel->setParent(m_ground);
-    panel->setGeometry(m_ground->rect());
+    panel->setParent(ground);
+    panel->setGeometry(ground->rect());
     putIntoTabOrder(previousInFocusChain(), *panel);
     // By signature, and only where it has them: a panel is known as a QWidget.
     QObject const* const frame = panel->findChild<QObject*>(u"base"_s);
@@ -100,12 +102,12 @@ void KeyInspector::adopt(QWidget* panel)
 
 void KeyInspector::onIconFolderChanging(QString& folder) const
 {
-    if (!m_iconFolder.isEmpty()) {
-        folder = m_iconFolder;
+    if (!pictureFolder.isEmpty()) {
+        folder = pictureFolder;
     }
 }
 
 void KeyInspector::onIconFolderChanged(QString const& folder)
 {
-    m_iconFolder = folder;
+    pictureFolder = folder;
 }

@@ -16,7 +16,7 @@ class KeyInspector : public QScrollArea
 
 public:
     //! Of a panel, px.
-    static constexpr QSize panelSize{832, 234};
+    static constexpr QSize kPanelSize{832, 234};
 
     explicit KeyInspector(QWidget* parent = nullptr);
 
@@ -27,10 +27,10 @@ public:
     void focusTitle();
 
     //! Where the user found the last icon; empty when never.
-    QString const& iconFolder() const { return m_iconFolder; }
-    void setIconFolder(QString const& folder) { m_iconFolder = folder; }
+    QString const& iconFolder() const { return pictureFolder; }
+    void setIconFolder(QString const& folder) { pictureFolder = folder; }
 
-    QSize sizeHint() const override { return panelSize; }
+    QSize sizeHint() const override { return kPanelSize; }
 
 signals:
     //! The user asked for the online icon builder.
@@ -43,8 +43,8 @@ private slots:
 private:
     void adopt(QWidget* panel);
 
-    QWidget* m_ground;
-    QLabel* m_hint;
-    QPointer<QWidget> m_panel;
-    QString m_iconFolder;
+    QWidget* ground;
+    QLabel* hint;
+    QPointer<QWidget> shownPanel;
+    QString pictureFolder;
 };

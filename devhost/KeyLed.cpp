@@ -19,23 +19,23 @@ KeyLed::KeyLed(QWidget* parent) : QWidget(parent)
 
 void KeyLed::setFunction(QString const& name)
 {
-    m_function = name;
-    setLit(m_lit);
+    current = name;
+    setLit(shining);
     updateGeometry();
 }
 
 void KeyLed::setLit(bool lit)
 {
-    m_lit = lit;
-    setAccessibleName(lit ? tr("LED %1, lit").arg(m_function) : tr("LED %1, dark").arg(m_function));
+    shining = lit;
+    setAccessibleName(lit ? tr("LED %1, lit").arg(current) : tr("LED %1, dark").arg(current));
     setToolTip(accessibleName());
     update();
 }
 
 QSize KeyLed::sizeHint() const
 {
-    return {kGlow + kGap + fontMetrics().horizontalAdvance(m_function) + kGap,
-        qMax(kGlow, fontMetrics().height())};
+    return {
+        kGlow + kGap + fontMetrics().horizontalAdvance(current) + kGap, qMax(kGlow, fontMetrics().height())};
 }
 
 void KeyLed::paintEvent([[maybe_unused]] QPaintEvent* event)
@@ -43,21 +43,21 @@ void KeyLed::paintEvent([[maybe_unused]] QPaintEvent* event)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     QPointF const centre(kGlow / 2.0, height() / 2.0);
-    if (m_lit) {
+    if (shining) {
         QRadialGradient glow(centre, kGlow / 2.0);
-        QColor edge = DarkTheme::lit;
+        QColor edge = DarkTheme::kLit;
         edge.setAlpha(0);
-        glow.setColorAt(0.4, DarkTheme::lit);
+        glow.setColorAt(0.4, DarkTheme::kLit);
         glow.setColorAt(1, edge);
         painter.setPen(Qt::NoPen);
         painter.setBrush(glow);
         painter.drawEllipse(centre, kGlow / 2.0, kGlow / 2.0);
-        painter.setBrush(DarkTheme::lit.lighter(140));
+        painter.setBrush(DarkTheme::kLit.lighter(140));
     } else {
-        painter.setPen(DarkTheme::outline.lighter(140));
-        painter.setBrush(DarkTheme::console);
+        painter.setPen(DarkTheme::kOutline.lighter(140));
+        painter.setBrush(DarkTheme::kConsole);
     }
     painter.drawEllipse(centre, kDot / 2.0, kDot / 2.0);
-    painter.setPen(m_lit ? DarkTheme::text : DarkTheme::faintText);
-    painter.drawText(rect().adjusted(kGlow + kGap, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, m_function);
+    painter.setPen(shining ? DarkTheme::kText : DarkTheme::kFaintText);
+    painter.drawText(rect().adjusted(kGlow + kGap, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, current);
 }

@@ -11,9 +11,9 @@ public:
     explicit KeyLed(QWidget* parent = nullptr);
 
     void setFunction(QString const& name);
-    QString const& function() const { return m_function; }
+    QString const& function() const { return current; }
     void setLit(bool lit);
-    bool isLit() const { return m_lit; }
+    bool isLit() const { return shining; }
 
     QSize sizeHint() const override;
 
@@ -21,6 +21,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QString m_function;
-    bool m_lit = false;
+    QString current;
+    bool shining = false;
 };

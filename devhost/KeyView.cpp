@@ -45,24 +45,24 @@ QString KeyView::keyMimeType()
 
 QSize KeyView::sizeHint() const
 {
-    return faceSize + QSize(2 * kMargin, 2 * kMargin);
+    return kFaceSize + QSize(2 * kMargin, 2 * kMargin);
 }
 
 void KeyView::setKey(int index, ConsoleKey* key, QString const& label)
 {
-    if (key != m_key || index != m_index) {
+    if (key != shownKey || index != position) {
         letGo(false);
     }
-    m_index = index;
-    m_key = key;
-    m_label = label;
+    position = index;
+    shownKey = key;
+    actionLabel = label;
     setObjectName(u"key%1"_s.arg(index));
 
     QWidget* const face = key ? key->faceWidget() : nullptr;
-    if (m_face && m_face != face && m_face->parentWidget() == this) {
-        m_face->hide();
+    if (shownFace && shownFace != face && shownFace->parentWidget() == this) {
+        shownFace->hide();
     }
-    m_face = face;
+    shownFace = face;
     if (face) {
         face->setParent(this);
         face->setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -75,43 +75,43 @@ void KeyView::setKey(int index, ConsoleKey* key, QString const& label)
 
 void KeyView::setCurrent(bool current)
 {
-    m_current = current;
+    isCurrent = current;
     setFocusPolicy(current ? Qt::StrongFocus : Qt::ClickFocus);
     update();
 }
 
 void KeyView::describe()
 {
-    if (!m_key) {
-        setAccessibleName(tr("Key %1, free").arg(m_index));
+    if (!shownKey) {
+        setAccessibleName(tr("Key %1, free").arg(position));
         setToolTip({});
         return;
     }
-    auto const face = m_key->face();
+    auto const face = shownKey->face();
     setAccessibleName((face.invalid ? tr("Key %1, %2: %3, invalid") : tr("Key %1, %2: %3"))
-            .arg(QString::number(m_index), m_label, face.title));
-    setToolTip(tr("Key %1: %2").arg(QString::number(m_index), m_label));
+            .arg(QString::number(position), actionLabel, face.title));
+    setToolTip(tr("Key %1: %2").arg(QString::number(position), actionLabel));
 }
 
 // ---- Pressing
 
 void KeyView::hold(int by)
 {
-    if (m_key && !isHeld()) {
-        m_heldBy = by;
-        m_key->keyDown();
+    if (shownKey && !isHeld()) {
+        heldBy = by;
+        shownKey->keyDown();
     }
 }
 
 void KeyView::letGo(bool triggers)
 {
-    if (std::exchange(m_heldBy, nothing) == nothing || !m_key) {
+    if (std::exchange(heldBy, kNothing) == kNothing || !shownKey) {
         return;
     }
     if (triggers) {
-        m_key->keyUp();
+        shownKey->keyUp();
     } else {
-        m_key->release();
+        shownKey->release();
     }
 }
 
@@ -119,13 +119,13 @@ void KeyView::mousePressEvent(QMouseEvent* event)
 {
     emit chosen();
     if (event->button() == Qt::LeftButton) {
-        hold(mouse);
+        hold(kMouse);
     }
 }
 
 void KeyView::mouseMoveEvent(QMouseEvent* event)
 {
-    if (m_heldBy == mouse && !rect().contains(event->position().toPoint())) {
+    if (heldBy == kMouse && !rect().contains(event->position().toPoint())) {
         letGo(false);
         startDrag();
     }
@@ -133,7 +133,7 @@ void KeyView::mouseMoveEvent(QMouseEvent* event)
 
 void KeyView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (m_heldBy == mouse && event->button() == Qt::LeftButton) {
+    if (heldBy == kMouse && event->button() == Qt::LeftButton) {
         letGo(rect().contains(event->position().toPoint()));
     }
 }
@@ -171,7 +171,7 @@ void KeyView::keyReleaseEvent(QKeyEvent* event)
 {
     if (!isPressKey(event->key())) {
         QWidget::keyReleaseEvent(event);
-    } else if (m_heldBy == event->key() && !event->isAutoRepeat()) {
+    } else if (heldBy == event->key() && !event->isAutoRepeat()) {
         letGo(true);
     }
 }
@@ -186,7 +186,7 @@ void KeyView::focusInEvent(QFocusEvent* event)
 void KeyView::focusOutEvent(QFocusEvent* event)
 {
     QWidget::focusOutEvent(event);
-    if (m_heldBy != mouse) {
+    if (heldBy != kMouse) {
         letGo(false); // the key of the keyboard will come up elsewhere
     }
     update();
@@ -209,15 +209,15 @@ void KeyView::contextMenuEvent(QContextMenuEvent* event)
 
 void KeyView::startDrag()
 {
-    if (!m_face) {
+    if (!shownFace) {
         return;
     }
     auto* const carried = new QMimeData;
-    carried->setData(keyMimeType(), QByteArray::number(m_index));
+    carried->setData(keyMimeType(), QByteArray::number(position));
     auto* const drag = new QDrag(this);
     drag->setMimeData(carried);
-    drag->setPixmap(m_face->grab());
-    drag->setHotSpot(m_face->rect().center());
+    drag->setPixmap(shownFace->grab());
+    drag->setHotSpot(shownFace->rect().center());
     drag->exec(Qt::MoveAction);
 }
 
@@ -257,7 +257,7 @@ void KeyView::dropEvent(QDropEvent* event)
 
 void KeyView::setDropTarget(bool target)
 {
-    m_dropTarget = target;
+    dropTarget = target;
     update();
 }
 
@@ -267,24 +267,24 @@ void KeyView::paintEvent([[maybe_unused]] QPaintEvent* event)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    constexpr qreal radius = 5;
-    if (!m_face) {
-        painter.setPen(DarkTheme::outline);
-        painter.setBrush(DarkTheme::freeKey);
+    constexpr qreal kRadius = 5;
+    if (!shownFace) {
+        painter.setPen(DarkTheme::kOutline);
+        painter.setBrush(DarkTheme::kFreeKey);
         painter.drawRoundedRect(
-            QRectF(rect()).adjusted(kMargin + 0.5, kMargin + 0.5, -kMargin - 0.5, -kMargin - 0.5), radius,
-            radius);
-        painter.setPen(DarkTheme::faintText.darker(170));
-        painter.drawText(rect(), Qt::AlignCenter, QString::number(m_index));
+            QRectF(rect()).adjusted(kMargin + 0.5, kMargin + 0.5, -kMargin - 0.5, -kMargin - 0.5), kRadius,
+            kRadius);
+        painter.setPen(DarkTheme::kFaintText.darker(170));
+        painter.drawText(rect(), Qt::AlignCenter, QString::number(position));
     }
-    if (m_current || m_dropTarget) {
-        bool const strong = hasFocus() || m_dropTarget;
-        QPen pen(strong ? DarkTheme::accent : DarkTheme::accent.darker(190), 2);
-        if (m_dropTarget) {
+    if (isCurrent || dropTarget) {
+        bool const strong = hasFocus() || dropTarget;
+        QPen pen(strong ? DarkTheme::kAccent : DarkTheme::kAccent.darker(190), 2);
+        if (dropTarget) {
             pen.setStyle(Qt::DashLine);
         }
         painter.setPen(pen);
         painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5), radius, radius);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1.5, 1.5, -1.5, -1.5), kRadius, kRadius);
     }
 }

@@ -16,16 +16,16 @@ class KeyView : public QWidget
 
 public:
     //! Of a key's face, px.
-    static constexpr QSize faceSize{150, 108};
+    static constexpr QSize kFaceSize{150, 108};
 
     explicit KeyView(QWidget* parent = nullptr);
 
     //! Shows key number \a index, which is free when \a key is null. \a label is its action's name.
     void setKey(int index, ConsoleKey* key, QString const& label);
-    int index() const { return m_index; }
+    int index() const { return position; }
     //! Framed; the Tab key leads to the current key only, and the arrow keys to the others.
     void setCurrent(bool current);
-    bool isHeld() const { return m_heldBy != nothing; }
+    bool isHeld() const { return heldBy != kNothing; }
     //! The face says something else now.
     void describe();
 
@@ -62,8 +62,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    static constexpr int nothing = -1;
-    static constexpr int mouse = 0;
+    static constexpr int kNothing = -1;
+    static constexpr int kMouse = 0;
 
     void hold(int by);
     void letGo(bool triggers);
@@ -71,12 +71,12 @@ private:
     static bool canTake(QDropEvent const* event);
     void setDropTarget(bool target);
 
-    int m_index = 0;
-    QPointer<ConsoleKey> m_key;
-    QPointer<QWidget> m_face;
-    QString m_label;
+    int position = 0;
+    QPointer<ConsoleKey> shownKey;
+    QPointer<QWidget> shownFace;
+    QString actionLabel;
     //! The mouse, a key of the keyboard, or nothing.
-    int m_heldBy = nothing;
-    bool m_current = false;
-    bool m_dropTarget = false;
+    int heldBy = kNothing;
+    bool isCurrent = false;
+    bool dropTarget = false;
 };

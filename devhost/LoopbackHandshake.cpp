@@ -9,52 +9,52 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // More than any browser or WebSocket library sends as the head of a request.
-constexpr qint64 mostHead = 16384;
+constexpr qint64 kMostHead = 16384;
 
 } // namespace
 
 LoopbackHandshake::LoopbackHandshake(QObject* parent) : QObject(parent)
 {
-    connect(&m_server, &QTcpServer::newConnection, this, &LoopbackHandshake::accept);
+    connect(&server, &QTcpServer::newConnection, this, &LoopbackHandshake::accept);
 }
 
 void LoopbackHandshake::setLimits(std::chrono::milliseconds patience, int mostUnfinished)
 {
-    m_patience = patience;
-    m_mostUnfinished = mostUnfinished;
+    timeLimit = patience;
+    unfinishedLimit = mostUnfinished;
 }
 
 void LoopbackHandshake::close()
 {
-    m_server.close();
+    server.close();
     drop();
 }
 
 void LoopbackHandshake::drop()
 {
-    while (!m_unfinished.isEmpty()) {
-        m_unfinished.takeFirst()->abort();
+    while (!unfinished.isEmpty()) {
+        unfinished.takeFirst()->abort();
     }
 }
 
 void LoopbackHandshake::accept()
 {
-    while (auto* const socket = m_server.nextPendingConnection()) {
+    while (auto* const socket = server.nextPendingConnection()) {
         socket->setParent(this);
         // A WebSocket frame leaves in two writes, and the second, like any small frame, would wait up to 40
         // ms for the client to acknowledge what came before.
         socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-        if (m_unfinished.size() >= m_mostUnfinished) {
-            m_unfinished.takeFirst()->abort();
+        if (unfinished.size() >= unfinishedLimit) {
+            unfinished.takeFirst()->abort();
         }
-        m_unfinished.append(socket);
+        unfinished.append(socket);
         connect(socket, &QTcpSocket::disconnected, this, [this, socket] {
-            m_unfinished.removeOne(socket);
+            unfinished.removeOne(socket);
             socket->deleteLater();
         });
         connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
-        QTimer::singleShot(m_patience, socket, [this, socket] {
-            if (m_unfinished.removeOne(socket)) {
+        QTimer::singleShot(timeLimit, socket, [this, socket] {
+            if (unfinished.removeOne(socket)) {
                 refuse(socket, "408 Request Timeout");
             }
         });
@@ -64,13 +64,13 @@ void LoopbackHandshake::accept()
 
 void LoopbackHandshake::read(QTcpSocket* socket)
 {
-    QByteArray const head = socket->peek(mostHead);
+    QByteArray const head = socket->peek(kMostHead);
     qsizetype const end = head.indexOf("\r\n\r\n");
-    if (end < 0 && head.size() < mostHead) {
+    if (end < 0 && head.size() < kMostHead) {
         return;
     }
     disconnect(socket, &QTcpSocket::readyRead, this, nullptr);
-    m_unfinished.removeOne(socket);
+    unfinished.removeOne(socket);
     QByteArray const problem = end < 0 ? "431 Request Header Fields Too Large" : problemOf(head.left(end));
     if (problem.isEmpty()) {
         emit requested(socket, head.left(head.indexOf("\r\n")));
@@ -81,20 +81,20 @@ void LoopbackHandshake::read(QTcpSocket* socket)
 
 QByteArray LoopbackHandshake::problemOf(QByteArray const& head) const
 {
-    constexpr auto malformed = "400 Bad Request";
+    constexpr auto kMalformed = "400 Bad Request";
     QStringList hosts;
     QStringList origins;
     QStringList const lines = QString::fromLatin1(head).split("\r\n"_L1);
     for (QString const& line : lines) {
         if (line.contains(u'\n') || line.contains(u'\r')) {
-            return malformed; // the upgrader would see two lines where this sees one
+            return kMalformed; // the upgrader would see two lines where this sees one
         }
     }
     for (QString const& line : lines.sliced(1)) {
         qsizetype const colon = line.indexOf(u':');
         QString const name = line.left(colon).toLower();
         if (colon < 1 || name != name.trimmed()) {
-            return malformed;
+            return kMalformed;
         }
         QString const value = line.mid(colon + 1).trimmed();
         if (name == "host"_L1) {

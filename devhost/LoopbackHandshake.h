@@ -31,13 +31,13 @@ public:
 
     //! Listens on 127.0.0.1; \a port 0 takes a free one. False when the port is taken or this listens
     //! already.
-    bool listen(quint16 port) { return m_server.listen(QHostAddress::LocalHost, port); }
+    bool listen(quint16 port) { return server.listen(QHostAddress::LocalHost, port); }
     //! Stops listening and drops the connections whose heads have not ended.
     void close();
-    bool isListening() const { return m_server.isListening(); }
+    bool isListening() const { return server.isListening(); }
     //! 0 while not listening.
-    quint16 port() const { return m_server.serverPort(); }
-    QString errorString() const { return m_server.errorString(); }
+    quint16 port() const { return server.serverPort(); }
+    QString errorString() const { return server.errorString(); }
 
     //! Drops the connections whose heads have not ended.
     void drop();
@@ -59,10 +59,10 @@ private:
     QByteArray problemOf(QByteArray const& head) const;
     bool isOurs(QString const& host) const;
 
-    QTcpServer m_server;
+    QTcpServer server;
     //! From the oldest on.
-    QList<QTcpSocket*> m_unfinished;
-    std::chrono::milliseconds m_patience = std::chrono::seconds{10};
+    QList<QTcpSocket*> unfinished;
+    std::chrono::milliseconds timeLimit = std::chrono::seconds{10};
     //! More than a console has keys, each of which connects, and they do so all at once.
-    int m_mostUnfinished = 512;
+    int unfinishedLimit = 512;
 };

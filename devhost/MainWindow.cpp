@@ -20,20 +20,20 @@ using namespace Qt::StringLiterals;
 MainWindow::MainWindow(DevHost& host, QString settingsFile, QWidget* parent)
     : QMainWindow(parent)
     , ui(std::make_unique<Ui::MainWindow>())
-    , m_host(host)
-    , m_console(host.console())
-    , m_settingsFile(std::move(settingsFile))
-    , m_settings(new HostSettingsDialog(host, this))
-    , m_link(new QLabel)
+    , devHost(host)
+    , console(host.console())
+    , settingsPath(std::move(settingsFile))
+    , hostSettings(new HostSettingsDialog(host, this))
+    , link(new QLabel)
 {
     ui->setupUi(this);
     ui->middle->setStretchFactor(0, 1);
     ui->middle->setStretchFactor(1, 0);
-    m_link->setObjectName(u"lblLink"_s);
-    constexpr auto soon = std::chrono::milliseconds(500);
-    m_storing.setSingleShot(true);
-    m_storing.setInterval(soon);
-    m_storing.callOnTimeout(this, &MainWindow::store);
+    link->setObjectName(u"lblLink"_s);
+    constexpr auto kSoon = std::chrono::milliseconds(500);
+    storing.setSingleShot(true);
+    storing.setInterval(kSoon);
+    storing.callOnTimeout(this, &MainWindow::store);
     connectHost();
     connectMenus();
     fill();
@@ -45,41 +45,41 @@ MainWindow::~MainWindow() = default;
 
 void MainWindow::fill()
 {
-    auto const actions = PackageActions::read(m_host.plugin());
+    auto const actions = PackageActions::read(devHost.plugin());
     QHash<QString, QString> labels;
     for (auto const& action : actions) {
         labels.insert(action.id, action.label);
-        m_actionIds.append(action.id);
+        actionIds.append(action.id);
     }
     ui->listActions->setActions(actions);
-    constexpr int margin = 3;
+    constexpr int kMargin = 3;
     auto* const about = new QLabel(tr("%1, relay on port %2")
-            .arg(PackageActions::packageLabel(m_host.plugin()))
-            .arg(m_host.relay().port()));
-    m_link->setMargin(margin);
-    about->setMargin(margin);
-    ui->statusbar->addWidget(m_link);
+            .arg(PackageActions::packageLabel(devHost.plugin()))
+            .arg(devHost.relay().port()));
+    link->setMargin(kMargin);
+    about->setMargin(kMargin);
+    ui->statusbar->addWidget(link);
     ui->statusbar->addPermanentWidget(about);
-    ui->desktop->watch(m_host);
-    ui->traffic->watch(m_host);
-    ui->console->watch(m_console, labels);
+    ui->desktop->watch(devHost);
+    ui->traffic->watch(devHost);
+    ui->console->watch(console, labels);
 }
 
 void MainWindow::connectHost()
 {
-    connect(&m_host, &DevHost::ready, this, &MainWindow::restoreConsole); // with the keys that came
-    connect(&m_host.relay(), &RelayServer::ledChanged, this,
+    connect(&devHost, &DevHost::ready, this, &MainWindow::restoreConsole); // with the keys that came
+    connect(&devHost.relay(), &RelayServer::ledChanged, this,
         [this](QString const&, QString const& function, bool on) { ui->console->setLed(function, on); });
-    connect(&m_host.relay(), &RelayServer::settingsPageRequested, this, &MainWindow::openSettings);
-    connect(m_settings, &HostSettingsDialog::statusChanged, this, &MainWindow::showLink);
-    connect(m_settings, &QDialog::finished, this, [this] {
+    connect(&devHost.relay(), &RelayServer::settingsPageRequested, this, &MainWindow::openSettings);
+    connect(hostSettings, &HostSettingsDialog::statusChanged, this, &MainWindow::showLink);
+    connect(hostSettings, &QDialog::finished, this, [this] {
         // A panel's gear goes when the link comes, and the focus must not fall on "Go live" for it.
-        if (m_focusBefore && !m_focusBefore->isVisible()) {
+        if (focusBefore && !focusBefore->isVisible()) {
             ui->inspector->focusPanel();
         }
     });
     connect(ui->console, &ConsoleView::currentChanged, this, &MainWindow::onCurrentKeyChanged);
-    connect(ui->console, &ConsoleView::arranged, this, [this] { m_storing.start(); });
+    connect(ui->console, &ConsoleView::arranged, this, [this] { storing.start(); });
     connect(ui->listActions, &ActionList::chosen, this, &MainWindow::place);
     connect(ui->desktop, &DesktopPanel::refused, this, &MainWindow::tell);
     connect(ui->inspector, &KeyInspector::iconBuilderAsked, this,
@@ -89,9 +89,9 @@ void MainWindow::connectHost()
 void MainWindow::connectMenus()
 {
     connect(ui->actSettings, &QAction::triggered, this, &MainWindow::openSettings);
-    connect(ui->actConnect, &QAction::triggered, m_settings, &HostSettingsDialog::connectDesktop);
-    connect(ui->actReconnect, &QAction::triggered, m_settings, &HostSettingsDialog::reconnectDesktop);
-    connect(ui->actDisconnect, &QAction::triggered, m_settings, &HostSettingsDialog::disconnectDesktop);
+    connect(ui->actConnect, &QAction::triggered, hostSettings, &HostSettingsDialog::connectDesktop);
+    connect(ui->actReconnect, &QAction::triggered, hostSettings, &HostSettingsDialog::reconnectDesktop);
+    connect(ui->actDisconnect, &QAction::triggered, hostSettings, &HostSettingsDialog::disconnectDesktop);
     connect(ui->actSavePicture, &QAction::triggered, this, &MainWindow::askForPicture);
     connect(ui->actQuit, &QAction::triggered, this, &QWidget::close);
 
@@ -103,7 +103,7 @@ void MainWindow::connectMenus()
     connect(ui->actRemove, &QAction::triggered, ui->console, &ConsoleView::removeCurrent);
     connect(ui->actPlace, &QAction::triggered, this, [this] { place(ui->listActions->currentAction()); });
     connect(ui->actPlaceAll, &QAction::triggered, this, [this] {
-        for (auto const& id : std::as_const(m_actionIds)) {
+        for (auto const& id : std::as_const(actionIds)) {
             place(id);
         }
     });
@@ -134,33 +134,34 @@ void MainWindow::place(QString const& actionId)
 
 void MainWindow::onCurrentKeyChanged(int index)
 {
-    bool const taken = m_console.key(index);
+    bool const taken = console.key(index);
     ui->actPress->setEnabled(taken);
     ui->actRemove->setEnabled(taken);
     ui->actEditTitle->setEnabled(taken);
-    ui->inspector->showKey(m_console, index);
+    ui->inspector->showKey(console, index);
 }
 
 void MainWindow::openSettings()
 {
-    m_focusBefore = focusWidget();
-    m_settings->show();
-    m_settings->raise();
-    m_settings->activateWindow();
+    focusBefore = focusWidget();
+    hostSettings->show();
+    hostSettings->raise();
+    hostSettings->activateWindow();
 }
 
 void MainWindow::showLink()
 {
-    QPalette palette = m_link->palette();
-    palette.setColor(QPalette::WindowText, m_settings->isLinked() ? DarkTheme::good : DarkTheme::faintText);
-    m_link->setPalette(palette);
-    m_link->setText(u"● "_s + m_settings->status());
+    QPalette palette = link->palette();
+    palette.setColor(
+        QPalette::WindowText, hostSettings->isLinked() ? DarkTheme::kGood : DarkTheme::kFaintText);
+    link->setPalette(palette);
+    link->setText(u"● "_s + hostSettings->status());
 }
 
 void MainWindow::tell(QString const& text)
 {
-    constexpr int readingTime = 8000;
-    ui->statusbar->showMessage(text, readingTime);
+    constexpr int kReadingTime = 8000;
+    ui->statusbar->showMessage(text, kReadingTime);
 }
 
 // ---- Pictures and keeping
@@ -190,16 +191,16 @@ void MainWindow::askForPicture()
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     store();
-    m_settings->close();
+    hostSettings->close();
     event->accept();
 }
 
 void MainWindow::store() const
 {
-    if (m_settingsFile.isEmpty()) {
+    if (settingsPath.isEmpty()) {
         return;
     }
-    QSettings settings(m_settingsFile, QSettings::IniFormat);
+    QSettings settings(settingsPath, QSettings::IniFormat);
     settings.setValue(u"window/geometry"_s, saveGeometry());
     settings.setValue(u"window/middle"_s, ui->middle->saveState());
     settings.setValue(u"inspector/iconFolder"_s, ui->inspector->iconFolder());
@@ -208,10 +209,10 @@ void MainWindow::store() const
 
 void MainWindow::restore()
 {
-    if (m_settingsFile.isEmpty()) {
+    if (settingsPath.isEmpty()) {
         return;
     }
-    QSettings const settings(m_settingsFile, QSettings::IniFormat);
+    QSettings const settings(settingsPath, QSettings::IniFormat);
     restoreGeometry(settings.value(u"window/geometry"_s).toByteArray());
     ui->middle->restoreState(settings.value(u"window/middle"_s).toByteArray());
     ui->inspector->setIconFolder(settings.value(u"inspector/iconFolder"_s).toString());
@@ -220,7 +221,7 @@ void MainWindow::restore()
 
 void MainWindow::restoreConsole()
 {
-    if (!m_settingsFile.isEmpty()) {
-        ui->console->restore(QSettings(m_settingsFile, QSettings::IniFormat));
+    if (!settingsPath.isEmpty()) {
+        ui->console->restore(QSettings(settingsPath, QSettings::IniFormat));
     }
 }

@@ -53,14 +53,14 @@ private:
     void restoreConsole();
 
     std::unique_ptr<Ui::MainWindow> ui;
-    DevHost& m_host;
-    Console& m_console;
-    QString m_settingsFile;
-    HostSettingsDialog* m_settings;
+    DevHost& devHost;
+    Console& console;
+    QString settingsPath;
+    HostSettingsDialog* hostSettings;
     //! When the settings were opened.
-    QPointer<QWidget> m_focusBefore;
-    QLabel* m_link;
-    QStringList m_actionIds;
+    QPointer<QWidget> focusBefore;
+    QLabel* link;
+    QStringList actionIds;
     //! The choices are stored soon after a change, for a program may end without being closed.
-    QTimer m_storing;
+    QTimer storing;
 };

@@ -22,7 +22,7 @@ class PluginHost : public QObject
 
 public:
     //! The version of the package interface that this host speaks.
-    static constexpr int sdkVersion = 4;
+    static constexpr int kSdkVersion = 4;
 
     struct Parameters
     {
@@ -46,15 +46,15 @@ public:
     //! Stops the service, deletes the package object and unloads the library. Action objects must be gone
     //! already. False when the system kept the library in memory.
     bool unload();
-    bool isLoaded() const { return m_package != nullptr; }
-    QString errorString() const { return m_errorString; }
+    bool isLoaded() const { return loadedPackage != nullptr; }
+    QString errorString() const { return problem; }
     //! Absolute path of the loaded library.
-    QString fileName() const { return m_library.fileName(); }
+    QString fileName() const { return library.fileName(); }
 
     //! Null while nothing is loaded. Owned here.
-    IBuiltInPackageLibrary* package() const { return m_package.get(); }
+    IBuiltInPackageLibrary* package() const { return loadedPackage.get(); }
     //! What the package calls its actions, by label key.
-    QMap<QString, QString> const& labels() const { return m_labels; }
+    QMap<QString, QString> const& labels() const { return labelTexts; }
 
     //! Starts the package's service on the \a relay, which must outlive it, for the Streamlabs Desktop at \a
     //! port.
@@ -69,8 +69,8 @@ private:
     bool fail(QString const& reason);
     void sendTask(QString const& name, QJsonObject const& payload);
 
-    QLibrary m_library;
-    std::unique_ptr<IBuiltInPackageLibrary> m_package;
-    QMap<QString, QString> m_labels;
-    QString m_errorString;
+    QLibrary library;
+    std::unique_ptr<IBuiltInPackageLibrary> loadedPackage;
+    QMap<QString, QString> labelTexts;
+    QString problem;
 };

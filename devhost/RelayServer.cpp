@@ -16,7 +16,7 @@ using namespace ZoRemoteCommands;
 namespace {
 
 //! Bytes of a message that a client sends, and of what it has been sent and does not read.
-constexpr qint64 most = 64LL * 1024 * 1024;
+constexpr qint64 kMost = 64LL * 1024 * 1024;
 
 QString compactText(QJsonObject const& message)
 {
@@ -26,15 +26,15 @@ QString compactText(QJsonObject const& message)
 } // namespace
 
 RelayServer::RelayServer(QObject* parent)
-    : QObject(parent), m_upgrader(u"LUMEN relay"_s, QWebSocketServer::NonSecureMode)
+    : QObject(parent), upgrader(u"LUMEN relay"_s, QWebSocketServer::NonSecureMode)
 {
-    connect(&m_handshake, &LoopbackHandshake::requested, &m_upgrader, &QWebSocketServer::handleConnection);
-    connect(&m_upgrader, &QWebSocketServer::newConnection, this, &RelayServer::acceptClients);
+    connect(&handshake, &LoopbackHandshake::requested, &upgrader, &QWebSocketServer::handleConnection);
+    connect(&upgrader, &QWebSocketServer::newConnection, this, &RelayServer::acceptClients);
 }
 
 RelayServer::~RelayServer()
 {
-    for (auto* client : std::as_const(m_clients)) {
+    for (auto* client : std::as_const(clients)) {
         client->disconnect(this);
         delete client; // before the server, which owns the TCP sockets as well
     }
@@ -42,8 +42,8 @@ RelayServer::~RelayServer()
 
 bool RelayServer::listen(quint16 port)
 {
-    if (!m_handshake.listen(port)) {
-        qCWarning(devHostLog) << "relay: cannot listen on port" << port << m_handshake.errorString();
+    if (!handshake.listen(port)) {
+        qCWarning(devHostLog) << "relay: cannot listen on port" << port << handshake.errorString();
         return false;
     }
     return true;
@@ -51,39 +51,39 @@ bool RelayServer::listen(quint16 port)
 
 void RelayServer::close()
 {
-    m_handshake.close();
-    for (auto* client : QList(m_clients)) {
+    handshake.close();
+    for (auto* client : QList(clients)) {
         client->close(QWebSocketProtocol::CloseCodeGoingAway);
     }
 }
 
 void RelayServer::drop()
 {
-    for (auto* client : QList(m_clients)) {
+    for (auto* client : QList(clients)) {
         client->abort();
     }
 }
 
 int RelayServer::subscriberCount(QString const& subject) const
 {
-    return static_cast<int>(m_subscribers.value(subject).size());
+    return static_cast<int>(subscribersOf.value(subject).size());
 }
 
 // ---- What services in the host's process call
 
 void RelayServer::addCommandHandler(QString const& command, CommandHandler handler)
 {
-    m_handlers[command] = std::move(handler);
+    handlers[command] = std::move(handler);
 }
 
 void RelayServer::removeCommandHandler(QString const& command)
 {
-    m_handlers.remove(command);
+    handlers.remove(command);
 }
 
 void RelayServer::publish(QString const& subject, QJsonObject const& payload)
 {
-    if (auto const subscribers = m_subscribers.value(subject); !subscribers.isEmpty()) {
+    if (auto const subscribers = subscribersOf.value(subject); !subscribers.isEmpty()) {
         QString const text = compactText(payload);
         for (auto* client : subscribers) {
             sendText(client, text);
@@ -106,35 +106,35 @@ void RelayServer::dispatchEvent(QJsonObject const& event)
 
 void RelayServer::acceptClients()
 {
-    while (auto* client = m_upgrader.nextPendingConnection()) {
+    while (auto* client = upgrader.nextPendingConnection()) {
         if (!client->isValid()) { // it went away during the upgrade
             delete client;        // before its TCP socket, which has its end coming
             continue;
         }
         client->setParent(this);
-        m_clients.append(client);
-        m_numbers.insert(client, ++m_lastNumber);
+        clients.append(client);
+        numbers.insert(client, ++lastNumber);
         connect(client, &QWebSocket::textMessageReceived, this,
             [this, client](QString const& text) { receive(client, text); });
         connect(client, &QWebSocket::binaryMessageReceived, this, [this, client](QByteArray const& bytes) {
             reject(client, QJsonValue::Undefined, u"not a text frame"_s, u"%1 bytes"_s.arg(bytes.size()));
         });
-        client->setMaxAllowedIncomingFrameSize(most);
-        client->setMaxAllowedIncomingMessageSize(most);
+        client->setMaxAllowedIncomingFrameSize(kMost);
+        client->setMaxAllowedIncomingMessageSize(kMost);
         connect(client, &QWebSocket::disconnected, this, [this, client] {
-            m_clients.removeOne(client);
-            int const number = m_numbers.take(client);
+            clients.removeOne(client);
+            int const number = numbers.take(client);
             if (client->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData) {
                 qCWarning(devHostLog)
                     << "relay: client" << number << "has ended over a message that was too large";
             }
-            for (auto& subscribers : m_subscribers) {
+            for (auto& subscribers : subscribersOf) {
                 subscribers.removeOne(client);
             }
             client->deleteLater();
             emit clientCountChanged();
         });
-        if (m_acknowledgesAtOnce) {
+        if (acknowledgesAtOnce) {
             send(client, {{u"task"_s, kRegisterToServer}, {u"success"_s, true}});
         }
         emit clientCountChanged();
@@ -144,7 +144,7 @@ void RelayServer::acceptClients()
 void RelayServer::receive(QWebSocket* client, QString const& text)
 {
     if (isSignalConnected(QMetaMethod::fromSignal(&RelayServer::messageReceived))) {
-        emit messageReceived(m_numbers.value(client), text);
+        emit messageReceived(numbers.value(client), text);
     }
     auto const document = QJsonDocument::fromJson(text.toUtf8());
     QJsonObject const command = document.object();
@@ -208,7 +208,7 @@ QString RelayServer::handle(QWebSocket* client, QJsonObject const& command)
             return u"no \"page\" in \"params\""_s;
         }
         emit settingsPageRequested(page.toInt());
-    } else if (auto const handler = m_handlers.value(task)) {
+    } else if (auto const handler = handlers.value(task)) {
         handler(client, command);
     } else {
         return u"unknown command"_s;
@@ -223,7 +223,7 @@ void RelayServer::subscribe(QWebSocket* client, QStringList const& subjects)
         return; // the host hears everything through the signals
     }
     for (auto const& subject : subjects) {
-        auto& subscribers = m_subscribers[subject];
+        auto& subscribers = subscribersOf[subject];
         if (!subscribers.contains(client)) {
             subscribers.append(client);
         }
@@ -232,7 +232,7 @@ void RelayServer::subscribe(QWebSocket* client, QStringList const& subjects)
 
 void RelayServer::sendToAll(QString const& text)
 {
-    for (auto* client : QList(m_clients)) {
+    for (auto* client : QList(clients)) {
         sendText(client, text);
     }
 }
@@ -244,12 +244,12 @@ void RelayServer::send(QWebSocket* client, QJsonObject const& message)
 
 void RelayServer::sendText(QWebSocket* client, QString const& text)
 {
-    int const number = m_numbers.value(client);
+    int const number = numbers.value(client);
     if (number == 0) {
         return; // whoever heard of what was sent before may have dropped it
     }
     client->sendTextMessage(text);
-    if (client->bytesToWrite() > most) {
+    if (client->bytesToWrite() > kMost) {
         qCWarning(devHostLog) << "relay: client" << number << "dropped, it does not read what it is sent";
         client->abort();
         return;

@@ -43,13 +43,13 @@ public:
     //! Closes every connection and stops listening. Handlers stay.
     void close();
     //! 0 while not listening.
-    quint16 port() const { return m_handshake.port(); }
-    int clientCount() const { return static_cast<int>(m_clients.size()); }
+    quint16 port() const { return handshake.port(); }
+    int clientCount() const { return static_cast<int>(clients.size()); }
     //! The number of clients that get what is published on \a subject.
     int subscriberCount(QString const& subject) const;
 
     //! Whether a new client is acknowledged at once (the default) or has to ask for it.
-    void setAcknowledgesAtOnce(bool atOnce) { m_acknowledgesAtOnce = atOnce; }
+    void setAcknowledgesAtOnce(bool atOnce) { acknowledgesAtOnce = atOnce; }
 
     void addCommandHandler(QString const& command, CommandHandler handler) override;
     void removeCommandHandler(QString const& command) override;
@@ -92,12 +92,12 @@ private:
     //! Nothing is sent to a client that is gone.
     void sendText(QWebSocket* client, QString const& text);
 
-    LoopbackHandshake m_handshake;
-    QWebSocketServer m_upgrader;
-    QList<QWebSocket*> m_clients;
-    QHash<QWebSocket*, int> m_numbers;
-    int m_lastNumber = 0;
-    QHash<QString, QList<QWebSocket*>> m_subscribers;
-    QHash<QString, CommandHandler> m_handlers;
-    bool m_acknowledgesAtOnce = true;
+    LoopbackHandshake handshake;
+    QWebSocketServer upgrader;
+    QList<QWebSocket*> clients;
+    QHash<QWebSocket*, int> numbers;
+    int lastNumber = 0;
+    QHash<QString, QList<QWebSocket*>> subscribersOf;
+    QHash<QString, CommandHandler> handlers;
+    bool acknowledgesAtOnce = true;
 };

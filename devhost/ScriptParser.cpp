@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int defaultWithinMs = 3000;
+constexpr int kDefaultWithinMs = 3000;
 
 // ---- Words
 
@@ -104,26 +104,26 @@ QString tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
 class Arguments
 {
 public:
-    explicit Arguments(QList<Token> tokens) : m_tokens(std::move(tokens)) {}
+    explicit Arguments(QList<Token> tokens) : left(std::move(tokens)) {}
 
-    bool atEnd() const { return m_tokens.isEmpty(); }
-    QString const& error() const { return m_error; }
+    bool atEnd() const { return left.isEmpty(); }
+    QString const& error() const { return problem; }
 
     void fail(QString const& error)
     {
-        if (m_error.isEmpty()) {
-            m_error = error;
+        if (problem.isEmpty()) {
+            problem = error;
         }
     }
 
     //! A word in the place called \a what. A place such as "on|off" takes one of its words only.
     QString word(QString const& what)
     {
-        if (atEnd() || m_tokens.first().object) {
+        if (atEnd() || left.first().object) {
             fail(u"%1 is missing"_s.arg(what));
             return {};
         }
-        QString word = m_tokens.takeFirst().text;
+        QString word = left.takeFirst().text;
         if (what.contains(u'|') && !what.split(u'|').contains(word)) {
             fail(u"\"%1\" is not %2"_s.arg(word, what));
         }
@@ -135,21 +135,21 @@ public:
 
     int withinIfAny()
     {
-        if (atEnd() || m_tokens.first().text != "within"_L1) {
-            return defaultWithinMs;
+        if (atEnd() || left.first().text != "within"_L1) {
+            return kDefaultWithinMs;
         }
-        m_tokens.removeFirst();
+        left.removeFirst();
         return milliseconds();
     }
 
     QJsonObject objectIfAny()
     {
-        return !atEnd() && m_tokens.first().object ? *m_tokens.takeFirst().object : QJsonObject();
+        return !atEnd() && left.first().object ? *left.takeFirst().object : QJsonObject();
     }
 
     QJsonObject object()
     {
-        if (atEnd() || !m_tokens.first().object) {
+        if (atEnd() || !left.first().object) {
             fail(u"JSON is missing"_s);
         }
         return objectIfAny();
@@ -176,8 +176,8 @@ private:
         return value;
     }
 
-    QList<Token> m_tokens;
-    QString m_error;
+    QList<Token> left;
+    QString problem;
 };
 
 // ---- Controls of the stand-in

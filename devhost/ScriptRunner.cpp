@@ -23,17 +23,17 @@ bool isOfKey(ScriptStep::Expectation const& expectation)
 QString excerpt(QJsonObject const& object)
 {
     QString const text = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
-    constexpr qsizetype longest = 400;
-    return text.size() <= longest ? text : text.left(longest) + u" …"_s;
+    constexpr qsizetype kLongest = 400;
+    return text.size() <= kLongest ? text : text.left(kLongest) + u" …"_s;
 }
 
 } // namespace
 
-ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), m_host(host)
+ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), devHost(host)
 {
-    m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, [this] {
-        ScriptStep const step = *std::exchange(m_current, std::nullopt);
+    timer.setSingleShot(true);
+    connect(&timer, &QTimer::timeout, this, [this] {
+        ScriptStep const step = *std::exchange(current, std::nullopt);
         if (step.expectation) {
             finish(Outcome::Failed,
                 u"line %1: %2\n%3"_s.arg(step.lineNumber).arg(step.text, whatCame(*step.expectation)));
@@ -41,32 +41,32 @@ ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), m_
             proceed();
         }
     });
-    constexpr int lookingInterval = 5;
-    m_looking.setInterval(lookingInterval);
-    m_looking.callOnTimeout(this, &ScriptRunner::check);
+    constexpr int kLookingInterval = 5;
+    looking.setInterval(kLookingInterval);
+    looking.callOnTimeout(this, &ScriptRunner::check);
 }
 
 // Not before the first step: who reports what came has connected by then, and tells it before what it led to.
 void ScriptRunner::listen()
 {
-    connect(&m_host, &DevHost::publicationReceived, this, [this](QJsonObject const& payload) {
+    connect(&devHost, &DevHost::publicationReceived, this, [this](QJsonObject const& payload) {
         // A list may be a megabyte, and a status is nothing: each kind has a bound of its own, so that no
         // list pushes out a status. What a script expects in turn is rarely further back than its last few
         // steps.
-        constexpr qsizetype mostLists = 50;
-        constexpr qsizetype mostOthers = 2000;
+        constexpr qsizetype kMostLists = 50;
+        constexpr qsizetype kMostOthers = 2000;
         bool const isList = payload.contains("list"_L1);
         auto const isAlike = [isList](
                                  QJsonObject const& known) { return known.contains("list"_L1) == isList; };
-        if (std::ranges::count_if(m_publications, isAlike) == (isList ? mostLists : mostOthers)) {
-            m_publications.erase(std::ranges::find_if(m_publications, isAlike));
+        if (std::ranges::count_if(publications, isAlike) == (isList ? kMostLists : kMostOthers)) {
+            publications.erase(std::ranges::find_if(publications, isAlike));
         }
-        m_publications.append(payload);
+        publications.append(payload);
         check();
     });
     connect(
-        &m_host, &DevHost::ledChanged, this, [this](QString const&, QString const& functionName, bool on) {
-            m_leds.insert(functionName, on);
+        &devHost, &DevHost::ledChanged, this, [this](QString const&, QString const& functionName, bool on) {
+            leds.insert(functionName, on);
             check();
         });
 }
@@ -75,25 +75,25 @@ void ScriptRunner::addLine(QString const& line, int lineNumber)
 {
     auto parsed = ScriptParser::parse(line, lineNumber);
     if (parsed.step || !parsed.error.isEmpty()) {
-        m_lines.enqueue({std::move(parsed), lineNumber});
+        lines.enqueue({std::move(parsed), lineNumber});
         proceed();
     }
 }
 
 void ScriptRunner::endOfScript()
 {
-    m_complete = true;
+    complete = true;
     proceed();
 }
 
 void ScriptRunner::start()
 {
-    if (!m_started) {
-        m_started = true;
+    if (!started) {
+        started = true;
         listen();
         if (auto const wrong =
-                std::ranges::find_if(m_lines, [](Line const& line) { return !line.parsed.step; });
-            wrong != m_lines.end()) {
+                std::ranges::find_if(lines, [](Line const& line) { return !line.parsed.step; });
+            wrong != lines.end()) {
             run(*wrong);
         }
     }
@@ -102,13 +102,13 @@ void ScriptRunner::start()
 
 void ScriptRunner::proceed()
 {
-    if (!m_started) {
+    if (!started) {
         return;
     }
-    while (!m_finished && !m_current && !m_lines.isEmpty()) {
-        run(m_lines.dequeue());
+    while (!hasFinished && !current && !lines.isEmpty()) {
+        run(lines.dequeue());
     }
-    if (!m_finished && !m_current && m_complete) {
+    if (!hasFinished && !current && complete) {
         finish(Outcome::Held);
     }
 }
@@ -122,21 +122,21 @@ void ScriptRunner::run(Line const& line)
     ScriptStep const& step = *line.parsed.step;
     emit stepStarted(step);
     if (step.action) {
-        if (QString const problem = step.action(m_host); !problem.isEmpty()) {
+        if (QString const problem = step.action(devHost); !problem.isEmpty()) {
             finish(Outcome::WrongScript, u"line %1: %2: %3"_s.arg(step.lineNumber).arg(step.text, problem));
             return;
         }
     }
     if (step.quit) {
-        m_quit = true;
+        quit = true;
         finish(Outcome::Held);
     } else if (step.expectation || step.waitMs) {
-        m_current = step;
-        m_since.start();
+        current = step;
+        since.start();
         if (step.expectation && isOfKey(*step.expectation)) {
-            m_looking.start();
+            looking.start();
         }
-        m_timer.start(step.expectation ? step.expectation->withinMs : *step.waitMs);
+        timer.start(step.expectation ? step.expectation->withinMs : *step.waitMs);
         settleIfMet();
     }
 }
@@ -150,53 +150,53 @@ void ScriptRunner::check()
 
 bool ScriptRunner::settleIfMet()
 {
-    if (!m_current || !m_current->expectation || !isMet(*m_current->expectation)) {
+    if (!current || !current->expectation || !isMet(*current->expectation)) {
         return false;
     }
-    m_timer.stop();
-    m_looking.stop();
-    ScriptStep const step = *std::exchange(m_current, std::nullopt);
-    ++m_held;
-    emit expectationHeld(step, static_cast<int>(m_since.elapsed()));
+    timer.stop();
+    looking.stop();
+    ScriptStep const step = *std::exchange(current, std::nullopt);
+    ++held;
+    emit expectationHeld(step, static_cast<int>(since.elapsed()));
     return true;
 }
 
 bool ScriptRunner::isMet(ScriptStep::Expectation const& expectation)
 {
     if (expectation.kind == ScriptStep::Expectation::Kind::Led) {
-        auto const led = m_leds.constFind(expectation.name);
-        return led != m_leds.constEnd() && *led == expectation.on;
+        auto const led = leds.constFind(expectation.name);
+        return led != leds.constEnd() && *led == expectation.on;
     }
     if (isOfKey(expectation)) {
-        ConsoleKey* const key = m_host.console().key(expectation.key);
+        ConsoleKey* const key = devHost.console().key(expectation.key);
         if (key) {
             key->checkFace(); // so that it is told before what it leads to
         }
         return key && jsonIncludes(keyState(expectation), expectation.members);
     }
-    auto const match = std::ranges::find_if(m_publications, [&expectation](QJsonObject const& payload) {
+    auto const match = std::ranges::find_if(publications, [&expectation](QJsonObject const& payload) {
         return payload.value("task"_L1) == expectation.name && jsonIncludes(payload, expectation.members);
     });
-    if (match == m_publications.end()) {
+    if (match == publications.end()) {
         return false;
     }
-    m_publications.erase(m_publications.begin(), std::next(match));
+    publications.erase(publications.begin(), std::next(match));
     return true;
 }
 
 QString ScriptRunner::whatCame(ScriptStep::Expectation const& expectation) const
 {
     if (expectation.kind == ScriptStep::Expectation::Kind::Led) {
-        return m_leds.contains(expectation.name)
-                   ? u"came: the LED is %1"_s.arg(m_leds.value(expectation.name) ? u"on"_s : u"off"_s)
+        return leds.contains(expectation.name)
+                   ? u"came: the LED is %1"_s.arg(leds.value(expectation.name) ? u"on"_s : u"off"_s)
                    : u"came: nothing for this LED"_s;
     }
     if (isOfKey(expectation)) {
-        return m_host.console().key(expectation.key) ? u"it is: %1"_s.arg(excerpt(keyState(expectation)))
-                                                     : u"there is nothing on that key"_s;
+        return devHost.console().key(expectation.key) ? u"it is: %1"_s.arg(excerpt(keyState(expectation)))
+                                                      : u"there is nothing on that key"_s;
     }
     QStringList others;
-    for (auto payload = m_publications.crbegin(); payload != m_publications.crend(); ++payload) {
+    for (auto payload = publications.crbegin(); payload != publications.crend(); ++payload) {
         QString const task = payload->value("task"_L1).toString();
         if (task == expectation.name) {
             return u"came last with this task: %1"_s.arg(excerpt(*payload));
@@ -211,7 +211,7 @@ QString ScriptRunner::whatCame(ScriptStep::Expectation const& expectation) const
 
 QJsonObject ScriptRunner::keyState(ScriptStep::Expectation const& expectation) const
 {
-    ConsoleKey const& key = *m_host.console().key(expectation.key);
+    ConsoleKey const& key = *devHost.console().key(expectation.key);
     if (expectation.kind == ScriptStep::Expectation::Kind::Settings) {
         return key.settings();
     }
@@ -225,8 +225,8 @@ QJsonObject ScriptRunner::keyState(ScriptStep::Expectation const& expectation) c
 
 void ScriptRunner::finish(Outcome outcome, QString const& problem)
 {
-    m_finished = true;
-    m_timer.stop();
-    m_looking.stop();
+    hasFinished = true;
+    timer.stop();
+    looking.stop();
     emit finished(outcome, problem);
 }

@@ -36,9 +36,9 @@ public:
     //! Begins, or goes on.
     void start();
 
-    int expectationsHeld() const { return m_held; }
+    int expectationsHeld() const { return held; }
     //! Whether the script itself ended the run.
-    bool hasQuit() const { return m_quit; }
+    bool hasQuit() const { return quit; }
 
 signals:
     void stepStarted(ScriptStep const& step);
@@ -66,21 +66,21 @@ private:
     QJsonObject keyState(ScriptStep::Expectation const& expectation) const;
     void finish(Outcome outcome, QString const& problem = {});
 
-    DevHost& m_host;
-    QQueue<Line> m_lines;
-    bool m_started = false;
-    bool m_complete = false;
-    bool m_finished = false;
-    bool m_quit = false;
+    DevHost& devHost;
+    QQueue<Line> lines;
+    bool started = false;
+    bool complete = false;
+    bool hasFinished = false;
+    bool quit = false;
     //! The step that time or an event must end.
-    std::optional<ScriptStep> m_current;
-    QElapsedTimer m_since;
-    QTimer m_timer;
+    std::optional<ScriptStep> current;
+    QElapsedTimer since;
+    QTimer timer;
     //! A key's face tells of no change while nobody sees it, so it is looked at while a step waits for it.
-    QTimer m_looking;
-    int m_held = 0;
+    QTimer looking;
+    int held = 0;
     //! What came since the last publication that was expected; of the lists the newest 50, of others 2000.
-    QList<QJsonObject> m_publications;
+    QList<QJsonObject> publications;
     //! LED function to whether it is lit.
-    QHash<QString, bool> m_leds;
+    QHash<QString, bool> leds;
 };

@@ -29,8 +29,8 @@ bool ScriptSource::read(QString const& file)
     }
 #ifdef Q_OS_UNIX
     // Not through a QFile: its reads wait until a whole buffer is there.
-    m_notifier = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, &ScriptSource::readAvailableInput);
+    notifier = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
+    connect(notifier.get(), &QSocketNotifier::activated, this, &ScriptSource::readAvailableInput);
     return true;
 #else
     QFile input;
@@ -51,7 +51,7 @@ void ScriptSource::readAvailableInput()
     if (count > 0) {
         take(QByteArray(buffer.data(), count));
     } else {
-        m_notifier->setEnabled(false);
+        notifier->setEnabled(false);
         end();
     }
 #endif
@@ -59,19 +59,19 @@ void ScriptSource::readAvailableInput()
 
 void ScriptSource::take(QByteArray const& bytes)
 {
-    m_incomplete += bytes;
-    for (auto end = m_incomplete.indexOf('\n'); end >= 0; end = m_incomplete.indexOf('\n')) {
-        QString const line = QString::fromUtf8(m_incomplete.constData(), end);
-        m_incomplete.remove(0, end + 1);
-        emit lineRead(line, ++m_lineNumber);
+    incomplete += bytes;
+    for (auto end = incomplete.indexOf('\n'); end >= 0; end = incomplete.indexOf('\n')) {
+        QString const line = QString::fromUtf8(incomplete.constData(), end);
+        incomplete.remove(0, end + 1);
+        emit lineRead(line, ++lineNumber);
     }
 }
 
 void ScriptSource::end()
 {
-    if (!m_incomplete.isEmpty()) {
-        emit lineRead(QString::fromUtf8(m_incomplete), ++m_lineNumber);
-        m_incomplete.clear();
+    if (!incomplete.isEmpty()) {
+        emit lineRead(QString::fromUtf8(incomplete), ++lineNumber);
+        incomplete.clear();
     }
     emit ended();
 }

@@ -31,7 +31,7 @@ private:
     void take(QByteArray const& bytes);
     void end();
 
-    QByteArray m_incomplete;
-    int m_lineNumber = 0;
-    std::unique_ptr<QSocketNotifier> m_notifier;
+    QByteArray incomplete;
+    int lineNumber = 0;
+    std::unique_ptr<QSocketNotifier> notifier;
 };

@@ -55,10 +55,10 @@ std::optional<QStringList> messagesOf(QString const& frame)
 } // namespace
 
 SockJsServer::SockJsServer(QObject* parent)
-    : QObject(parent), m_upgrader(u"SockJS"_s, QWebSocketServer::NonSecureMode)
+    : QObject(parent), upgrader(u"SockJS"_s, QWebSocketServer::NonSecureMode)
 {
-    connect(&m_handshake, &LoopbackHandshake::requested, this, &SockJsServer::answerRequest);
-    connect(&m_upgrader, &QWebSocketServer::newConnection, this, &SockJsServer::acceptWebSockets);
+    connect(&handshake, &LoopbackHandshake::requested, this, &SockJsServer::answerRequest);
+    connect(&upgrader, &QWebSocketServer::newConnection, this, &SockJsServer::acceptWebSockets);
 }
 
 SockJsServer::~SockJsServer()
@@ -69,16 +69,16 @@ SockJsServer::~SockJsServer()
 
 bool SockJsServer::listen(quint16 port)
 {
-    if (m_handshake.listen(port)) {
+    if (handshake.listen(port)) {
         return true;
     }
-    qCWarning(devHostLog) << "the stand-in cannot listen on port" << port << m_handshake.errorString();
+    qCWarning(devHostLog) << "the stand-in cannot listen on port" << port << handshake.errorString();
     return false;
 }
 
 void SockJsServer::close()
 {
-    m_handshake.close();
+    handshake.close();
     for (int const client : clients()) {
         sendFrame(client, u"c[3000,\"Go away!\"]"_s);
         if (QWebSocket* webSocket = forget(client)) {
@@ -95,22 +95,22 @@ void SockJsServer::drop()
             webSocket->abort();
         }
     }
-    m_handshake.drop();
+    handshake.drop();
     // A copy: each abort takes its socket out of the set.
-    for (QSet<QTcpSocket*> const sockets = m_notUpgraded; QTcpSocket * socket : sockets) {
-        socket->disconnect(&m_upgrader); // which would read the request next
+    for (QSet<QTcpSocket*> const sockets = notUpgraded; QTcpSocket * socket : sockets) {
+        socket->disconnect(&upgrader); // which would read the request next
         socket->abort();
     }
 }
 
 bool SockJsServer::isListening() const
 {
-    return m_handshake.isListening();
+    return handshake.isListening();
 }
 
 quint16 SockJsServer::port() const
 {
-    return m_handshake.port();
+    return handshake.port();
 }
 
 void SockJsServer::send(int client, QString const& message)
@@ -125,8 +125,8 @@ void SockJsServer::sendBacklog(int client, QStringList const& messages)
 
 void SockJsServer::setHeartbeatInterval(std::chrono::milliseconds interval)
 {
-    m_heartbeatInterval = interval;
-    for (Client const& client : std::as_const(m_clients)) {
+    heartbeatInterval = interval;
+    for (Client const& client : std::as_const(clientsById)) {
         if (interval.count() > 0) {
             client.heartbeat->start(interval);
         } else {
@@ -137,13 +137,13 @@ void SockJsServer::setHeartbeatInterval(std::chrono::milliseconds interval)
 
 void SockJsServer::sendRawFrame(QString const& frame)
 {
-    auto const clients = m_clients; // who hears of a frame may drop some of them
+    auto const clients = clientsById; // who hears of a frame may drop some of them
     std::for_each(clients.keyBegin(), clients.keyEnd(), [&](int client) { sendFrame(client, frame); });
 }
 
 void SockJsServer::sendRawBytes(QByteArray const& bytes)
 {
-    for (Client const& client : std::as_const(m_clients)) {
+    for (Client const& client : std::as_const(clientsById)) {
         if (client.tcpSocket->isWritable()) { // one that has said goodbye is still here until all is written
             client.tcpSocket->write(bytes);
         }
@@ -152,36 +152,36 @@ void SockJsServer::sendRawBytes(QByteArray const& bytes)
 
 void SockJsServer::answerRequest(QTcpSocket* socket, QByteArray const& requestLine)
 {
-    m_notUpgraded.insert(socket);
-    connect(socket, &QTcpSocket::disconnected, this, [this, socket] { m_notUpgraded.remove(socket); });
-    if (m_answer == Handshake::NeverAnswer) {
+    notUpgraded.insert(socket);
+    connect(socket, &QTcpSocket::disconnected, this, [this, socket] { notUpgraded.remove(socket); });
+    if (answer == Handshake::NeverAnswer) {
         return;
     }
-    if (m_answer == Handshake::NotFound || !isEndpoint(requestLine)) {
+    if (answer == Handshake::NotFound || !isEndpoint(requestLine)) {
         LoopbackHandshake::refuse(socket, "404 Not Found");
     } else {
-        m_upgrader.handleConnection(socket);
+        upgrader.handleConnection(socket);
     }
 }
 
 void SockJsServer::acceptWebSockets()
 {
-    while (QWebSocket* webSocket = m_upgrader.nextPendingConnection()) {
+    while (QWebSocket* webSocket = upgrader.nextPendingConnection()) {
         // The WebSocket does not tell its TCP socket, but on the loopback interface the port of the peer
         // does.
-        auto const tcpSocket = std::find_if(m_notUpgraded.cbegin(), m_notUpgraded.cend(),
+        auto const tcpSocket = std::find_if(notUpgraded.cbegin(), notUpgraded.cend(),
             [webSocket](QTcpSocket const* socket) { return socket->peerPort() == webSocket->peerPort(); });
-        if (tcpSocket == m_notUpgraded.cend()) { // it went away during the upgrade
-            delete webSocket;                    // before its TCP socket, which has its end coming
+        if (tcpSocket == notUpgraded.cend()) { // it went away during the upgrade
+            delete webSocket;                  // before its TCP socket, which has its end coming
             continue;
         }
 
-        int const id = ++m_lastClient;
+        int const id = ++lastClient;
         Client const client{webSocket, *tcpSocket, new QTimer(webSocket)};
-        m_notUpgraded.erase(tcpSocket);
+        notUpgraded.erase(tcpSocket);
         client.tcpSocket->disconnect(this);
         client.tcpSocket->setParent(webSocket);
-        m_clients.insert(id, client);
+        clientsById.insert(id, client);
 
         webSocket->setMaxAllowedIncomingFrameSize(kMaxClientFrame);
         webSocket->setMaxAllowedIncomingMessageSize(kMaxClientFrame);
@@ -197,8 +197,8 @@ void SockJsServer::acceptWebSockets()
             gone->deleteLater();
         });
         connect(client.heartbeat, &QTimer::timeout, this, [this, id] { sendFrame(id, u"h"_s); });
-        if (m_heartbeatInterval.count() > 0) {
-            client.heartbeat->start(m_heartbeatInterval);
+        if (heartbeatInterval.count() > 0) {
+            client.heartbeat->start(heartbeatInterval);
         }
 
         emit clientConnected(id);
@@ -218,7 +218,7 @@ void SockJsServer::receiveFrame(int client, QString const& frame)
         return;
     }
     for (QString const& message : *messages) {
-        if (m_clients.contains(client)) { // a receiver may drop the connection
+        if (clientsById.contains(client)) { // a receiver may drop the connection
             emit messageReceived(client, message);
         }
     }
@@ -226,8 +226,8 @@ void SockJsServer::receiveFrame(int client, QString const& frame)
 
 void SockJsServer::sendFrame(int client, QString const& frame)
 {
-    auto const found = m_clients.constFind(client);
-    if (found == m_clients.cend()) {
+    auto const found = clientsById.constFind(client);
+    if (found == clientsById.cend()) {
         return;
     }
     found->webSocket->sendTextMessage(frame);
@@ -246,11 +246,11 @@ void SockJsServer::breakOff(int client)
 // already, which a receiver of our signals may have brought about.
 QWebSocket* SockJsServer::forget(int client)
 {
-    QWebSocket* const webSocket = m_clients.value(client).webSocket;
+    QWebSocket* const webSocket = clientsById.value(client).webSocket;
     if (!webSocket) {
         return nullptr;
     }
-    m_clients.take(client).heartbeat->stop();
+    clientsById.take(client).heartbeat->stop();
     webSocket->disconnect(this);
     connect(webSocket, &QWebSocket::disconnected, webSocket, &QObject::deleteLater);
     emit clientDisconnected(client);

@@ -58,8 +58,8 @@ public:
     bool isListening() const;
     //! The port, 0 while not listening.
     quint16 port() const;
-    QList<int> clients() const { return m_clients.keys(); }
-    int clientCount() const { return static_cast<int>(m_clients.size()); }
+    QList<int> clients() const { return clientsById.keys(); }
+    int clientCount() const { return static_cast<int>(clientsById.size()); }
 
     //! Sends one message in a frame of its own. An unknown \a client is ignored.
     void send(int client, QString const& message);
@@ -72,7 +72,7 @@ public:
     //! \name Faults
     //!@{
     //! For the connections that come from now on; a connection left unanswered stays so.
-    void setHandshake(Handshake handshake) { m_answer = handshake; }
+    void setHandshake(Handshake wanted) { answer = wanted; }
     //! Sends \a frame as the text of one WebSocket message to every client, whatever it holds.
     void sendRawFrame(QString const& frame);
     //! Writes \a bytes between two WebSocket frames of every client's TCP connection.
@@ -106,11 +106,11 @@ private:
     void breakOff(int client);
     QWebSocket* forget(int client);
 
-    LoopbackHandshake m_handshake;
-    QWebSocketServer m_upgrader;
-    QSet<QTcpSocket*> m_notUpgraded;
-    QMap<int, Client> m_clients;
-    int m_lastClient = 0;
-    Handshake m_answer = Handshake::Answer;
-    std::chrono::milliseconds m_heartbeatInterval = std::chrono::seconds{25};
+    LoopbackHandshake handshake;
+    QWebSocketServer upgrader;
+    QSet<QTcpSocket*> notUpgraded;
+    QMap<int, Client> clientsById;
+    int lastClient = 0;
+    Handshake answer = Handshake::Answer;
+    std::chrono::milliseconds heartbeatInterval = std::chrono::seconds{25};
 };

@@ -45,14 +45,14 @@ QJsonObject idAndName(Named const& named)
 
 StandInModel::StandInModel(QObject* parent) : QObject(parent)
 {
-    m_streaming.event = StandInEvents::kStreamingStatusChange;
-    m_recording.event = StandInEvents::kRecordingStatusChange;
-    for (Output* output : {&m_streaming, &m_recording}) {
+    streaming.event = StandInEvents::kStreamingStatusChange;
+    recording.event = StandInEvents::kRecordingStatusChange;
+    for (Output* output : {&streaming, &recording}) {
         output->timer.setSingleShot(true);
         connect(&output->timer, &QTimer::timeout, this, [this, output] { enter(*output, output->upcoming); });
     }
-    m_loading.setSingleShot(true);
-    connect(&m_loading, &QTimer::timeout, this, &StandInModel::finishLoading);
+    loading.setSingleShot(true);
+    connect(&loading, &QTimer::timeout, this, &StandInModel::finishLoading);
     loadDemo();
 }
 
@@ -94,7 +94,7 @@ void StandInModel::loadDemo()
         newItem(show, guests, source(u"Gäste – Vídeo"_s, u"ndi_source"_s));
 
         newItem(show, newScene(show, u"配信終了"_s), source(u"Credits"_s, u"text_gdiplus"_s));
-        m_collectionId = show.id;
+        currentCollectionId = show.id;
     }
     {
         Collection& podcast = newCollection(u"Podcast 🎙"_s);
@@ -120,17 +120,17 @@ void StandInModel::generate(int scenes, int itemsPerScene, int audioSources)
     for (int a = 1; a <= audioSources; ++a) {
         newDevice(collection, u"Audio %1"_s.arg(a));
     }
-    m_collectionId = collection.id;
+    currentCollectionId = collection.id;
     emit changed();
 }
 
 void StandInModel::clear()
 {
-    m_loading.stop();
-    m_heldEvents.clear();
-    m_collections.clear();
-    m_lastId = 0;
-    for (Output* output : {&m_streaming, &m_recording}) {
+    loading.stop();
+    heldEvents.clear();
+    allCollections.clear();
+    lastId = 0;
+    for (Output* output : {&streaming, &recording}) {
         output->timer.stop();
         output->upcoming.clear();
         output->status = kOffline;
@@ -140,12 +140,12 @@ void StandInModel::clear()
 
 QString StandInModel::newId(QString const& prefix)
 {
-    return prefix + u"00000000-0000-4000-8000-%1"_s.arg(++m_lastId, 12, 16, QLatin1Char('0'));
+    return prefix + u"00000000-0000-4000-8000-%1"_s.arg(++lastId, 12, 16, QLatin1Char('0'));
 }
 
 StandInModel::Collection& StandInModel::newCollection(QString const& name)
 {
-    Collection& collection = m_collections.emplace_back();
+    Collection& collection = allCollections.emplace_back();
     collection.id = newId();
     collection.name = name;
     return collection;
@@ -338,10 +338,10 @@ StandInModel::Source StandInModel::Collection::takeSource(QString const& sourceI
 
 QJsonObject StandInModel::streamingModel() const
 {
-    QString const streamingSince = m_streaming.since.toString(Qt::ISODateWithMs);
-    QString const recordingSince = m_recording.since.toString(Qt::ISODateWithMs);
-    return {{u"streamingStatus"_s, m_streaming.status}, {u"streamingStatusTime"_s, streamingSince},
-        {u"recordingStatus"_s, m_recording.status}, {u"recordingStatusTime"_s, recordingSince},
+    QString const streamingSince = streaming.since.toString(Qt::ISODateWithMs);
+    QString const recordingSince = recording.since.toString(Qt::ISODateWithMs);
+    return {{u"streamingStatus"_s, streaming.status}, {u"streamingStatusTime"_s, streamingSince},
+        {u"recordingStatus"_s, recording.status}, {u"recordingStatusTime"_s, recordingSince},
         {u"replayBufferStatus"_s, kOffline}, {u"replayBufferStatusTime"_s, streamingSince}};
 }
 
@@ -476,7 +476,7 @@ QList<StandInModel::Entry> StandInModel::audioEntries() const
 QJsonArray StandInModel::collections() const
 {
     QJsonArray models;
-    for (Collection const& collection : m_collections) {
+    for (Collection const& collection : allCollections) {
         models.append(idAndName(collection));
     }
     return models;
@@ -485,7 +485,7 @@ QJsonArray StandInModel::collections() const
 QJsonArray StandInModel::collectionSchemas() const
 {
     QJsonArray models;
-    for (Collection const& collection : m_collections) {
+    for (Collection const& collection : allCollections) {
         models.append(collection.schema());
     }
     return models;
@@ -495,43 +495,43 @@ QJsonArray StandInModel::collectionSchemas() const
 
 bool StandInModel::setStreaming(bool on)
 {
-    if (on != isOn(m_streaming.status)) {
-        enter(m_streaming, on ? QStringList{kStarting, kLive} : QStringList{kEnding, kOffline});
+    if (on != isOn(streaming.status)) {
+        enter(streaming, on ? QStringList{kStarting, kLive} : QStringList{kEnding, kOffline});
     }
     return true;
 }
 
 bool StandInModel::toggleStreaming()
 {
-    return setStreaming(!isOn(m_streaming.status));
+    return setStreaming(!isOn(streaming.status));
 }
 
 bool StandInModel::setRecording(bool on)
 {
-    if (on == isOn(m_recording.status)) {
+    if (on == isOn(recording.status)) {
         return true;
     }
     if (on) {
-        enter(m_recording, {kStarting, kRecording});
-    } else if (m_recordingWrites) {
-        enter(m_recording, {kStopping, kWriting, kOffline});
+        enter(recording, {kStarting, kRecording});
+    } else if (recordingWrites) {
+        enter(recording, {kStopping, kWriting, kOffline});
     } else {
-        enter(m_recording, {kStopping, kOffline});
+        enter(recording, {kStopping, kOffline});
     }
     return true;
 }
 
 bool StandInModel::toggleRecording()
 {
-    return setRecording(!isOn(m_recording.status));
+    return setRecording(!isOn(recording.status));
 }
 
 bool StandInModel::interruptStream()
 {
-    if (m_streaming.status != kLive) {
+    if (streaming.status != kLive) {
         return false;
     }
-    enter(m_streaming, {kReconnecting, kLive});
+    enter(streaming, {kReconnecting, kLive});
     return true;
 }
 
@@ -544,7 +544,7 @@ void StandInModel::enter(Output& output, QStringList statuses)
     if (output.upcoming.isEmpty()) {
         output.timer.stop();
     } else {
-        output.timer.start(m_transitionTime);
+        output.timer.start(transitionTime);
     }
     publish(output.event, output.status);
 }
@@ -829,15 +829,15 @@ bool StandInModel::addCollection(QString const& name)
 
 bool StandInModel::removeCollection(QString const& target)
 {
-    Collection const* const found = find(m_collections, target);
-    if (!found || m_collections.size() == 1) {
+    Collection const* const found = find(allCollections, target);
+    if (!found || allCollections.size() == 1) {
         return false;
     }
     QString const id = found->id;
     QJsonObject const model = idAndName(*found);
-    std::erase_if(m_collections, [&](Collection const& other) { return other.id == id; });
-    if (m_collectionId == id) {
-        load(m_collections.front().id);
+    std::erase_if(allCollections, [&](Collection const& other) { return other.id == id; });
+    if (currentCollectionId == id) {
+        load(allCollections.front().id);
     }
     publish(StandInEvents::kCollectionRemoved, model);
     return true;
@@ -845,11 +845,11 @@ bool StandInModel::removeCollection(QString const& target)
 
 bool StandInModel::switchCollection(QString const& target)
 {
-    Collection const* const collection = find(m_collections, target);
+    Collection const* const collection = find(allCollections, target);
     if (!collection) {
         return false;
     }
-    if (collection->id != m_collectionId) {
+    if (collection->id != currentCollectionId) {
         load(collection->id);
     }
     return true;
@@ -857,24 +857,24 @@ bool StandInModel::switchCollection(QString const& target)
 
 StandInModel::Collection* StandInModel::loaded()
 {
-    return isLoading() ? nullptr : find(m_collections, m_collectionId);
+    return isLoading() ? nullptr : find(allCollections, currentCollectionId);
 }
 
 StandInModel::Collection const* StandInModel::loaded() const
 {
-    return isLoading() ? nullptr : find(m_collections, m_collectionId);
+    return isLoading() ? nullptr : find(allCollections, currentCollectionId);
 }
 
 void StandInModel::load(QString const& collectionId)
 {
-    m_collectionId = collectionId;
-    m_loading.start(m_loadingTime);
+    currentCollectionId = collectionId;
+    loading.start(loadingTime);
     emit changed();
 }
 
 void StandInModel::finishLoading()
 {
-    for (auto const& [resourceId, data] : std::exchange(m_heldEvents, {})) {
+    for (auto const& [resourceId, data] : std::exchange(heldEvents, {})) {
         publish(resourceId, data);
     }
     if (Collection const* const collection = loaded()) { // unless a receiver switched again
@@ -886,7 +886,7 @@ void StandInModel::finishLoading()
 void StandInModel::publish(QString const& resourceId, QJsonValue const& data)
 {
     if (isLoading()) {
-        m_heldEvents.emplace_back(resourceId, data);
+        heldEvents.emplace_back(resourceId, data);
     } else {
         emit apiEvent(resourceId, data);
     }

@@ -80,12 +80,12 @@ public:
     //!@{
     //! How long "starting", "ending", "stopping", "writing" and "reconnecting" last, 400 ms by default. With
     //! 0 the next status comes in the next turn of the event loop; none is left out.
-    void setTransitionTime(std::chrono::milliseconds time) { m_transitionTime = time; }
+    void setTransitionTime(std::chrono::milliseconds time) { transitionTime = time; }
     //! How long a collection takes to load, 400 ms by default, 0 as above. Until then there are no scenes and
     //! no sources, and events wait.
-    void setLoadingTime(std::chrono::milliseconds time) { m_loadingTime = time; }
+    void setLoadingTime(std::chrono::milliseconds time) { loadingTime = time; }
     //! Whether a recording that stops passes through "writing", as in newer versions. False by default.
-    void setRecordingWrites(bool writes) { m_recordingWrites = writes; }
+    void setRecordingWrites(bool writes) { recordingWrites = writes; }
     //!@}
 
     //! \name Reading
@@ -93,13 +93,13 @@ public:
     //! sources while a collection loads.
     //!@{
     //! "offline", "starting", "live", "reconnecting" or "ending".
-    QString streamingStatus() const { return m_streaming.status; }
+    QString streamingStatus() const { return streaming.status; }
     //! "offline", "starting", "recording", "stopping" or "writing".
-    QString recordingStatus() const { return m_recording.status; }
+    QString recordingStatus() const { return recording.status; }
     //! {"streamingStatus", "streamingStatusTime", "recordingStatus", …, "replayBufferStatus", …}; times in
     //! ISO 8601.
     QJsonObject streamingModel() const;
-    bool isLoading() const { return m_loading.isActive(); }
+    bool isLoading() const { return loading.isActive(); }
     QString activeSceneId() const;
     //! The id of a target given by id or name.
     QString sceneId(QString const& target) const;
@@ -114,7 +114,7 @@ public:
     //! The devices and what the scene shows.
     QJsonArray audioSourcesOfScene(QString const& target) const;
     //! The id of the collection that is loaded or loading.
-    QString activeCollectionId() const { return m_collectionId; }
+    QString activeCollectionId() const { return currentCollectionId; }
     //! [{"id", "name"}, …]
     QJsonArray collections() const;
     //! [{"id", "name", "scenes": [{"id", "name", "sceneItems": [{"sceneItemId", "sourceId"}, …]}, …],
@@ -296,14 +296,14 @@ private:
     void enter(Output& output, QStringList statuses);
     void publish(QString const& resourceId, QJsonValue const& data);
 
-    std::vector<Collection> m_collections;
-    QString m_collectionId;
-    QTimer m_loading;
-    std::vector<std::pair<QString, QJsonValue>> m_heldEvents;
-    Output m_streaming;
-    Output m_recording;
-    qulonglong m_lastId = 0;
-    std::chrono::milliseconds m_transitionTime{400};
-    std::chrono::milliseconds m_loadingTime{400};
-    bool m_recordingWrites = false;
+    std::vector<Collection> allCollections;
+    QString currentCollectionId;
+    QTimer loading;
+    std::vector<std::pair<QString, QJsonValue>> heldEvents;
+    Output streaming;
+    Output recording;
+    qulonglong lastId = 0;
+    std::chrono::milliseconds transitionTime{400};
+    std::chrono::milliseconds loadingTime{400};
+    bool recordingWrites = false;
 };

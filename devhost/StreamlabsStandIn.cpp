@@ -122,19 +122,19 @@ QJsonObject subscription(QString const& emitter, QString const& resourceId)
 
 } // namespace
 
-StreamlabsStandIn::StreamlabsStandIn(QObject* parent) : QObject(parent), m_token(u"stand-in-token"_s)
+StreamlabsStandIn::StreamlabsStandIn(QObject* parent) : QObject(parent), expectedToken(u"stand-in-token"_s)
 {
     fillMethodTable();
-    connect(&m_transport, &SockJsServer::clientConnected, this, [this](int client) {
-        m_clients.insert(client, {});
+    connect(&server, &SockJsServer::clientConnected, this, [this](int client) {
+        clients.insert(client, {});
         emit clientCountChanged();
     });
-    connect(&m_transport, &SockJsServer::clientDisconnected, this, [this](int client) {
-        m_clients.remove(client);
+    connect(&server, &SockJsServer::clientDisconnected, this, [this](int client) {
+        clients.remove(client);
         emit clientCountChanged();
     });
-    connect(&m_transport, &SockJsServer::messageReceived, this, &StreamlabsStandIn::handleMessage);
-    connect(&m_model, &StandInModel::apiEvent, this, &StreamlabsStandIn::sendEvent);
+    connect(&server, &SockJsServer::messageReceived, this, &StreamlabsStandIn::handleMessage);
+    connect(&standInModel, &StandInModel::apiEvent, this, &StreamlabsStandIn::sendEvent);
 }
 
 // All that is understood. Ids only: a name in the place of an id is as unknown here as it is there.
@@ -145,68 +145,69 @@ void StreamlabsStandIn::fillMethodTable()
         return Answer{{}, kInvalidParams, what + u" not found"_s};
     };
 
-    m_methods = {
+    methods = {
         {u"TcpServerService.auth"_s, [this](Call const& call) { return authorize(call); }},
 
-        {u"StreamingService.getModel"_s, value([this] { return m_model.streamingModel(); })},
+        {u"StreamingService.getModel"_s, value([this] { return standInModel.streamingModel(); })},
         {u"StreamingService.toggleRecording"_s, value([this] {
-             m_model.toggleRecording();
+             standInModel.toggleRecording();
              return QJsonValue();
          })},
 
-        {u"ScenesService.activeSceneId"_s, value([this] { return m_model.activeSceneId(); })},
-        {u"ScenesService.getScenes"_s, value([this] { return sceneHelpers(m_model.scenes()); })},
+        {u"ScenesService.activeSceneId"_s, value([this] { return standInModel.activeSceneId(); })},
+        {u"ScenesService.getScenes"_s, value([this] { return sceneHelpers(standInModel.scenes()); })},
         {u"ScenesService.makeSceneActive"_s,
             [this](Call const& call) {
                 QString const id = call.args[0].toString();
-                return Answer{!id.isEmpty() && m_model.sceneId(id) == id && m_model.switchScene(id), 0, {}};
+                return Answer{
+                    !id.isEmpty() && standInModel.sceneId(id) == id && standInModel.switchScene(id), 0, {}};
             }},
 
-        {u"SceneCollectionsService.collections"_s, value([this] { return m_model.collections(); })},
+        {u"SceneCollectionsService.collections"_s, value([this] { return standInModel.collections(); })},
 
-        {u"AudioService.getSources"_s, value([this] { return audioHelpers(m_model.audioSources()); })},
+        {u"AudioService.getSources"_s, value([this] { return audioHelpers(standInModel.audioSources()); })},
         {u"AudioService.getSourcesForScene"_s,
             [this, missing](Call const& call) {
                 QString const id = call.args[0].toString();
-                if (id.isEmpty() || m_model.sceneId(id) != id) {
+                if (id.isEmpty() || standInModel.sceneId(id) != id) {
                     return missing(u"Scene"_s);
                 }
-                return Answer{audioHelpers(m_model.audioSourcesOfScene(id)), 0, {}};
+                return Answer{audioHelpers(standInModel.audioSourcesOfScene(id)), 0, {}};
             }},
 
         {u"SceneItem.setVisibility"_s,
             [this, missing](Call const& call) {
-                QJsonObject const item = m_model.item(call.objectIds.value(1));
+                QJsonObject const item = standInModel.item(call.objectIds.value(1));
                 if (item.isEmpty() || call.objectIds != QStringList{item[u"sceneId"_s].toString(),
                                                             item[u"sceneItemId"_s].toString(),
                                                             item[u"sourceId"_s].toString()}) {
                     return missing(u"Scene item"_s);
                 }
-                m_model.setItemVisible(call.objectIds[1], isTruthy(call.args[0]));
+                standInModel.setItemVisible(call.objectIds[1], isTruthy(call.args[0]));
                 return Answer{};
             }},
         {u"AudioSource.setMuted"_s,
             [this, missing](Call const& call) {
                 QString const id = call.objectIds.value(0);
-                if (id.isEmpty() || m_model.audioSourceId(id) != id) {
+                if (id.isEmpty() || standInModel.audioSourceId(id) != id) {
                     return missing(u"Audio source"_s);
                 }
-                m_model.setMuted(id, isTruthy(call.args[0]));
+                standInModel.setMuted(id, isTruthy(call.args[0]));
                 return Answer{};
             }},
     };
 
-    m_promises = {
+    promises = {
         {u"StreamingService.toggleStreaming"_s,
             [this] {
-                m_model.toggleStreaming();
+                standInModel.toggleStreaming();
                 return QJsonValue();
             }},
         {u"SceneCollectionsService.fetchSceneCollectionsSchema"_s,
-            [this] { return QJsonValue(m_model.collectionSchemas()); }},
+            [this] { return QJsonValue(standInModel.collectionSchemas()); }},
     };
 
-    m_streams = {
+    streams = {
         StandInEvents::kStreamingStatusChange,
         StandInEvents::kRecordingStatusChange,
         StandInEvents::kSceneAdded,
@@ -226,34 +227,34 @@ void StreamlabsStandIn::fillMethodTable()
 
 bool StreamlabsStandIn::start(quint16 port)
 {
-    if (!m_transport.listen(port)) {
+    if (!server.listen(port)) {
         return false;
     }
-    qInfo("StreamlabsStandIn: listening on 127.0.0.1:%d", m_transport.port());
+    qInfo("StreamlabsStandIn: listening on 127.0.0.1:%d", server.port());
     emit runningChanged();
     return true;
 }
 
 void StreamlabsStandIn::stop()
 {
-    m_transport.close();
+    server.close();
     emit runningChanged();
 }
 
 void StreamlabsStandIn::drop()
 {
-    m_transport.drop();
+    server.drop();
 }
 
 int StreamlabsStandIn::authorizedCount() const
 {
     return static_cast<int>(std::count_if(
-        m_clients.cbegin(), m_clients.cend(), [](Client const& client) { return client.authorized; }));
+        clients.cbegin(), clients.cend(), [](Client const& client) { return client.authorized; }));
 }
 
 void StreamlabsStandIn::releaseReplies()
 {
-    for (QJsonObject const& message : std::exchange(m_heldReplies, {})) {
+    for (QJsonObject const& message : std::exchange(heldReplies, {})) {
         sendObject(message);
         emit replySent(message);
     }
@@ -261,7 +262,7 @@ void StreamlabsStandIn::releaseReplies()
 
 void StreamlabsStandIn::scriptReply(QString const& method, Script const& script)
 {
-    m_scripts.insert(method, script);
+    scripts.insert(method, script);
 }
 
 void StreamlabsStandIn::scriptResult(QString const& method, QJsonValue const& result)
@@ -274,8 +275,8 @@ void StreamlabsStandIn::scriptResult(QString const& method, QJsonValue const& re
 void StreamlabsStandIn::sendObject(QJsonObject const& message)
 {
     QString const text = compact(message);
-    for (int const client : m_clients.keys()) {
-        m_transport.send(client, text);
+    for (int const client : clients.keys()) {
+        server.send(client, text);
     }
 }
 
@@ -295,7 +296,7 @@ void StreamlabsStandIn::handleMessage(int client, QString const& message)
 void StreamlabsStandIn::handleRequest(int client, QJsonObject const& request)
 {
     emit requestReceived(request);
-    if (!m_clients.contains(client)) { // a receiver may drop the connection
+    if (!clients.contains(client)) { // a receiver may drop the connection
         return;
     }
 
@@ -305,7 +306,7 @@ void StreamlabsStandIn::handleRequest(int client, QJsonObject const& request)
     QString const method = resource.name + u'.' + request[u"method"_s].toString();
     Call const call{client, id, resource.objectIds, params[u"args"_s].toArray()};
 
-    if (Script const script = m_scripts.value(method)) {
+    if (Script const script = scripts.value(method)) {
         if (QJsonObject const message = script(request); !message.isEmpty()) {
             reply(client, message);
         }
@@ -324,7 +325,7 @@ void StreamlabsStandIn::handleRequest(int client, QJsonObject const& request)
 
     if (!missing.isEmpty()) {
         answer(call, {{}, kInvalidRequest, u"Invalid request, missing: "_s + missing.join(u", "_s)});
-    } else if (method != "TcpServerService.auth"_L1 && !m_clients.value(client).authorized) {
+    } else if (method != "TcpServerService.auth"_L1 && !clients.value(client).authorized) {
         answer(call, {{}, kInternalError, u"Authorization required"_s});
     } else {
         dispatch(method, call);
@@ -333,12 +334,12 @@ void StreamlabsStandIn::handleRequest(int client, QJsonObject const& request)
 
 void StreamlabsStandIn::dispatch(QString const& method, Call const& call)
 {
-    if (auto const found = m_methods.constFind(method); found != m_methods.cend()) {
+    if (auto const found = methods.constFind(method); found != methods.cend()) {
         answer(call, (*found)(call));
-    } else if (auto const promise = m_promises.constFind(method); promise != m_promises.cend()) {
+    } else if (auto const promise = promises.constFind(method); promise != promises.cend()) {
         answerPromise(call, *promise);
-    } else if (m_streams.contains(method)) {
-        m_clients[call.client].streams.insert(method);
+    } else if (streams.contains(method)) {
+        clients[call.client].streams.insert(method);
         answer(call, {subscription(u"STREAM"_s, method), 0, {}});
     } else {
         answer(call, {{}, kMethodNotFound, u"Resource or method not found: "_s + method});
@@ -347,11 +348,11 @@ void StreamlabsStandIn::dispatch(QString const& method, Call const& call)
 
 StreamlabsStandIn::Answer StreamlabsStandIn::authorize(Call const& call)
 {
-    if (m_token.isEmpty() || call.args[0] != QJsonValue(m_token)) {
+    if (expectedToken.isEmpty() || call.args[0] != QJsonValue(expectedToken)) {
         qCInfo(devHostLog, "the stand-in refuses a client: its token is wrong");
         return {{}, kInternalError, u"Invalid token"_s};
     }
-    m_clients[call.client].authorized = true;
+    clients[call.client].authorized = true;
     emit clientCountChanged();
     return {true, 0, {}};
 }
@@ -381,10 +382,10 @@ void StreamlabsStandIn::answer(Call const& call, Answer const& answer)
 
 void StreamlabsStandIn::reply(int client, QJsonObject const& message)
 {
-    if (m_holdingReplies) {
-        m_heldReplies.push_back(message);
-    } else if (m_clients.contains(client)) {
-        m_transport.send(client, compact(message));
+    if (holdingReplies) {
+        heldReplies.push_back(message);
+    } else if (clients.contains(client)) {
+        server.send(client, compact(message));
         emit replySent(message);
     }
 }
@@ -392,9 +393,9 @@ void StreamlabsStandIn::reply(int client, QJsonObject const& message)
 void StreamlabsStandIn::sendEvent(QString const& resourceId, QJsonValue const& data)
 {
     QString const text = compact(eventMessage(u"STREAM"_s, resourceId, {{u"data"_s, data}}));
-    for (int const client : m_clients.keys()) {
-        if (m_clients.value(client).streams.contains(resourceId)) {
-            m_transport.send(client, text);
+    for (int const client : clients.keys()) {
+        if (clients.value(client).streams.contains(resourceId)) {
+            server.send(client, text);
         }
     }
 }

@@ -51,25 +51,25 @@ public:
     void stop();
     //! Breaks every connection and goes on listening.
     void drop();
-    bool isRunning() const { return m_transport.isListening(); }
+    bool isRunning() const { return server.isListening(); }
     //! 0 while not running.
-    quint16 port() const { return m_transport.port(); }
+    quint16 port() const { return server.port(); }
 
     //! The token that clients must send, "stand-in-token" at first. An empty one lets nobody in. A new one
     //! does not put out clients that are in.
-    QString token() const { return m_token; }
-    void setToken(QString const& token) { m_token = token; }
+    QString token() const { return expectedToken; }
+    void setToken(QString const& token) { expectedToken = token; }
 
-    StandInModel& model() { return m_model; }
-    SockJsServer& transport() { return m_transport; }
-    int clientCount() const { return static_cast<int>(m_clients.size()); }
+    StandInModel& model() { return standInModel; }
+    SockJsServer& transport() { return server; }
+    int clientCount() const { return static_cast<int>(clients.size()); }
     int authorizedCount() const;
 
     //! \name Faults
     //! Methods are named with their resource: "ScenesService.getScenes", "SceneItem.setVisibility".
     //!@{
     //! While true, answers (the late half of a promise included) are kept back; events go on.
-    void setHoldingReplies(bool hold) { m_holdingReplies = hold; }
+    void setHoldingReplies(bool hold) { holdingReplies = hold; }
     //! Sends what was kept back, in order, to every client connected now, whether it asked or not.
     void releaseReplies();
     //! Answers \a method by \a script from now on, without any check of the token. An empty script ends that.
@@ -122,14 +122,14 @@ private:
     void reply(int client, QJsonObject const& message);
     void sendEvent(QString const& resourceId, QJsonValue const& data);
 
-    StandInModel m_model;
-    SockJsServer m_transport;
-    QString m_token;
-    QHash<int, Client> m_clients;
-    QHash<QString, std::function<Answer(Call const&)>> m_methods;
-    QHash<QString, std::function<QJsonValue()>> m_promises;
-    QSet<QString> m_streams;
-    QHash<QString, Script> m_scripts;
-    bool m_holdingReplies = false;
-    std::vector<QJsonObject> m_heldReplies;
+    StandInModel standInModel;
+    SockJsServer server;
+    QString expectedToken;
+    QHash<int, Client> clients;
+    QHash<QString, std::function<Answer(Call const&)>> methods;
+    QHash<QString, std::function<QJsonValue()>> promises;
+    QSet<QString> streams;
+    QHash<QString, Script> scripts;
+    bool holdingReplies = false;
+    std::vector<QJsonObject> heldReplies;
 };

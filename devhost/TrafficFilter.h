@@ -18,5 +18,5 @@ protected:
     bool filterAcceptsRow(int row, QModelIndex const& parent) const override;
 
 private:
-    QStringList m_words;
+    QStringList wantedWords;
 };

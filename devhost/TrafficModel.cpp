@@ -7,51 +7,51 @@ using namespace Qt::StringLiterals;
 
 TrafficModel::TrafficModel(QObject* parent) : QAbstractTableModel(parent)
 {
-    constexpr auto soon = std::chrono::milliseconds(50);
-    m_takingIn.setSingleShot(true);
-    m_takingIn.setInterval(soon);
-    m_takingIn.callOnTimeout(this, &TrafficModel::takeIn);
+    constexpr auto kSoon = std::chrono::milliseconds(50);
+    takingIn.setSingleShot(true);
+    takingIn.setInterval(kSoon);
+    takingIn.callOnTimeout(this, &TrafficModel::takeIn);
 }
 
 void TrafficModel::add(QString const& way, QString const& text, qsizetype length)
 {
-    if (m_waiting.size() == mostLines) {
-        m_waiting.removeFirst();
+    if (waiting.size() == kMostLines) {
+        waiting.removeFirst();
     }
-    m_waiting.append({QTime::currentTime(), way, text.left(longestText), length});
-    if (!m_takingIn.isActive()) {
-        m_takingIn.start();
+    waiting.append({QTime::currentTime(), way, text.left(kLongestText), length});
+    if (!takingIn.isActive()) {
+        takingIn.start();
     }
 }
 
 void TrafficModel::takeIn()
 {
-    int const before = static_cast<int>(m_lines.size());
-    int const added = static_cast<int>(m_waiting.size());
-    if (int const surplus = std::min(before, before + added - mostLines); surplus > 0) {
+    int const before = static_cast<int>(lines.size());
+    int const added = static_cast<int>(waiting.size());
+    if (int const surplus = std::min(before, before + added - kMostLines); surplus > 0) {
         beginRemoveRows({}, 0, surplus - 1);
-        m_lines.remove(0, surplus);
+        lines.remove(0, surplus);
         endRemoveRows();
     }
-    int const first = static_cast<int>(m_lines.size());
+    int const first = static_cast<int>(lines.size());
     beginInsertRows({}, first, first + added - 1);
-    m_lines += m_waiting;
+    lines += waiting;
     endInsertRows();
-    m_waiting.clear();
+    waiting.clear();
 }
 
 void TrafficModel::clear()
 {
     beginResetModel();
-    m_takingIn.stop();
-    m_waiting.clear();
-    m_lines.clear();
+    takingIn.stop();
+    waiting.clear();
+    lines.clear();
     endResetModel();
 }
 
 int TrafficModel::rowCount(QModelIndex const& parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(m_lines.size());
+    return parent.isValid() ? 0 : static_cast<int>(lines.size());
 }
 
 int TrafficModel::columnCount(QModelIndex const& parent) const
@@ -61,8 +61,8 @@ int TrafficModel::columnCount(QModelIndex const& parent) const
 
 QVariant TrafficModel::data(QModelIndex const& index, int role) const
 {
-    Line const& line = m_lines.at(index.row());
-    if (role == wholeTextRole) {
+    Line const& line = lines.at(index.row());
+    if (role == kWholeTextRole) {
         return line.length > line.text.size()
                    ? line.text + tr("\n… and %1 more characters").arg(line.length - line.text.size())
                    : line.text;
@@ -76,8 +76,8 @@ QVariant TrafficModel::data(QModelIndex const& index, int role) const
     case WayColumn:
         return line.way;
     default:
-        constexpr qsizetype longestRow = 300; // a view lays out all of what it gets
-        return line.text.left(longestRow);
+        constexpr qsizetype kLongestRow = 300; // a view lays out all of what it gets
+        return line.text.left(kLongestRow);
     }
 }
 

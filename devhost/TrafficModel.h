@@ -15,11 +15,11 @@ class TrafficModel : public QAbstractTableModel
 public:
     enum Column { TimeColumn, WayColumn, MessageColumn, ColumnCount };
     //! How many messages are kept at least while there are more.
-    static constexpr int mostLines = 2000;
+    static constexpr int kMostLines = 2000;
     //! How much of a message is kept, in characters.
-    static constexpr qsizetype longestText = 4096;
+    static constexpr qsizetype kLongestText = 4096;
     //! What is kept of the message, with a note when that is not all.
-    static constexpr int wholeTextRole = Qt::UserRole;
+    static constexpr int kWholeTextRole = Qt::UserRole;
 
     explicit TrafficModel(QObject* parent = nullptr);
 
@@ -44,7 +44,7 @@ private:
 
     void takeIn();
 
-    QList<Line> m_lines;
-    QList<Line> m_waiting;
-    QTimer m_takingIn;
+    QList<Line> lines;
+    QList<Line> waiting;
+    QTimer takingIn;
 };

@@ -32,33 +32,33 @@ QString unwrapped(QString const& frame)
 TrafficView::TrafficView(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::TrafficView>())
 {
     ui->setupUi(this);
-    m_filter.setSourceModel(&m_model);
-    ui->lines->setModel(&m_filter);
+    filter.setSourceModel(&model);
+    ui->lines->setModel(&filter);
     ui->details->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     int const digits = fontMetrics().horizontalAdvance(u"00:00:00.000"_s);
     int const names = fontMetrics().horizontalAdvance(u"Streamlabs Desktop → service"_s);
-    constexpr int padding = 16;
-    ui->lines->setColumnWidth(TrafficModel::TimeColumn, digits + padding);
-    ui->lines->setColumnWidth(TrafficModel::WayColumn, names + padding);
+    constexpr int kPadding = 16;
+    ui->lines->setColumnWidth(TrafficModel::TimeColumn, digits + kPadding);
+    ui->lines->setColumnWidth(TrafficModel::WayColumn, names + kPadding);
     ui->split->setStretchFactor(0, 3);
     ui->split->setStretchFactor(1, 2);
 
     connect(ui->edtFilter, &QLineEdit::textChanged, this, [this](QString const& words) {
-        m_filter.setWords(words);
+        filter.setWords(words);
         showCount();
     });
     connect(ui->btnPause, &QToolButton::toggled, this, [this](bool paused) { listen(!paused); });
-    connect(ui->btnClear, &QToolButton::clicked, &m_model, &TrafficModel::clear);
+    connect(ui->btnClear, &QToolButton::clicked, &model, &TrafficModel::clear);
     connect(
         ui->lines->selectionModel(), &QItemSelectionModel::currentChanged, this, &TrafficView::showDetails);
-    connect(&m_model, &TrafficModel::modelReset, this, &TrafficView::showCount);
-    connect(&m_filter, &QAbstractItemModel::rowsAboutToBeInserted, this, [this] {
+    connect(&model, &TrafficModel::modelReset, this, &TrafficView::showCount);
+    connect(&filter, &QAbstractItemModel::rowsAboutToBeInserted, this, [this] {
         auto const* const bar = ui->lines->verticalScrollBar();
-        m_atEnd = bar->value() == bar->maximum();
+        atEnd = bar->value() == bar->maximum();
     });
-    connect(&m_model, &QAbstractItemModel::rowsInserted, this, [this] {
+    connect(&model, &QAbstractItemModel::rowsInserted, this, [this] {
         showCount();
-        if (m_atEnd) {
+        if (atEnd) {
             ui->lines->scrollToBottom();
         }
     });
@@ -74,31 +74,31 @@ void TrafficView::focusFilter()
 
 void TrafficView::watch(DevHost& host)
 {
-    m_host = &host;
+    devHost = &host;
     listen(!ui->btnPause->isChecked());
     showCount();
 }
 
 void TrafficView::listen(bool on)
 {
-    for (auto const& connection : std::as_const(m_connections)) {
+    for (auto const& connection : std::as_const(connections)) {
         disconnect(connection);
     }
-    m_connections.clear();
-    if (!on || !m_host) {
+    connections.clear();
+    if (!on || !devHost) {
         return;
     }
     auto const client = [](int number) { return number == 0 ? tr("service") : tr("client %1").arg(number); };
-    auto& relay = m_host->relay();
-    auto& desktop = m_host->standIn().transport();
-    m_connections = {
+    auto& relay = devHost->relay();
+    auto& desktop = devHost->standIn().transport();
+    connections = {
         connect(&relay, &RelayServer::messageReceived, this,
             [this, client](int number, QString const& text) {
-                m_model.add(tr("%1 → relay").arg(client(number)), text, text.size());
+                model.add(tr("%1 → relay").arg(client(number)), text, text.size());
             }),
         connect(&relay, &RelayServer::messageSent, this,
             [this, client](int number, QString const& text) {
-                m_model.add(tr("relay → %1").arg(client(number)), text, text.size());
+                model.add(tr("relay → %1").arg(client(number)), text, text.size());
             }),
         connect(&desktop, &SockJsServer::frameReceived, this,
             [this](int, QString const& frame) { addFrame(tr("service → Streamlabs Desktop"), frame); }),
@@ -109,25 +109,25 @@ void TrafficView::listen(bool on)
 
 void TrafficView::addFrame(QString const& way, QString const& frame)
 {
-    constexpr qsizetype enough = 2 * TrafficModel::longestText; // at worst every character is escaped
-    QString const text = unwrapped(frame.left(enough));
-    m_model.add(way, text, text.size() + std::max<qsizetype>(0, frame.size() - enough));
+    constexpr qsizetype kEnough = 2 * TrafficModel::kLongestText; // at worst every character is escaped
+    QString const text = unwrapped(frame.left(kEnough));
+    model.add(way, text, text.size() + std::max<qsizetype>(0, frame.size() - kEnough));
 }
 
 void TrafficView::showDetails(QModelIndex const& current)
 {
-    QString const text = current.data(TrafficModel::wholeTextRole).toString();
+    QString const text = current.data(TrafficModel::kWholeTextRole).toString();
     auto const document = QJsonDocument::fromJson(text.toUtf8());
     ui->details->setPlainText(document.isNull() ? text : QString::fromUtf8(document.toJson()));
 }
 
 void TrafficView::showCount()
 {
-    int const all = m_model.rowCount();
-    int const shown = m_filter.rowCount();
+    int const all = model.rowCount();
+    int const shown = filter.rowCount();
     QString const count =
         shown == all ? tr("%1 messages").arg(all) : tr("%1 of %2 messages").arg(shown).arg(all);
-    bool const hearsBoth = !m_host || m_host->usesStandIn();
+    bool const hearsBoth = !devHost || devHost->usesStandIn();
     ui->lblCount->setText(
         hearsBoth ? count : tr("%1 of the relay; a running Streamlabs Desktop cannot be heard").arg(count));
 }

@@ -35,10 +35,10 @@ private:
     void showCount();
 
     std::unique_ptr<Ui::TrafficView> ui;
-    TrafficModel m_model;
-    TrafficFilter m_filter;
-    DevHost* m_host = nullptr;
-    QList<QMetaObject::Connection> m_connections;
+    TrafficModel model;
+    TrafficFilter filter;
+    DevHost* devHost = nullptr;
+    QList<QMetaObject::Connection> connections;
     //! The newest line was in sight before more came.
-    bool m_atEnd = true;
+    bool atEnd = true;
 };

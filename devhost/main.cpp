@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int exitUsage = 2;
+constexpr int kExitUsage = 2;
 
 // One run of the program, between its first line and its last.
 class Run : public QObject
@@ -33,109 +33,109 @@ private:
     void takePicture();
     void fail(int code, QString const& why);
 
-    CommandLine m_commandLine;
-    EventReport m_report;
-    DevHost m_host;
-    ScriptRunner m_runner;
-    ScriptSource m_source;
-    std::unique_ptr<MainWindow> m_window;
-    bool m_scriptRuns = false;
-    int m_exitCode = 0;
-    QString m_problem;
+    CommandLine options;
+    EventReport report;
+    DevHost devHost;
+    ScriptRunner runner;
+    ScriptSource source;
+    std::unique_ptr<MainWindow> mainWindow;
+    bool scriptRuns = false;
+    int exitCode = 0;
+    QString failure;
 };
 
 Run::Run(CommandLine const& commandLine)
-    : m_commandLine(commandLine), m_report(commandLine.format, commandLine.verbose), m_runner(m_host)
+    : options(commandLine), report(commandLine.format, commandLine.verbose), runner(devHost)
 {
     if (auto const& size = commandLine.size) {
-        m_host.standIn().model().generate(size->scenes, size->items, size->audio);
+        devHost.standIn().model().generate(size->scenes, size->items, size->audio);
     }
-    m_report.watch(m_host);
-    m_report.watch(m_runner);
-    connect(&m_runner, &ScriptRunner::finished, this, &Run::onScriptFinished);
-    connect(&m_source, &ScriptSource::lineRead, &m_runner, &ScriptRunner::addLine);
-    connect(&m_source, &ScriptSource::ended, &m_runner, &ScriptRunner::endOfScript);
+    report.watch(devHost);
+    report.watch(runner);
+    connect(&runner, &ScriptRunner::finished, this, &Run::onScriptFinished);
+    connect(&source, &ScriptSource::lineRead, &runner, &ScriptRunner::addLine);
+    connect(&source, &ScriptSource::ended, &runner, &ScriptRunner::endOfScript);
 }
 
 int Run::execute()
 {
     if (start()) {
         QCoreApplication::exec();
-        if (m_scriptRuns) {
+        if (scriptRuns) {
             fail(1, u"The window was closed before the script had ended."_s);
-        } else if (m_commandLine.script.isEmpty()) {
+        } else if (options.script.isEmpty()) {
             takePicture();
         }
-        if (!m_host.stop()) {
+        if (!devHost.stop()) {
             fail(1, u"The library stayed in memory when it was unloaded."_s);
         }
     }
-    m_report.finish(m_exitCode, m_runner.expectationsHeld(), m_problem);
-    return m_exitCode;
+    report.finish(exitCode, runner.expectationsHeld(), failure);
+    return exitCode;
 }
 
 bool Run::start()
 {
-    bool const scripted = !m_commandLine.script.isEmpty();
-    if (scripted && !m_source.read(m_commandLine.script)) {
-        fail(exitUsage, u"The script %1 cannot be read."_s.arg(m_commandLine.script));
+    bool const scripted = !options.script.isEmpty();
+    if (scripted && !source.read(options.script)) {
+        fail(kExitUsage, u"The script %1 cannot be read."_s.arg(options.script));
         return false;
     }
-    if (!m_host.start(m_commandLine.host)) {
-        fail(exitUsage, m_host.errorString());
+    if (!devHost.start(options.host)) {
+        fail(kExitUsage, devHost.errorString());
         return false;
     }
-    m_report.watch(m_host.console());
-    if (!m_commandLine.headless || !m_commandLine.picture.isEmpty()) {
-        auto const& host = m_commandLine.host;
-        m_window = std::make_unique<MainWindow>(
-            m_host, host.keepsKeys && !scripted ? host.configDir + u"/window.ini"_s : QString());
-        m_window->show();
+    report.watch(devHost.console());
+    if (!options.headless || !options.picture.isEmpty()) {
+        auto const& host = options.host;
+        mainWindow = std::make_unique<MainWindow>(
+            devHost, host.keepsKeys && !scripted ? host.configDir + u"/window.ini"_s : QString());
+        mainWindow->show();
     }
     if (scripted) {
-        m_scriptRuns = true;
-        connect(&m_host, &DevHost::ready, &m_runner, &ScriptRunner::start);
+        scriptRuns = true;
+        connect(&devHost, &DevHost::ready, &runner, &ScriptRunner::start);
     }
     return true;
 }
 
 void Run::onScriptFinished(ScriptRunner::Outcome outcome, QString const& why)
 {
-    m_scriptRuns = false;
+    scriptRuns = false;
     if (outcome != ScriptRunner::Outcome::Held) {
         fail(static_cast<int>(outcome), why);
     }
     takePicture();
-    if (m_commandLine.headless || m_runner.hasQuit()) {
+    if (options.headless || runner.hasQuit()) {
         QCoreApplication::quit();
     } else {
-        m_window->tell(
+        mainWindow->tell(
             why.isEmpty() ? u"The script has run: every expectation held."_s : why.section(u'\n', 0, 0));
     }
 }
 
 void Run::takePicture()
 {
-    QString const& file = m_commandLine.picture;
+    QString const& file = options.picture;
     if (file.isEmpty()) {
         return;
     }
-    if (m_window->savePicture(file)) {
-        m_report.note(u"The window's picture: %1"_s.arg(file));
+    if (mainWindow->savePicture(file)) {
+        report.note(u"The window's picture: %1"_s.arg(file));
     } else if (QString const problem = u"The picture %1 cannot be written."_s.arg(file);
-        m_commandLine.needsPicture) {
+        options.needsPicture) {
         fail(1, problem);
     } else {
-        m_report.note(problem);
+        report.note(problem);
     }
 }
 
 // The first problem counts.
 void Run::fail(int code, QString const& why)
 {
-    if (m_exitCode == 0) {
-        m_exitCode = code;
-        m_problem = why;
+    if (exitCode == 0) {
+        exitCode = code;
+        failure = why;
     }
 }
 
@@ -178,20 +178,20 @@ int main(int argc, char* argv[])
         QCoreApplication const withoutDisplay(programNameOnly, argv);
         if (QString const problem = commandLine.read(arguments); !problem.isEmpty()) {
             std::fprintf(stderr, "%s\nlumen-devhost --help tells more.\n", qPrintable(problem));
-            return exitUsage;
+            return kExitUsage;
         }
     }
     if (commandLine.headless) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     } else if (!hasDisplay()) {
         std::fprintf(stderr, "There is no display. lumen-devhost --headless needs none.\n");
-        return exitUsage;
+        return kExitUsage;
     }
     bool const mustAnswer = fallsBackWithoutDisplay();
     QApplication app(programNameOnly, argv);
     if (mustAnswer && QApplication::platformName() == "offscreen"_L1) {
         std::fprintf(stderr, "The display does not answer. lumen-devhost --headless needs none.\n");
-        return exitUsage;
+        return kExitUsage;
     }
     DarkTheme::apply(app);
     return Run(commandLine).execute();

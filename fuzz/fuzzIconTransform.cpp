@@ -9,8 +9,8 @@ using namespace IconTransform;
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    constexpr std::size_t head = 9;
-    if (size < head) {
+    constexpr std::size_t kHead = 9;
+    if (size < kHead) {
         return 0;
     }
     auto const word = [data](std::size_t at) { return data[at] | ((data[at + 1] & 0x0F) << 8); };
@@ -27,8 +27,8 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     }
     picture.fill(data[2]);
     if (!picture.isNull()) {
-        auto const count = qMin(static_cast<qsizetype>(size - head), picture.sizeInBytes());
-        std::memcpy(picture.bits(), data + head, static_cast<std::size_t>(count));
+        auto const count = qMin(static_cast<qsizetype>(size - kHead), picture.sizeInBytes());
+        std::memcpy(picture.bits(), data + kHead, static_cast<std::size_t>(count));
         picture.setDevicePixelRatio(1 + data[2] % 3);
     }
 

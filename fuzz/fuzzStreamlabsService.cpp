@@ -158,9 +158,9 @@ public:
     qint64 sendTextMessage(QString const& text) override
     {
         Fuzz::require(isValid(), "nothing is sent without a connection");
-        constexpr auto opening = R"(["{\"id\":)"_L1;
-        Fuzz::require(text.startsWith(opening), "a request begins with its id");
-        auto const begin = QStringView(text).sliced(opening.size());
+        constexpr auto kOpening = R"(["{\"id\":)"_L1;
+        Fuzz::require(text.startsWith(kOpening), "a request begins with its id");
+        auto const begin = QStringView(text).sliced(kOpening.size());
         Fuzz::require(begin.first(begin.indexOf(u',')).toInt() == ++world.lastId, "ids have no gaps");
         qint64 const size = text.size();
         world.react(); // which may end this object

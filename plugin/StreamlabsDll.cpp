@@ -55,7 +55,7 @@ StreamlabsDll::~StreamlabsDll()
 
 QMap<QString, QString> StreamlabsDll::mapping()
 {
-    constexpr char const* labels[] = {
+    constexpr char const* kLabels[] = {
         QT_TR_NOOP("LAB_SIDEBAR_GROUP_STLOBS"),
         QT_TR_NOOP("LAB_SIDEBAR_STLOBS_MIXER_AUDIO"),
         QT_TR_NOOP("LAB_SIDEBAR_STLOBS_RECORD"),
@@ -64,7 +64,7 @@ QMap<QString, QString> StreamlabsDll::mapping()
         QT_TR_NOOP("LAB_SIDEBAR_STLOBS_STREAM"),
     };
     QMap<QString, QString> texts;
-    for (auto const* label : labels) {
+    for (auto const* label : kLabels) {
         texts.insert(QString::fromLatin1(label), tr(label));
     }
     return texts;

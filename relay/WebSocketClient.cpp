@@ -36,8 +36,8 @@ void WebSocketClient::renew()
 {
     giveUp();
     socket.reset(new QWebSocket(QString(), QWebSocketProtocol::Version13), Deleter());
-    socket->setMaxAllowedIncomingFrameSize(maxSize);
-    socket->setMaxAllowedIncomingMessageSize(maxSize);
+    socket->setMaxAllowedIncomingFrameSize(kMaxSize);
+    socket->setMaxAllowedIncomingMessageSize(kMaxSize);
     auto const warn = [ending = socket.get()] {
         if (ending->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData) {
             qWarning() << "[WebSocketClient] too much data:" << ending->requestUrl().authority()
@@ -53,7 +53,7 @@ void WebSocketClient::open(QUrl const& url)
     socket->open(url);
     // QWebSocket takes a frame out of its TCP socket when it is complete. That is what the TCP socket has to
     // be able to hold; it would hold anything, and does so while a slot of ours runs an event loop.
-    socket->setReadBufferSize(maxSize);
+    socket->setReadBufferSize(kMaxSize);
 }
 
 void WebSocketClient::giveUp()

@@ -20,7 +20,7 @@ class WebSocketClient
 {
 public:
     //! Bytes; of a message that has several frames, its length as UTF-16.
-    static constexpr quint64 maxSize = 64ULL * 1024 * 1024;
+    static constexpr quint64 kMaxSize = 64ULL * 1024 * 1024;
 
     WebSocketClient();
     //! Aborts the connection without a signal.

@@ -7,11 +7,11 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto cheap = 2ms;
+constexpr auto kCheap = 2ms;
 //! Publishing takes an eleventh of the time at most.
-constexpr int restPerCost = 10;
+constexpr int kRestPerCost = 10;
 //! A call that took longer than a tenth of it was not at work, but stood still with the whole machine.
-constexpr std::chrono::nanoseconds longestRest = 5s;
+constexpr std::chrono::nanoseconds kLongestRest = 5s;
 
 } // namespace
 
@@ -25,10 +25,10 @@ ListPacer::ListPacer(MakePayload payload, Publish publish, Clock time)
 
 void ListPacer::publish()
 {
-    if (cost < cheap) {
+    if (cost < kCheap) {
         publishNow();
     } else if (!timer.isActive()) {
-        auto const rest = std::max(publishedAt + std::min(restPerCost * cost, longestRest) - clock(), 0ns);
+        auto const rest = std::max(publishedAt + std::min(kRestPerCost * cost, kLongestRest) - clock(), 0ns);
         timer.start(std::chrono::ceil<std::chrono::milliseconds>(rest));
     }
 }

@@ -9,35 +9,35 @@ using namespace Qt::StringLiterals;
 QString SockJsCodec::encodeClientFrame(QJsonObject const& object)
 {
     QByteArray const json = QJsonDocument(object).toJson(QJsonDocument::Compact);
-    constexpr auto prefix = R"([")"_L1;
-    constexpr auto suffix = R"("])"_L1;
-    constexpr auto quote = R"(\")"_L1;
-    constexpr auto apostrophe = R"(\\\")"_L1;
+    constexpr auto kPrefix = R"([")"_L1;
+    constexpr auto kSuffix = R"("])"_L1;
+    constexpr auto kQuote = R"(\")"_L1;
+    constexpr auto kApostrophe = R"(\\\")"_L1;
 
-    QByteArray frame(prefix.size() + json.size() * apostrophe.size() + suffix.size(), Qt::Uninitialized);
-    char* write = std::ranges::copy(prefix, frame.data()).out;
+    QByteArray frame(kPrefix.size() + json.size() * kApostrophe.size() + kSuffix.size(), Qt::Uninitialized);
+    char* write = std::ranges::copy(kPrefix, frame.data()).out;
     for (char const c : json) {
         if (c == '"') {
-            write = std::ranges::copy(quote, write).out;
+            write = std::ranges::copy(kQuote, write).out;
         } else if (c == '\'') {
-            write = std::ranges::copy(apostrophe, write).out;
+            write = std::ranges::copy(kApostrophe, write).out;
         } else {
             *write++ = c;
         }
     }
-    write = std::ranges::copy(suffix, write).out;
+    write = std::ranges::copy(kSuffix, write).out;
     return QString::fromUtf8(frame.constData(), write - frame.constData());
 }
 
 std::optional<QStringView> SockJsCodec::messageOf(QStringView frame)
 {
-    constexpr auto prefix = R"(a[")"_L1;
-    constexpr auto suffix = R"("])"_L1;
-    if (!frame.startsWith(prefix) || !frame.endsWith(suffix)) {
+    constexpr auto kPrefix = R"(a[")"_L1;
+    constexpr auto kSuffix = R"("])"_L1;
+    if (!frame.startsWith(kPrefix) || !frame.endsWith(kSuffix)) {
         return std::nullopt;
     }
     // In `a["]` one quote is both; there is nothing between.
-    return frame.mid(prefix.size()).chopped(std::min(suffix.size(), frame.size() - prefix.size()));
+    return frame.mid(kPrefix.size()).chopped(std::min(kSuffix.size(), frame.size() - kPrefix.size()));
 }
 
 // One pass instead of three. Once the `\n` pairs are out, all that matters of a text is how many backslashes

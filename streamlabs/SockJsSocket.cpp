@@ -14,16 +14,16 @@ using std::chrono::milliseconds;
 
 namespace {
 
-constexpr auto connectTimeout = 10s;
-constexpr auto quietTimeAfterOpen = 1000ms;
-constexpr int heartbeatsToMiss = 3;
+constexpr auto kConnectTimeout = 10s;
+constexpr auto kQuietTimeAfterOpen = 1000ms;
+constexpr int kHeartbeatsToMiss = 3;
 // Heartbeats closer than this, and timers later than this, tell of a standstill of ours.
-constexpr auto standstill = 1000ms;
+constexpr auto kStandstill = 1000ms;
 
 #if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
-constexpr auto errorSignal = &QWebSocket::errorOccurred;
+constexpr auto kErrorSignal = &QWebSocket::errorOccurred;
 #else
-constexpr auto errorSignal = qOverload<QAbstractSocket::SocketError>(&QWebSocket::error);
+constexpr auto kErrorSignal = qOverload<QAbstractSocket::SocketError>(&QWebSocket::error);
 #endif
 
 } // namespace
@@ -58,7 +58,7 @@ void SockJsSocket::renewSocket()
     socket.on(&QWebSocket::textFrameReceived, this, [this](QString const&, bool) { onFrame(); });
     socket.on(&QWebSocket::binaryFrameReceived, this, [this](QByteArray const&, bool) { onFrame(); });
     socket.on(&QWebSocket::aboutToClose, this, [this] { awaitFrame(); });
-    socket.on(errorSignal, this,
+    socket.on(kErrorSignal, this,
         [](QAbstractSocket::SocketError error) { qCritical() << "QAbstractSocket::SocketError" << error; });
 }
 
@@ -133,8 +133,8 @@ void SockJsSocket::onConnected()
 void SockJsSocket::onDisconnected()
 {
     connectTimer.stop();
-    if (attempt.isValid() && attempt.elapsed() < quietTimeAfterOpen.count()) {
-        failureTimer.start(quietTimeAfterOpen - milliseconds(attempt.elapsed()));
+    if (attempt.isValid() && attempt.elapsed() < kQuietTimeAfterOpen.count()) {
+        failureTimer.start(kQuietTimeAfterOpen - milliseconds(attempt.elapsed()));
     } else {
         reportEnd();
     }
@@ -151,7 +151,7 @@ void SockJsSocket::reportEnd()
 void SockJsSocket::awaitFrame()
 {
     waiting.start();
-    connectTimer.start(heartbeatDistance > 0ms ? heartbeatsToMiss * heartbeatDistance : connectTimeout);
+    connectTimer.start(heartbeatDistance > 0ms ? kHeartbeatsToMiss * heartbeatDistance : kConnectTimeout);
 }
 
 void SockJsSocket::onFrame()
@@ -167,7 +167,7 @@ void SockJsSocket::onHeartbeat()
 {
     if (!sinceHeartbeat.isValid()) {
         sinceHeartbeat.start();
-    } else if (milliseconds const distance(sinceHeartbeat.elapsed()); distance >= standstill) {
+    } else if (milliseconds const distance(sinceHeartbeat.elapsed()); distance >= kStandstill) {
         sinceHeartbeat.start();
         heartbeatDistance = distance;
         awaitFrame();
@@ -177,7 +177,7 @@ void SockJsSocket::onHeartbeat()
 void SockJsSocket::onTimeout()
 {
     milliseconds const late = milliseconds(waiting.elapsed()) - connectTimer.intervalAsDuration();
-    if (late > standstill) {
+    if (late > kStandstill) {
         awaitFrame(); // it was this process that slept
         return;
     }
@@ -187,7 +187,7 @@ void SockJsSocket::onTimeout()
         return;
     }
     if (heartbeatDistance > 0ms) {
-        qWarning() << "[SockJsSocket] nothing came in the time of" << heartbeatsToMiss << "heartbeats,"
+        qWarning() << "[SockJsSocket] nothing came in the time of" << kHeartbeatsToMiss << "heartbeats,"
                    << heartbeatDistance.count() << "ms each";
     }
     renewSocket();

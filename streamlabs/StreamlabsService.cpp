@@ -52,10 +52,10 @@ QString const rpcRegSourceRemove = u"slobs.jsonrpc.register.source.removed"_s;
 QString const rpcRegSourceUpdate = u"slobs.jsonrpc.register.source.update"_s;
 
 //! What all of the names above begin with.
-constexpr auto rpcPrefix = "slobs.jsonrpc."_L1;
+constexpr auto kRpcPrefix = "slobs.jsonrpc."_L1;
 
 // Request ids run from 1 to this and start again.
-constexpr int maxRequestId = 2147483637;
+constexpr int kMaxRequestId = 2147483637;
 
 } // namespace
 
@@ -446,7 +446,7 @@ bool StreamlabsService::Impl::makeJsonRpcRequest(QString const& name, QJsonObjec
         qWarning() << "makeJsonRpcRequest: ignore" << name << request;
         return true;
     }
-    if (requestId >= maxRequestId) {
+    if (requestId >= kMaxRequestId) {
         requestId = 0;
     }
     ++requestId;
@@ -505,7 +505,7 @@ void StreamlabsService::Impl::handleStreamlabsResponse(QJsonObject const& messag
 // From now on the handler is found by the resource id that the stream's events carry.
 void StreamlabsService::Impl::onSubscribed(QString const& name, QString const& resourceId)
 {
-    if (resourceId == kTypeEvent || resourceId.startsWith(rpcPrefix)) {
+    if (resourceId == kTypeEvent || resourceId.startsWith(kRpcPrefix)) {
         qDebug() << "TODO: onEventReceived" << resourceId; // no stream is called as we call our requests
     } else if (Handler const handler = responseHandlers.take(name)) {
         streamHandlers.insert(resourceId, handler);

@@ -10,14 +10,14 @@ LogRecorder* current = nullptr;
 
 } // namespace
 
-LogRecorder::LogRecorder() : m_previous(qInstallMessageHandler(&LogRecorder::record))
+LogRecorder::LogRecorder() : previous(qInstallMessageHandler(&LogRecorder::record))
 {
     current = this;
 }
 
 LogRecorder::~LogRecorder()
 {
-    qInstallMessageHandler(m_previous);
+    qInstallMessageHandler(previous);
     current = nullptr;
 }
 
@@ -28,30 +28,31 @@ void LogRecorder::record(
                           : type == QtInfoMsg    ? u"info"_s
                           : type == QtWarningMsg ? u"warning"_s
                                                  : u"critical"_s;
-    current->m_lines.append(level + u": "_s + text);
+    current->recorded.append(level + u": "_s + text);
     if (type == QtFatalMsg) {
-        current->m_previous(type, context, text);
+        current->previous(type, context, text);
     }
 }
 
 bool LogRecorder::take(QString const& part)
 {
-    auto const line = std::ranges::find_if(m_lines, [&](QString const& text) { return text.contains(part); });
-    if (line == m_lines.end()) {
+    auto const line =
+        std::ranges::find_if(recorded, [&](QString const& text) { return text.contains(part); });
+    if (line == recorded.end()) {
         return false;
     }
-    m_lines.erase(line);
+    recorded.erase(line);
     return true;
 }
 
 qsizetype LogRecorder::count(QString const& part) const
 {
-    return std::ranges::count_if(m_lines, [&](QString const& text) { return text.contains(part); });
+    return std::ranges::count_if(recorded, [&](QString const& text) { return text.contains(part); });
 }
 
 QStringList LogRecorder::problems() const
 {
-    QStringList lines = m_lines;
+    QStringList lines = recorded;
     lines.removeIf(
         [](QString const& line) { return line.startsWith("debug"_L1) || line.startsWith("info"_L1); });
     return lines;

@@ -20,11 +20,11 @@ public:
     qsizetype count(QString const& part) const;
     //! The warnings and critical lines that nobody has taken.
     QStringList problems() const;
-    void clear() { m_lines.clear(); }
+    void clear() { recorded.clear(); }
 
 private:
     static void record(QtMsgType type, QMessageLogContext const& context, QString const& text);
 
-    QStringList m_lines;
-    QtMessageHandler m_previous;
+    QStringList recorded;
+    QtMessageHandler previous;
 };

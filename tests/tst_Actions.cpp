@@ -44,11 +44,11 @@ namespace {
 using Made = std::unique_ptr<BaseSlobsWidget>;
 
 template <typename Action>
-constexpr auto makeOne = []() -> Made { return std::make_unique<Action>(); };
+constexpr auto kMakeOne = []() -> Made { return std::make_unique<Action>(); };
 
-QMap<QString, Made (*)()> const makers{{u"stream"_s, makeOne<SlobsStreamWidget>},
-    {u"record"_s, makeOne<SlobsRecordWidget>}, {u"scene"_s, makeOne<SlobsSceneWidget>},
-    {u"source"_s, makeOne<SlobsSourceWidget>}, {u"mute"_s, makeOne<SlobsAudioWidget>}};
+QMap<QString, Made (*)()> const makers{{u"stream"_s, kMakeOne<SlobsStreamWidget>},
+    {u"record"_s, kMakeOne<SlobsRecordWidget>}, {u"scene"_s, kMakeOne<SlobsSceneWidget>},
+    {u"source"_s, kMakeOne<SlobsSourceWidget>}, {u"mute"_s, kMakeOne<SlobsAudioWidget>}};
 
 QJsonObject hostEvent(QString const& type)
 {

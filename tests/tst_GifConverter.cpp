@@ -257,8 +257,8 @@ private slots:
         rlimit limit{};
         QCOMPARE(getrlimit(RLIMIT_AS, &limit), 0);
         auto const pages = get(u"/proc/self/statm"_s).split(' ').first().toULongLong();
-        constexpr rlim_t spare = 256ULL << 20; // most of it for the stacks and heaps of threads
-        rlimit const tight{pages * rlim_t(sysconf(_SC_PAGESIZE)) + spare, limit.rlim_max};
+        constexpr rlim_t kSpare = 256ULL << 20; // most of it for the stacks and heaps of threads
+        rlimit const tight{pages * rlim_t(sysconf(_SC_PAGESIZE)) + kSpare, limit.rlim_max};
         QCOMPARE(setrlimit(RLIMIT_AS, &tight), 0);
         bool const isConverted = GifConverter::convert(source, path(u"b.gif"_s), {30, 20});
         setrlimit(RLIMIT_AS, &limit);

@@ -411,7 +411,7 @@ private slots:
         QVERIFY(host.unload() && !isInMemory(libraryFile));
         QCOMPARE(version, u"1.0.4"_s);
         QCOMPARE(list.value("category"_L1).toString(), u"com.zentrix.slobs"_s);
-        QCOMPARE(list.value("dependency"_L1).toObject().value("minSdk"_L1), PluginHost::sdkVersion);
+        QCOMPARE(list.value("dependency"_L1).toObject().value("minSdk"_L1), PluginHost::kSdkVersion);
         QVERIFY(labels.contains(list.value("title"_L1).toString()));
         QCOMPARE(labels.value(u"LAB_SIDEBAR_STLOBS_SCENE"_s), u"Szene"_s);
 

@@ -42,8 +42,8 @@ private slots:
 // Every text of up to eight characters over those that matter, and long random ones.
 void tst_SockJsCodec::unescapesAsTheStepsDo()
 {
-    constexpr char16_t alphabet[] = {u'\\', u'"', u'n', u'\'', u'x'};
-    constexpr int letters = std::size(alphabet);
+    constexpr char16_t kAlphabet[] = {u'\\', u'"', u'n', u'\'', u'x'};
+    constexpr int kLetters = std::size(kAlphabet);
     auto const compare = [](QString const& text) {
         QString const expected = unescapeInSteps(text);
         QString const got = SockJsCodec::unescape(text);
@@ -53,11 +53,11 @@ void tst_SockJsCodec::unescapesAsTheStepsDo()
         QCOMPARE(got, expected);
     };
 
-    for (int length = 0, texts = 1; length <= 8; ++length, texts *= letters) {
+    for (int length = 0, texts = 1; length <= 8; ++length, texts *= kLetters) {
         for (int number = 0; number < texts; ++number) {
             QString text;
-            for (int i = 0, rest = number; i < length; ++i, rest /= letters) {
-                text += QChar(alphabet[rest % letters]);
+            for (int i = 0, rest = number; i < length; ++i, rest /= kLetters) {
+                text += QChar(kAlphabet[rest % kLetters]);
             }
             compare(text);
             if (QTest::currentTestFailed()) {

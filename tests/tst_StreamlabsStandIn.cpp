@@ -91,15 +91,15 @@ class tst_StreamlabsStandIn : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<StreamlabsStandIn> m_standIn;
-    std::unique_ptr<Client> m_client;
+    std::unique_ptr<StreamlabsStandIn> standIn;
+    std::unique_ptr<Client> client;
 
     void connectClient()
     {
-        m_client = std::make_unique<Client>(m_standIn->port());
-        QVERIFY(m_client->gets(u"o"_s));
+        client = std::make_unique<Client>(standIn->port());
+        QVERIFY(client->gets(u"o"_s));
     }
-    void authorize() { QCOMPARE(m_client->result(u"TcpServerService auth \"secret\""_s), true); }
+    void authorize() { QCOMPARE(client->result(u"TcpServerService auth \"secret\""_s), true); }
     void subscribe()
     {
         authorize();
@@ -114,7 +114,7 @@ class tst_StreamlabsStandIn : public QObject
         for (QString const& stream : (streams + u' ' + streams).split(u' ')) {
             QJsonObject const expected{
                 {u"_type"_s, u"SUBSCRIPTION"_s}, {u"emitter"_s, u"STREAM"_s}, {u"resourceId"_s, stream}};
-            QCOMPARE(m_client->result(QString(stream).replace(u'.', u' ')), expected);
+            QCOMPARE(client->result(QString(stream).replace(u'.', u' ')), expected);
         }
     }
 
@@ -122,11 +122,11 @@ private slots:
     void init()
     {
         QTest::failOnWarning(QRegularExpression(u".*"_s));
-        m_standIn = std::make_unique<StreamlabsStandIn>();
-        m_standIn->setToken(u"secret"_s);
-        m_standIn->model().setTransitionTime(0ms);
-        m_standIn->model().setLoadingTime(0ms);
-        QVERIFY(m_standIn->start());
+        standIn = std::make_unique<StreamlabsStandIn>();
+        standIn->setToken(u"secret"_s);
+        standIn->model().setTransitionTime(0ms);
+        standIn->model().setLoadingTime(0ms);
+        QVERIFY(standIn->start());
         connectClient();
     }
 
@@ -139,9 +139,9 @@ private slots:
             {"/api/087/s/websocket/x", "404"}};
         for (auto const& [path, status] : answers) {
             QTcpSocket socket;
-            socket.connectToHost(u"127.0.0.1"_s, m_standIn->port());
+            socket.connectToHost(u"127.0.0.1"_s, standIn->port());
             socket.write("GET " + path +
-                         " HTTP/1.1\r\nHost: localhost:" + QByteArray::number(m_standIn->port()) +
+                         " HTTP/1.1\r\nHost: localhost:" + QByteArray::number(standIn->port()) +
                          "\r\nUpgrade: websocket\r\nConnection: Upgrade\r\n"
                          "Sec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\nSec-WebSocket-Version: 13\r\n\r\n");
             QTRY_VERIFY2(socket.canReadLine(), path);
@@ -153,7 +153,7 @@ private slots:
     void clientFrames()
     {
         QString received;
-        connect(&m_standIn->transport(), &SockJsServer::messageReceived, m_standIn.get(),
+        connect(&standIn->transport(), &SockJsServer::messageReceived, standIn.get(),
             [&](int, QString const& message) { received += message + u','; });
         // The messages of a frame, followed by "end" unless the frame is broken.
         for (auto const& [frame, messages] :
@@ -162,39 +162,39 @@ private slots:
                 {R"({"a":"b"})", ""}, {"5", ""}, {R"("a","b")", ""}}) {
             connectClient();
             received.clear();
-            m_client->socket.sendTextMessage(QString::fromUtf8(frame));
-            m_client->socket.sendTextMessage(u"[\"end\"]"_s);
+            client->socket.sendTextMessage(QString::fromUtf8(frame));
+            client->socket.sendTextMessage(u"[\"end\"]"_s);
             bool const broken = !*messages;
-            QVERIFY2(!broken || m_client->ends(), frame);
+            QVERIFY2(!broken || client->ends(), frame);
             QTRY_COMPARE(received, QString::fromUtf8(messages));
-            QTRY_COMPARE(m_standIn->clientCount(), broken ? 0 : 1);
+            QTRY_COMPARE(standIn->clientCount(), broken ? 0 : 1);
         }
     }
 
     void serverFrames()
     {
-        SockJsServer& transport = m_standIn->transport();
+        SockJsServer& transport = standIn->transport();
         int const id = transport.clients().constFirst();
         transport.send(id, u"\"\\\n😀é"_s);
-        QVERIFY(m_client->gets(u"a[\"\\\"\\\\\\n😀é\"]"_s));
+        QVERIFY(client->gets(u"a[\"\\\"\\\\\\n😀é\"]"_s));
         transport.sendBacklog(id, {u"1"_s, u"2"_s});
-        QVERIFY(m_client->gets(u"a[\"1\",\"2\"]"_s));
-        QVERIFY(!m_client->frames.contains(u"h"_s));
+        QVERIFY(client->gets(u"a[\"1\",\"2\"]"_s));
+        QVERIFY(!client->frames.contains(u"h"_s));
         transport.setHeartbeatInterval(1ms);
-        QVERIFY(m_client->gets(u"h"_s));
+        QVERIFY(client->gets(u"h"_s));
     }
 
     void endsAndRestarts()
     {
-        quint16 const port = m_standIn->port();
-        m_standIn->drop();
-        QVERIFY(m_client->ends());
-        QCOMPARE(m_client->frames, QStringList{u"o"_s});
+        quint16 const port = standIn->port();
+        standIn->drop();
+        QVERIFY(client->ends());
+        QCOMPARE(client->frames, QStringList{u"o"_s});
         connectClient();
-        m_standIn->stop();
-        QVERIFY(m_standIn->clientCount() == 0 && !m_standIn->isRunning() && m_client->ends());
-        QCOMPARE(m_client->frames.constLast(), u"c[3000,\"Go away!\"]"_s);
-        QVERIFY(m_standIn->start(port));
+        standIn->stop();
+        QVERIFY(standIn->clientCount() == 0 && !standIn->isRunning() && client->ends());
+        QCOMPARE(client->frames.constLast(), u"c[3000,\"Go away!\"]"_s);
+        QVERIFY(standIn->start(port));
         connectClient();
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"cannot listen"_s));
         QVERIFY(!StreamlabsStandIn().start(port));
@@ -221,15 +221,15 @@ private slots:
             {R"(AudioSource["Mic/Aux"] setMuted true)", "[7,-32602]"},
             {R"(AudioService getSourcesForScene "x")", "[7,-32602]"}};
         for (auto const& [request, answer] : answers) {
-            m_client->messages.clear();
+            client->messages.clear();
             if (QByteArray(answer).startsWith("[7")) {
                 authorize();
-                m_client->call(QString::fromLatin1(request));
+                client->call(QString::fromLatin1(request));
             } else {
-                m_client->socket.sendTextMessage(text({QString::fromLatin1(request)}));
+                client->socket.sendTextMessage(text({QString::fromLatin1(request)}));
             }
-            QTRY_COMPARE(m_client->messages.size(), 1);
-            QJsonObject const message = m_client->messages.constLast();
+            QTRY_COMPARE(client->messages.size(), 1);
+            QJsonObject const message = client->messages.constLast();
             bool const failed = message.contains(u"error"_s);
             QVERIFY2(message.contains(u"id"_s) && message.contains(u"result"_s) != failed, request);
             QJsonValue const result = failed ? message[u"error"_s][u"code"_s] : message[u"result"_s];
@@ -242,11 +242,11 @@ private slots:
         subscribe();
         auto const tells = [this](QString const& story, bool done) {
             QVERIFY(done);
-            QTRY_COMPARE(m_client->story(), story);
-            m_client->call(u"ScenesService getScenes"_s); // what is still under way comes before the answer
-            QCOMPARE(m_client->story(), QString());
+            QTRY_COMPARE(client->story(), story);
+            client->call(u"ScenesService getScenes"_s); // what is still under way comes before the answer
+            QCOMPARE(client->story(), QString());
         };
-        StandInModel& m = m_standIn->model();
+        StandInModel& m = standIn->model();
         QString const no = u"no"_s;
         tells({}, !(m.switchScene(no) || m.removeScene(no) || m.addItem(u"配信終了"_s, no, u"Overlays"_s) ||
                       m.removeItem(no) || m.setItemVisible(u"Overlays"_s, false) || m.removeAudioSource(no) ||
@@ -273,7 +273,7 @@ private slots:
     void objects()
     {
         authorize();
-        QJsonValue const scene = m_client->result(u"ScenesService getScenes"_s)[1];
+        QJsonValue const scene = client->result(u"ScenesService getScenes"_s)[1];
         QCOMPARE(scene[u"resourceId"_s].toString(), u"Scene[\"%1\"]"_s.arg(scene[u"id"_s].toString()));
         QJsonObject const folder = scene[u"nodes"_s][1].toObject();
         QJsonObject const item = scene[u"nodes"_s][2].toObject();
@@ -282,38 +282,38 @@ private slots:
             u"_type id locked name parentId recordingVisible resourceId sceneId "
             "sceneItemId sceneNodeType sourceId streamVisible transform visible"_s);
         QVERIFY(folder[u"childrenIds"_s][0] == item[u"id"_s] && item[u"parentId"_s] == folder[u"id"_s]);
-        QJsonArray const audio = m_client->result(u"AudioService getSources"_s).toArray();
+        QJsonArray const audio = client->result(u"AudioService getSources"_s).toArray();
         QString const heard = u"AudioService getSourcesForScene \"%1\""_s.arg(scene[u"id"_s].toString());
-        QCOMPARE(m_client->result(heard).toArray().size(), audio.size() - 1); // not another scene's music
+        QCOMPARE(client->result(heard).toArray().size(), audio.size() - 1); // not another scene's music
     }
 
     void loadsCollection()
     {
         subscribe();
-        StandInModel& model = m_standIn->model();
+        StandInModel& model = standIn->model();
         model.setLoadingTime(1h);
         QVERIFY(
             model.switchCollection(u"Podcast 🎙"_s) && model.setRecording(true) && !model.addScene(u"x"_s));
         QTRY_COMPARE(model.recordingStatus(), u"recording"_s);
-        QCOMPARE(m_client->result(u"ScenesService getScenes"_s), QJsonValue(QJsonArray()));
-        QCOMPARE(m_client->story(), QString());
+        QCOMPARE(client->result(u"ScenesService getScenes"_s), QJsonValue(QJsonArray()));
+        QCOMPARE(client->story(), QString());
         model.setLoadingTime(0ms);
         QVERIFY(model.switchCollection(u"Main Show"_s));
-        QTRY_COMPARE(m_client->story(), u"recordingStatusChange:starting|recordingStatusChange:recording|"
-                                        "sceneSwitched:Starting Soon ⏳|collectionSwitched:Main Show"_s);
+        QTRY_COMPARE(client->story(), u"recordingStatusChange:starting|recordingStatusChange:recording|"
+                                      "sceneSwitched:Starting Soon ⏳|collectionSwitched:Main Show"_s);
     }
 
     void largeCollection()
     {
-        StandInModel& model = m_standIn->model();
+        StandInModel& model = standIn->model();
         model.generate(50, 60, 30);
         subscribe();
-        for (QJsonValue const scene : m_client->result(u"ScenesService getScenes"_s).toArray()) {
+        for (QJsonValue const scene : client->result(u"ScenesService getScenes"_s).toArray()) {
             for (QJsonValue const item : scene[u"nodes"_s].toArray()) {
                 QVERIFY(model.setItemVisible(item[u"id"_s].toString(), false));
             }
         }
-        QTRY_COMPARE(m_client->story().count(u" hidden"_s), 3000);
+        QTRY_COMPARE(client->story().count(u" hidden"_s), 3000);
     }
 };
 

@@ -151,9 +151,9 @@ void tst_Window::clickRow(char const* list, int row, bool box) const
 {
     auto& view = find<QAbstractItemView>(list);
     QRect const rect = view.visualRect(view.model()->index(row, 0));
-    constexpr int boxMiddle = 10;
+    constexpr int kBoxMiddle = 10;
     QTest::mouseClick(view.viewport(), Qt::LeftButton, {},
-        box ? QPoint(rect.left() + boxMiddle, rect.center().y()) : rect.center());
+        box ? QPoint(rect.left() + kBoxMiddle, rect.center().y()) : rect.center());
 }
 
 void tst_Window::name(char const* list, QString const& text) const
@@ -236,7 +236,7 @@ void tst_Window::placesAndRemoves()
     QWidget* const face = host->console().key(0)->faceWidget();
     QCOMPARE(face->parentWidget(), &keyView(0));
     QVERIFY(face->isVisible());
-    QCOMPARE(face->size(), KeyView::faceSize);
+    QCOMPARE(face->size(), KeyView::kFaceSize);
     QVERIFY(host->console().key(0)->panelWidget()->isVisible());
     QVERIFY(!hint.isVisible());
     QTRY_COMPARE(keyView(0).accessibleName(), u"Key 0, Stream: Stop Stream"_s);
@@ -567,17 +567,17 @@ void tst_Window::forgetsOldTraffic()
     TrafficModel model;
     QAbstractItemModelTester const tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     for (int round = 0; round < 3; ++round) {
-        for (int i = 0; i < TrafficModel::mostLines - 700; ++i) {
+        for (int i = 0; i < TrafficModel::kMostLines - 700; ++i) {
             model.add(u"way"_s, u"%1.%2"_s.arg(round).arg(i), 5);
         }
         QVERIFY(QSignalSpy(&model, &TrafficModel::rowsInserted).wait());
-        QVERIFY(model.rowCount() <= TrafficModel::mostLines);
+        QVERIFY(model.rowCount() <= TrafficModel::kMostLines);
     }
     QCOMPARE(model.index(0, TrafficModel::MessageColumn).data(), u"1.600"_s);
     model.clear();
-    model.add(u"way"_s, QString(TrafficModel::longestText + 1, u'x'), TrafficModel::longestText + 7);
+    model.add(u"way"_s, QString(TrafficModel::kLongestText + 1, u'x'), TrafficModel::kLongestText + 7);
     QTRY_COMPARE(model.rowCount(), 1);
-    auto const whole = model.index(0, 0).data(TrafficModel::wholeTextRole).toString();
+    auto const whole = model.index(0, 0).data(TrafficModel::kWholeTextRole).toString();
     QVERIFY(whole.endsWith(u"… and 7 more characters"_s));
 }
 
@@ -658,11 +658,11 @@ void tst_Window::keepsItsChoices()
 // screen.
 void tst_Window::isForEverybody()
 {
-    constexpr QSize screen(1366, 768);
-    constexpr QSize decoration(10, 40);
-    QVERIFY(window->minimumSizeHint().width() + decoration.width() <= screen.width());
-    QVERIFY(window->minimumSizeHint().height() + decoration.height() <= screen.height());
-    window->resize(screen - decoration);
+    constexpr QSize kScreen(1366, 768);
+    constexpr QSize kDecoration(10, 40);
+    QVERIFY(window->minimumSizeHint().width() + kDecoration.width() <= kScreen.width());
+    QVERIFY(window->minimumSizeHint().height() + kDecoration.height() <= kScreen.height());
+    window->resize(kScreen - kDecoration);
     trigger("actPlaceAll");
 
     // What the mouse drags and clicks, the keyboard does as well.

@@ -41,16 +41,16 @@ QSize fittedByRatio(QSize const& picture, QSize const& box, double boxRatio)
 //! 18.
 QSize gifScreen(QString const& path)
 {
-    constexpr qsizetype widthAt = 6;
-    constexpr qsizetype heightAt = 8;
-    constexpr qsizetype end = 10;
+    constexpr qsizetype kWidthAt = 6;
+    constexpr qsizetype kHeightAt = 8;
+    constexpr qsizetype kEnd = 10;
     QFile file(path);
-    QByteArray const head = file.open(QIODevice::ReadOnly) ? file.read(end) : QByteArray();
-    if (head.size() < end || !head.startsWith("GIF8")) {
+    QByteArray const head = file.open(QIODevice::ReadOnly) ? file.read(kEnd) : QByteArray();
+    if (head.size() < kEnd || !head.startsWith("GIF8")) {
         return {};
     }
-    return {qFromLittleEndian<quint16>(head.constData() + widthAt),
-        qFromLittleEndian<quint16>(head.constData() + heightAt)};
+    return {qFromLittleEndian<quint16>(head.constData() + kWidthAt),
+        qFromLittleEndian<quint16>(head.constData() + kHeightAt)};
 }
 
 } // namespace

@@ -328,7 +328,7 @@ bool convertOrThrow(
     Resampler const resampler(file->canvas, target);
     Writer writer(output, file->loops);
     // Two frames are decoded ahead and one is scaled while another is drawn or written.
-    constexpr qsizetype ahead = 2;
+    constexpr qsizetype kAhead = 2;
     // Each waits for its work at its end, so nothing above goes before.
     std::deque<std::future<QImage>> decoding;
     std::deque<std::pair<std::future<QImage>, quint16>> scaling;
@@ -341,7 +341,7 @@ bool convertOrThrow(
         writer.add(scaling.front().first.get(), scaling.front().second);
         scaling.pop_front();
     };
-    for (qsizetype number = 0; number < ahead; ++number) {
+    for (qsizetype number = 0; number < kAhead; ++number) {
         decode(number);
     }
     for (qsizetype done = 0; done < file->frames.size(); ++done) {
@@ -351,7 +351,7 @@ bool convertOrThrow(
         auto const& frame = file->frames[done];
         QImage const picture = decoding.front().get();
         decoding.pop_front();
-        decode(done + ahead);
+        decode(done + kAhead);
         scaling.emplace_back(
             run([&, shown = canvas.draw(frame, picture)] { return resized(shown, resampler); }), frame.delay);
         if (scaling.size() > 1) {

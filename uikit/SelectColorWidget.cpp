@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-std::array<QColor, 10> const SelectColorWidget::m_colorTable{
+std::array<QColor, 10> const SelectColorWidget::colorTable{
     QColor(255, 0, 0),
     QColor(255, 125, 0),
     QColor(0, 255, 0),
@@ -29,8 +29,8 @@ SelectColorWidget::SelectColorWidget(QWidget* parent)
     }
     ui->btnColor_01->setChecked(true);
     connect(ui->btnColorGroup, &QButtonGroup::idClicked, this, [this](int clicked) {
-        bool const known = clicked >= 0 && clicked < std::ssize(m_colorTable);
-        emit colorSelected(known ? m_colorTable.at(static_cast<size_t>(clicked)) : QColor());
+        bool const known = clicked >= 0 && clicked < std::ssize(colorTable);
+        emit colorSelected(known ? colorTable.at(static_cast<size_t>(clicked)) : QColor());
     });
 }
 
@@ -39,11 +39,11 @@ SelectColorWidget::~SelectColorWidget() = default;
 void SelectColorWidget::selectTargetColor(QColor const& color)
 {
     // Compared by value: the same colour may come as HSV from a colour dialog.
-    auto const* const found = std::find_if(m_colorTable.cbegin(), m_colorTable.cend(),
+    auto const* const found = std::find_if(colorTable.cbegin(), colorTable.cend(),
         [&color](QColor const& entry) { return color.isValid() && entry.rgba() == color.rgba(); });
-    if (found == m_colorTable.cend()) {
+    if (found == colorTable.cend()) {
         return;
     }
     // Checking a button is no click, and only clicks are reported.
-    ui->btnColorGroup->button(static_cast<int>(found - m_colorTable.cbegin()))->setChecked(true);
+    ui->btnColorGroup->button(static_cast<int>(found - colorTable.cbegin()))->setChecked(true);
 }

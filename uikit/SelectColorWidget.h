@@ -28,7 +28,7 @@ signals:
 
 private:
     //! Index = id of the colour's button.
-    static std::array<QColor, 10> const m_colorTable;
+    static std::array<QColor, 10> const colorTable;
 
     std::unique_ptr<Ui::SelectColorWidget> ui;
 };

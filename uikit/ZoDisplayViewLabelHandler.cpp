@@ -27,8 +27,8 @@ int drawableSize(ZoDisplayViewAttribute const& attribute)
 
 void applyLook(QLabel* label, ZoDisplayViewAttribute const& attribute, QString const& styleSheet)
 {
-    constexpr int known = Qt::AlignHorizontal_Mask | Qt::AlignVertical_Mask;
-    label->setAlignment(Qt::Alignment::fromInt(attribute.horAlignment & known) | Qt::AlignBottom);
+    constexpr int kNown = Qt::AlignHorizontal_Mask | Qt::AlignVertical_Mask;
+    label->setAlignment(Qt::Alignment::fromInt(attribute.horAlignment & kNown) | Qt::AlignBottom);
     QFont font = label->font();
     if (!attribute.family.isEmpty()) {
         font.setFamily(attribute.family);

@@ -100,13 +100,13 @@ QImage GallerySheet::paint() const
     painter.end();
 
     // Without the two lowest bits, which nobody sees, gradients take half the room in a file.
-    constexpr QRgb high = 0xfffcfcfc;
-    constexpr QRgb low = 0x00030303;
-    constexpr int shift = 6;
+    constexpr QRgb kHigh = 0xfffcfcfc;
+    constexpr QRgb kLow = 0x00030303;
+    constexpr int kShift = 6;
     for (int y = 0; y < sheet.height(); ++y) {
         auto* const line = reinterpret_cast<QRgb*>(sheet.scanLine(y)); // NOLINT(*-reinterpret-cast)
         std::transform(line, line + sheet.width(), line,
-            [](QRgb pixel) { return (pixel & high) | ((pixel >> shift) & low); });
+            [](QRgb pixel) { return (pixel & kHigh) | ((pixel >> kShift) & kLow); });
     }
     return sheet;
 }

@@ -37,21 +37,21 @@ QPixmap read(QString const& path)
 //! Pictures beside each other.
 QPixmap row(QList<QPixmap> const& pictures)
 {
-    constexpr int gap = 6;
-    QSize size(gap, 0);
+    constexpr int kGap = 6;
+    QSize size(kGap, 0);
     for (QPixmap const& picture : pictures) {
         QSize const one = picture.deviceIndependentSize().toSize();
-        size = {size.width() + one.width() + gap, std::max(size.height(), one.height() + 2 * gap)};
+        size = {size.width() + one.width() + kGap, std::max(size.height(), one.height() + 2 * kGap)};
     }
     qreal const ratio = qGuiApp->devicePixelRatio();
     QPixmap whole((QSizeF(size) * ratio).toSize());
     whole.setDevicePixelRatio(ratio);
     whole.fill(kPlate);
     QPainter painter(&whole);
-    int x = gap;
+    int x = kGap;
     for (QPixmap const& picture : pictures) {
-        painter.drawPixmap(x, gap, picture);
-        x += picture.deviceIndependentSize().toSize().width() + gap;
+        painter.drawPixmap(x, kGap, picture);
+        x += picture.deviceIndependentSize().toSize().width() + kGap;
     }
     return whole;
 }

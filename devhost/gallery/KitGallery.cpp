@@ -136,9 +136,9 @@ void addBuilder(GallerySheet& sheet)
     sheet.beginGroup(u"Icon builder"_s);
     QTemporaryDir const folder;
     QString const photo = folder.filePath(u"photo.png"_s);
-    constexpr QSize photoSize(90, 60);
-    QImage image(photoSize, QImage::Format_ARGB32);
-    QLinearGradient sky(0, 0, 0, photoSize.height());
+    constexpr QSize kPhotoSize(90, 60);
+    QImage image(kPhotoSize, QImage::Format_ARGB32);
+    QLinearGradient sky(0, 0, 0, kPhotoSize.height());
     sky.setColorAt(0, QColor(60, 110, 190));
     sky.setColorAt(1, QColor(240, 160, 90));
     QPainter(&image).fillRect(image.rect(), sky);

@@ -32,9 +32,9 @@ int main(int argc, char* argv[])
     QCoreApplication::installTranslator(&translator);
 
     // What stands behind the widgets in the host.
-    constexpr QColor hostBackground(30, 30, 30);
+    constexpr QColor kHostBackground(30, 30, 30);
     QPalette palette = QApplication::palette();
-    palette.setColor(QPalette::Window, hostBackground);
+    palette.setColor(QPalette::Window, kHostBackground);
     QApplication::setPalette(palette);
 
     GallerySheet sheet;
