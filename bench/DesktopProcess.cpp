@@ -1,7 +1,7 @@
 #include "bench/DesktopProcess.h"
 
-#include "devhost/ScriptSource.h"
-#include "devhost/StreamlabsStandIn.h"
+#include "devhost/fakes/StreamlabsStandIn.h"
+#include "devhost/script/ScriptSource.h"
 
 #include <QCoreApplication>
 #include <QTimer>

@@ -1,6 +1,6 @@
 #include "bench/LoadedHost.h"
 
-#include "devhost/DevHost.h"
+#include "devhost/host/DevHost.h"
 #include "relay/ZoRemoteCommands.h"
 
 #include <QAbstractEventDispatcher>

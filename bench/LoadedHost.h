@@ -1,9 +1,9 @@
 #pragma once
 
-#include "devhost/Console.h"
-#include "devhost/PluginHost.h"
-#include "devhost/RelayServer.h"
-#include "devhost/StreamlabsStandIn.h"
+#include "devhost/fakes/RelayServer.h"
+#include "devhost/fakes/StreamlabsStandIn.h"
+#include "devhost/host/Console.h"
+#include "devhost/host/PluginHost.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

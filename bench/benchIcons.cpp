@@ -1,8 +1,8 @@
 #include "bench/BenchRow.h"
 #include "relay/ZoLumenProxy.h"
 #include "uikit/DialogIconBuilder.h"
-#include "uikit/GifConverter.h"
-#include "uikit/IconTransform.h"
+#include "uikit/pictures/GifConverter.h"
+#include "uikit/pictures/IconTransform.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>

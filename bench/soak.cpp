@@ -1,8 +1,8 @@
 // lumen-soak: the loaded library under everything at once, compared with the truth whenever it is quiet.
 
 #include "bench/LoadedHost.h"
-#include "devhost/DevHost.h"
-#include "devhost/PanelUser.h"
+#include "devhost/host/DevHost.h"
+#include "devhost/script/PanelUser.h"
 #include "plugin/IBuiltInPackageLibrary.h"
 #include "relay/ZoRemoteCommands.h"
 

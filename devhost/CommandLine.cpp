@@ -1,6 +1,6 @@
 #include "devhost/CommandLine.h"
 
-#include "devhost/ScriptParser.h"
+#include "devhost/script/ScriptParser.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "devhost/DevHost.h"
-#include "devhost/EventReport.h"
+#include "devhost/host/DevHost.h"
+#include "devhost/script/EventReport.h"
 
 #include <QString>
 #include <QStringList>

@@ -1,10 +1,10 @@
 // lumen-devhost: runs the action package without the console and without Streamlabs Desktop.
 
 #include "devhost/CommandLine.h"
-#include "devhost/DarkTheme.h"
-#include "devhost/MainWindow.h"
-#include "devhost/ScriptRunner.h"
-#include "devhost/ScriptSource.h"
+#include "devhost/script/ScriptRunner.h"
+#include "devhost/script/ScriptSource.h"
+#include "devhost/window/DarkTheme.h"
+#include "devhost/window/MainWindow.h"
 
 #include <QApplication>
 

@@ -1,8 +1,8 @@
 // GIF files, read and converted. The input is the file.
 
 #include "fuzz/Fuzz.h"
-#include "uikit/GifConverter.h"
-#include "uikit/GifFile.h"
+#include "uikit/pictures/GifConverter.h"
+#include "uikit/pictures/GifFile.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 // Pictures on key faces. The input is mode, format, ratio of pixels, sizes of picture and face, then pixels.
 
 #include "fuzz/Fuzz.h"
-#include "uikit/IconTransform.h"
+#include "uikit/pictures/IconTransform.h"
 
 #include <cstring>
 

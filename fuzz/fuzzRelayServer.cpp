@@ -1,7 +1,7 @@
 // What clients and services say to the development host's relay. Each line of the input is a message:
 //   TEXT  a client sends it      !TEXT  a service in the host's process dispatches it
 
-#include "devhost/RelayServer.h"
+#include "devhost/fakes/RelayServer.h"
 #include "fuzz/Fuzz.h"
 #include "relay/ZoRemoteCommands.h"
 

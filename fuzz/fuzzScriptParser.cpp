@@ -1,6 +1,6 @@
 // Scripts for the development host. The input is a script.
 
-#include "devhost/ScriptParser.h"
+#include "devhost/script/ScriptParser.h"
 #include "fuzz/Fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)

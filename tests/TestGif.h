@@ -1,6 +1,6 @@
 #pragma once
 
-#include "uikit/GifFile.h"
+#include "uikit/pictures/GifFile.h"
 
 #include <QByteArray>
 #include <QList>

@@ -3,7 +3,7 @@
 #include "relay/ZoLumenProxy.h"
 #include "ui_DialogIconBuilder.h"
 #include "uikit/AnimatedIcon.h"
-#include "uikit/GifConverter.h"
+#include "uikit/pictures/GifConverter.h"
 
 #include <QDateTime>
 #include <QDebug>

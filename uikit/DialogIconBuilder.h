@@ -1,7 +1,7 @@
 #pragma once
 
-#include "uikit/GifConversion.h"
-#include "uikit/IconTransform.h"
+#include "uikit/pictures/GifConversion.h"
+#include "uikit/pictures/IconTransform.h"
 
 #include <QDialog>
 #include <QImage>

@@ -1,7 +1,7 @@
 #include "uikit/MekMixerHelper.h"
 
 #include "uikit/AnimatedIcon.h"
-#include "uikit/IconTransform.h"
+#include "uikit/pictures/IconTransform.h"
 
 #include <QDebug>
 #include <QFileInfo>

@@ -1,3 +1,0 @@
-#include "devhost/DevHostLog.h"
-
-Q_LOGGING_CATEGORY(devHostLog, "devhost")

@@ -1,0 +1,3 @@
+#include "devhost/fakes/DevHostLog.h"
+
+Q_LOGGING_CATEGORY(devHostLog, "devhost")

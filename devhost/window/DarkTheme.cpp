@@ -1,0 +1,46 @@
+#include "devhost/window/DarkTheme.h"
+
+#include <QApplication>
+#include <QPalette>
+#include <QStyleFactory>
+
+using namespace Qt::StringLiterals;
+
+void DarkTheme::apply(QApplication& app)
+{
+    QApplication::setStyle(QStyleFactory::create(u"Fusion"_s)); // the same everywhere, and it obeys a palette
+
+    QPalette palette;
+    palette.setColor(QPalette::Window, kWindow);
+    palette.setColor(QPalette::Base, kBase);
+    palette.setColor(QPalette::AlternateBase, kWindow);
+    palette.setColor(QPalette::Button, kButton);
+    palette.setColor(QPalette::Light, kButton.lighter(130));
+    palette.setColor(QPalette::Midlight, kButton.lighter(115));
+    palette.setColor(QPalette::Mid, kOutline);
+    palette.setColor(QPalette::Dark, kConsole);
+    palette.setColor(QPalette::ToolTipBase, kBase);
+    palette.setColor(QPalette::Highlight, kChosen);
+    palette.setColor(QPalette::Inactive, QPalette::Highlight, kOutline);
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, kAccent);
+    for (auto const role :
+        {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText}) {
+        palette.setColor(role, kText);
+    }
+    palette.setColor(QPalette::BrightText, Qt::white);
+    palette.setColor(QPalette::PlaceholderText, kFaintText);
+    for (auto const role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, kFaintText.darker(150));
+    }
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, kOutline);
+    palette.setColor(QPalette::Disabled, QPalette::HighlightedText, kFaintText);
+    QApplication::setPalette(palette);
+
+    // By property, so that no widget of a package is meant.
+    app.setStyleSheet(u"QToolTip { color: %1; background: %2; border: 1px solid %3; padding: 3px; }"
+                      "QMenu { border: 1px solid %5; }"
+                      "*[heading=\"true\"] { color: %1; font-weight: bold; }"
+                      "*[faint=\"true\"] { color: %4; }"_s.arg(kText.name(), kBase.name(), kOutline.name(),
+                          kFaintText.name(), kFaintText.darker(180).name()));
+}

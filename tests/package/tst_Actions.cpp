@@ -1,0 +1,470 @@
+// The five actions as the host meets them: documents, events, views and ends. What they show of Streamlabs
+// Desktop is told by the scripts.
+
+#include "actions/BaseSlobsPropertyView.h"
+#include "actions/SlobsAudioWidget.h"
+#include "actions/SlobsRecordWidget.h"
+#include "actions/SlobsSceneWidget.h"
+#include "actions/SlobsSourceWidget.h"
+#include "actions/SlobsStreamWidget.h"
+#include "devhost/fakes/JsonMatch.h"
+#include "devhost/fakes/RelayServer.h"
+#include "devhost/fakes/StreamlabsStandIn.h"
+#include "relay/MekZoPluginEventType.h"
+#include "relay/ZoLumenProxy.h"
+#include "streamlabs/StreamlabsService.h"
+#include "tests/LogRecorder.h"
+#include "tests/TestJson.h"
+
+#include <QComboBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QTest>
+#include <QWebSocket>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#ifdef Q_OS_UNIX
+#include <sys/resource.h>
+#endif
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Made = std::unique_ptr<BaseSlobsWidget>;
+
+template <typename Action>
+constexpr auto kMakeOne = []() -> Made { return std::make_unique<Action>(); };
+
+QMap<QString, Made (*)()> const makers{{u"stream"_s, kMakeOne<SlobsStreamWidget>},
+    {u"record"_s, kMakeOne<SlobsRecordWidget>}, {u"scene"_s, kMakeOne<SlobsSceneWidget>},
+    {u"source"_s, kMakeOne<SlobsSourceWidget>}, {u"mute"_s, kMakeOne<SlobsAudioWidget>}};
+
+QJsonObject hostEvent(QString const& type)
+{
+    return {{u"event"_s, QJsonObject{{u"type"_s, type}}}};
+}
+
+//! The documents that an action sends to the host.
+struct Documents : QSignalSpy
+{
+    explicit Documents(ZOPlugin& action) : QSignalSpy(&action, &ZOPlugin::eventSent) {}
+
+    QJsonObject lastMessage() const { return last().first().toJsonObject(); }
+    QJsonObject lastDocument() const { return lastMessage()["event"_L1]["payload"_L1].toObject(); }
+};
+
+} // namespace
+
+class tst_Actions : public QObject
+{
+    Q_OBJECT
+
+private:
+    QString const responses = u"remote.subject.streamlabs.response"_s;
+    void publish(QByteArray const& text) { relay->publish(responses, json(text)); }
+
+    std::optional<LogRecorder> log;
+    std::unique_ptr<RelayServer> relay;
+    //! What the actions have sent to it.
+    QList<QJsonObject> commands;
+
+private slots:
+    void init()
+    {
+        log.emplace();
+        relay = std::make_unique<RelayServer>();
+        QVERIFY(relay->listen());
+        ZoLumenProxy::getInstance().port = relay->port();
+        connect(relay.get(), &RelayServer::commandReceived, relay.get(),
+            [this](QJsonObject const& command) { commands.append(command); });
+        relay->addCommandHandler(
+            u"remote.command.slobs.service.task"_s, [](QWebSocket*, QJsonObject const&) {});
+        commands.clear();
+    }
+
+    void cleanup()
+    {
+        relay.reset();
+        QCOMPARE(log->problems(), QStringList());
+        log.reset();
+    }
+
+    // Every document in tests/data/settings: what the host hands over, and what the action then says of
+    // itself.
+    void readsDocuments_data()
+    {
+        QTest::addColumn<QJsonObject>("row");
+        QDir const folder(QStringLiteral(LUMEN_TEST_DATA "/settings"));
+        for (auto const& name : folder.entryList({u"*.json"_s})) {
+            QFile file(folder.filePath(name));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QTest::newRow(qPrintable(name)) << json(file.readAll());
+        }
+        QVERIFY(folder.count() > 20);
+    }
+
+    void readsDocuments()
+    {
+        QFETCH(QJsonObject, row);
+        auto const action = makers[row.value("action"_L1).toString()]();
+        Documents documents(*action);
+        QVERIFY(action->init(u"key"_s, row.value("data"_L1).toObject()));
+        bool const rewritten = row.value("rewritten"_L1).toBool();
+        QCOMPARE(documents.count(), rewritten ? 1 : 0);
+        QCOMPARE(log->take(u"warning: convert legacy data to new format"_s), rewritten);
+
+        QJsonObject reply;
+        action->eventReceived(hostEvent(MekZoPluginEventType::kUpdateSettingsEvent), reply);
+        QJsonObject const document = documents.lastDocument();
+        QVERIFY2(jsonIncludes(document, row.value("settings"_L1)), qPrintable(compact(document).left(2000)));
+        QCOMPARE(document.value("version"_L1), 2);
+        for (auto const& key : row.value("absent"_L1).toArray()) {
+            QVERIFY2(!document.contains(key.toString()), qPrintable(key.toString()));
+        }
+
+        // What was written is read again as it is, and not written once more.
+        auto const again = makers[row.value("action"_L1).toString()]();
+        Documents secondTime(*again);
+        again->init(u"key"_s, QJsonObject{{u"payload"_s, document}});
+        QCOMPARE(secondTime.count(), 0);
+        again->eventReceived(hostEvent(MekZoPluginEventType::kUpdateSettingsEvent), reply);
+        QCOMPARE(secondTime.lastDocument(), document);
+        log->clear(); // some documents name images that do not exist
+    }
+
+    void answersEvents()
+    {
+        SlobsStreamWidget action;
+        Documents documents(action);
+        QVERIFY(action.init(u"key 7"_s));
+        auto const answer = [&](QJsonObject const& message) {
+            QJsonObject reply;
+            reply.insert("result"_L1, action.eventReceived(message, reply));
+            return reply;
+        };
+        QCOMPARE(answer({}), json(R"({"result":-1,"error":403})"));
+        QJsonObject const unknown = json(R"({"result":-1,"error":404})");
+        QCOMPARE(answer(json(R"({"event":"mek.zo.plugin.event.key.up"})")), unknown);
+        QCOMPARE(answer(hostEvent(u"mek.coffee"_s)), unknown);
+        auto const* const mask = action.pluginWidget()->findChild<QLabel*>(u"lblMaskClick"_s);
+        for (auto const& type : {u"app.triggered"_s, u"key.down"_s, u"key.up"_s, u"update.settings"_s}) {
+            QCOMPARE(
+                answer(hostEvent(u"mek.zo.plugin.event."_s + type)), json(R"({"result":0,"success":true})"));
+            QCOMPARE(mask->isHidden(), type != "key.down"_L1);
+        }
+        QVERIFY(log->take(u"debug: [APP EVENT][APP Triggered]"_s)); // not linked
+
+        QCOMPARE(documents.count(), 1);
+        QVERIFY(jsonIncludes(documents.lastMessage(),
+            json(R"({"event":{"type":"mek.zo.plugin.event.set.settings","SDKVersion":"1.0.0",)"
+                 R"("AppVersion":"1.1.0","payload":{"version":2}},"target":"key 7"})")));
+    }
+
+    void reportsEdits()
+    {
+        SlobsStreamWidget action;
+        Documents documents(action);
+        action.init(u"key"_s);
+        auto* const frame = action.propertyWidget()->findChild<QWidget*>(u"base"_s);
+        auto* const edit = frame->findChild<QLineEdit*>(u"lineEdtPluginTitle"_s);
+        QVERIFY(edit->isReadOnly()); // until the host opens the editors
+        QVERIFY(QMetaObject::invokeMethod(frame, "setTitleIsReadOnly", Q_ARG(bool, false)));
+        auto const* const title = action.pluginWidget()->findChild<QLabel*>(u"lblTitle"_s);
+        // The panel begins with the other state than the one that the face shows.
+        for (auto const& [typed, shown] : {std::pair(u"On"_s, u"Stop Stream"_s), {u"Off"_s, u"Off"_s}}) {
+            edit->selectAll();
+            QTest::keyClicks(edit, typed);
+            QCOMPARE(title->text(), shown);
+            QCOMPARE(action.actionTitle(), shown);
+            QVERIFY(QMetaObject::invokeMethod(frame, "setCurrentId", Q_ARG(int, 0)));
+        }
+        QCOMPARE(documents.lastDocument().value("titlelist"_L1), json(R"({"l":["Off","On"]})").value("l"_L1));
+        QCOMPARE(action.actionIconFilePath(), u":/Streamlabs/images/slobs_stream_off.png"_s);
+    }
+
+    void waitsForTheRelay()
+    {
+        for (auto const& [name, query] : {std::pair(u"stream"_s, u"queryStreamingStatus"_s),
+                 {u"record"_s, u"queryRecordingStatus"_s}, {u"scene"_s, u"queryScenes"_s},
+                 {u"source"_s, u"queryScenes"_s}, {u"mute"_s, u"queryAudioList"_s}}) {
+            commands.clear();
+            auto const action = makers[name]();
+            action->init(u"key"_s);
+            QTRY_COMPARE(commands.size(), 3);
+            QCOMPARE(commands.at(0).value("task"_L1), u"remote.command.subscribe.subject"_s);
+            QCOMPARE(commands.at(1).value("event"_L1), u"queryAuthState"_s);
+            QCOMPARE(commands.at(2).value("event"_L1), query);
+        }
+    }
+
+    // Nobody knows what state it is in: a press asks for the one that a streamer notices.
+    void asksForWhatIsMissing()
+    {
+        for (auto const& [name, settings, list, asksFor] :
+            {std::tuple(u"source"_s, R"({"version":2,"scene_id":"s","scene_item_id":"gone"})",
+                 R"({"task":"onQueryScenes","activeId":"s","list":[]})",
+                 R"({"sceneId":"s","sceneItemId":"gone","sourceId":"","visible":true})"),
+                {u"mute"_s, R"({"version":2,"audio_source_id":"gone"})",
+                    R"({"task":"onQueryAudioList","list":[]})", R"({"sourceId":"gone","muted":true})"}}) {
+            QTRY_COMPARE(relay->clientCount(), 0);
+            commands.clear();
+            auto const action = makers[name]();
+            action->init(u"key"_s, {{u"payload"_s, json(settings)}});
+            QTRY_COMPARE(commands.size(), 3); // its subscription and its queries
+            publish(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"t","port":5})");
+            publish(list);
+            QVERIFY(QTest::qWaitFor([&] {
+                action->onAppTriggeredEvent({});
+                return commands.size() > 3;
+            }));
+            QVERIFY2(jsonIncludes(commands.at(3), json(asksFor)), qPrintable(compact(commands.at(3))));
+        }
+    }
+
+    // A relay that acknowledges on request only: asked once, half a second after the connection, and then all
+    // goes on.
+    void asksTheRelayThatDoesNotSpeak()
+    {
+        relay->setAcknowledgesAtOnce(false);
+        SlobsStreamWidget action;
+        QTRY_COMPARE(relay->clientCount(), 1);
+        QElapsedTimer since;
+        since.start();
+        QTRY_COMPARE(commands.size(), 4);
+        QVERIFY2(since.elapsed() >= 450, qPrintable(QString::number(since.elapsed())));
+        QCOMPARE(
+            commands.first(), json(R"({"task":"remote.command.register.to.server","id":"","category":""})"));
+
+        // An answer without success: a line in the log, and nothing sent.
+        commands.clear();
+        relay->sendToAll(uR"({"task":"remote.command.register.to.server","reason":"full"})"_s);
+        QVERIFY(QTest::qWaitFor(
+            [&] { return log->take(u"warning: Slobs::onMessage QJsonObject({\"reason\""_s); }));
+        relay->sendToAll(uR"({"task":"remote.command.register.to.server","success":true})"_s);
+        QVERIFY(!QTest::qWaitFor([&] { return !commands.isEmpty(); }, 700));
+    }
+
+    void knowsNothingWithoutTheRelay()
+    {
+        SlobsStreamWidget action;
+        action.init(u"key"_s);
+        auto const* const mask = action.pluginWidget()->findChild<QLabel*>(u"lblMaskInvalid"_s);
+        auto const* const pane = action.propertyWidget()->findChild<QLabel*>(u"txtWarningMessage"_s);
+        auto* const button = action.propertyWidget()->findChild<QPushButton*>(u"btnGoAuth"_s);
+        QVERIFY(!mask->isHidden()); // nobody has said yet that the link is there
+        QTRY_COMPARE(relay->subscriberCount(responses), 1);
+        publish(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"t","port":5})");
+        publish(R"({"task":"onQueryStreamingStatus","streamingStatus":"starting"})");
+        QTRY_COMPARE(action.actionTitle(), u"Stream"_s);
+        QVERIFY(mask->isHidden() && pane->isHidden());
+        publish(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"","port":5})");
+        QTRY_VERIFY(!pane->isHidden()); // without a token there is nothing to be linked with
+        QSignalSpy pages(relay.get(), &RelayServer::settingsPageRequested);
+        QTest::mouseClick(button, Qt::LeftButton);
+        QTRY_COMPARE(pages, QList({QVariantList({7})}));
+        publish(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"t","port":5})");
+        QTRY_VERIFY(pane->isHidden());
+        relay->drop();
+        QTRY_VERIFY(!mask->isHidden());
+        QVERIFY(!pane->isHidden());
+    }
+
+    // An attempt that fails at once fails while the action is being made.
+    void startsWithoutAnyConnection()
+    {
+#ifdef Q_OS_UNIX
+        rlimit limit{};
+        QCOMPARE(getrlimit(RLIMIT_NOFILE, &limit), 0);
+        rlimit const none{0, limit.rlim_max};
+        for (auto const maker : makers) {
+            maker(); // fonts and the like are read at the first time
+            QCOMPARE(setrlimit(RLIMIT_NOFILE, &none), 0);
+            auto const action = maker();
+            setrlimit(RLIMIT_NOFILE, &limit);
+            QVERIFY(action->pluginWidget() && action->propertyWidget());
+        }
+#endif
+    }
+
+    void logsPanelMessagesWithoutATask()
+    {
+        for (auto const& [name, kind] :
+            {std::pair(u"scene"_s, u"Scene"_s), {u"source"_s, u"Source"_s}, {u"mute"_s, u"Audio"_s}}) {
+            auto const action = makers[name]();
+            Documents documents(*action);
+            action->init(u"key"_s);
+            action->onPropertyMessageReceived(json(R"({"payload":{"scene_id":"x"}})"));
+            QVERIFY(log->take(u"warning: Slobs%1Widget::onPropertyMessageReceived"_s.arg(kind)));
+            action->onPropertyMessageReceived(json(R"({"task":"dance"})"));
+            QCOMPARE(documents.count(), 0);
+        }
+    }
+
+    void endsInAnyOrder()
+    {
+        // a: action, f: face, p: panel, r: relay, F and P: adopted by the host
+        for (auto const& order : u"a fpa pfa Fa Pa FPa ra FPra fa pra"_s.split(u' ')) {
+            for (auto const maker : makers) {
+                auto host = std::make_unique<QWidget>();
+                auto action = maker();
+                action->init(u"key"_s);
+                QPointer<QWidget> const face = action->pluginWidget();
+                QPointer<QWidget> const panel = action->propertyWidget();
+                QMap<QChar, std::function<void()>> const steps{{u'a', [&] { action.reset(); }},
+                    {u'f', [&] { delete face.data(); }}, {u'p', [&] { delete panel.data(); }},
+                    {u'F', [&] { face->setParent(host.get()); }},
+                    {u'P', [&] { panel->setParent(host.get()); }}, {u'r', [&] { relay->drop(); }}};
+                for (QChar const step : order) {
+                    steps[step]();
+                    QCoreApplication::processEvents();
+                }
+                // What the host has adopted is its own, the rest is gone.
+                QVERIFY2(face.isNull() != order.contains(u'F'), qPrintable(order));
+                QVERIFY2(panel.isNull() != order.contains(u'P'), qPrintable(order));
+                if (face) {
+                    face->grab();
+                }
+                host.reset();
+                QVERIFY(face.isNull() && panel.isNull());
+                QCoreApplication::processEvents();
+            }
+        }
+    }
+
+    // A host may delete an action over what it hears from it.
+    void endsInsideItsOwnSignal_data()
+    {
+        using Cause = std::function<void(BaseSlobsWidget*)>;
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<Cause>("cause");
+        QTest::addColumn<bool>("adopted");
+        auto const row = [](QString const& action, char const* what, Cause const& cause) {
+            QTest::addRow("%s: %s", qPrintable(action), what) << action << cause << false;
+            QTest::addRow("%s: %s, adopted panel", qPrintable(action), what) << action << cause << true;
+        };
+        auto const panelOf = [](BaseSlobsWidget* action) {
+            return qobject_cast<BaseSlobsPropertyView*>(action->propertyWidget());
+        };
+        for (auto const& name : makers.keys()) {
+            row(name, "legacy document", [](BaseSlobsWidget* action) {
+                QVERIFY(action->init(u"key"_s, {{u"payload"_s, json(R"({"title":["a","b"]})")}}));
+            });
+        }
+        row(u"stream"_s, "event", [](BaseSlobsWidget* action) {
+            QJsonObject reply;
+            QCOMPARE(action->eventReceived(hostEvent(MekZoPluginEventType::kUpdateSettingsEvent), reply), 0);
+            QCOMPARE(reply, json(R"({"success":true})"));
+        });
+        row(u"stream"_s, "title", [panelOf](BaseSlobsWidget* action) {
+            auto* const edit = panelOf(action)->findChild<QLineEdit*>();
+            edit->setReadOnly(false);
+            QTest::keyClicks(edit, u"x"_s);
+        });
+        for (auto const& [name, list] : {std::pair(u"scene"_s, u"dropdownSceneList"_s),
+                 {u"source"_s, u"dropdownSceneList"_s}, {u"mute"_s, u"dropdownAudioList"_s}}) {
+            row(name, "target", [panelOf, list = list](BaseSlobsWidget* action) {
+                emit panelOf(action)->findChild<QComboBox*>(list)->activated(0);
+            });
+        }
+        row(u"scene"_s, "target and login", [panelOf](BaseSlobsWidget* action) {
+            emit panelOf(action)->sendToWidget(
+                json(R"({"task":"setWidgetSettings","event":"openSettingsAuth"})"));
+        });
+    }
+
+    void endsInsideItsOwnSignal()
+    {
+        QFETCH(QString, name);
+        QFETCH(std::function<void(BaseSlobsWidget*)>, cause);
+        QFETCH(bool, adopted);
+        QWidget host;
+        QPointer<BaseSlobsWidget> const action = makers[name]().release();
+        QPointer<QWidget> const panel = action->propertyWidget();
+        panel->setParent(adopted ? &host : nullptr);
+        action->init(u"key"_s);
+        connect(action, &ZOPlugin::eventSent, &host, [&] { delete action; });
+        cause(action);
+        QVERIFY(!action);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(panel.isNull(), !adopted);
+        log->take(u"warning: convert legacy data to new format"_s);
+    }
+
+    // A host may keep the parts of the login pane wherever it likes.
+    void showsALoginPaneOfItsOwn()
+    {
+        SlobsStreamWidget action;
+        auto* const panel = qobject_cast<BaseSlobsPropertyView*>(action.propertyWidget());
+        QPushButton button;
+        QLabel label;
+        panel->registerLoginPane(&button, &label);
+        QVERIFY(button.isHidden() && label.isHidden());
+        action.init(u"key"_s); // not linked
+        QVERIFY(button.isVisible() && label.isVisible());
+        panel->onStreamlabsStateChanged(true, u"token"_s, 5);
+        QVERIFY(button.isHidden() && label.isHidden());
+    }
+
+    // Actions come and go while everything runs: connecting, pressed, in the middle of lists and animations.
+    void endsAtAnyMoment()
+    {
+        StreamlabsStandIn desktop;
+        desktop.model().setTransitionTime(std::chrono::milliseconds(0));
+        QVERIFY(desktop.start());
+        auto service = std::make_unique<StreamlabsService>();
+        service->init(relay.get());
+        service->connectSlobs(desktop.token(), desktop.port());
+        QTRY_COMPARE(desktop.authorizedCount(), 1);
+
+        QRandomGenerator random(4);
+        QWidget host;
+        host.show();
+        std::array<Made, 6> actions;
+        std::function<void(Made&)> const events[] = {
+            [&](Made& action) {
+                action = makers.values().at(random.bounded(makers.size()))();
+                action->init(u"key"_s);
+                if (random.bounded(2) == 0) {
+                    action->pluginWidget()->setParent(&host);
+                    action->pluginWidget()->show();
+                }
+            },
+            [](Made& action) { action ? action->onKeyDownEvent({}) : 0; },
+            [](Made& action) { action ? action->onAppTriggeredEvent({}) : 0; },
+            [](Made& action) { delete (action ? action->pluginWidget() : nullptr); },
+            [](Made& action) { action.reset(); },
+            [&](Made&) {
+                desktop.model().switchScene(random.bounded(2) == 0 ? u"配信終了"_s : u"Just Chatting"_s);
+            },
+        };
+        for (int round = 0; round < 400; ++round) {
+            events[random.bounded(7U) % 6U](actions.at(random.bounded(6U))); // a new one comes most often
+            for (quint32 i = random.bounded(4U); i > 0; --i) {
+                QCoreApplication::processEvents();
+            }
+            if (round == 200) {
+                relay->drop();
+            }
+            if (round == 300) {
+                service.reset();
+            }
+        }
+        actions = {};
+        QCoreApplication::processEvents();
+        log->clear();
+    }
+};
+
+QTEST_MAIN(tst_Actions)
+#include "tst_Actions.moc"
