@@ -20,7 +20,7 @@ constexpr int kArcWidth = 10;
 constexpr int kArcStart = 230;
 constexpr int kArcSweep = -280;
 // What QPainter counts in.
-constexpr int kPerDegree = 16;
+constexpr int kSixteenths = 16;
 
 } // namespace
 
@@ -64,7 +64,7 @@ void BaseKnobStateWidget::updateIconView(QColor const& color)
     painter.setRenderHint(QPainter::Antialiasing);
     if (color.isValid()) {
         painter.setPen(QPen(color, kArcWidth, Qt::SolidLine, Qt::SquareCap));
-        painter.drawArc(kArc, kArcStart * kPerDegree, kArcSweep * kPerDegree);
+        painter.drawArc(kArc, kArcStart * kSixteenths, kArcSweep * kSixteenths);
     }
     painter.drawImage(0, 0, knob);
     painter.end();

@@ -14,8 +14,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kSmallestSize = 6;
-constexpr int kLargestSize = 18;
+constexpr int kSmallestOffered = 6;
+constexpr int kLargestOffered = 18;
 
 enum AlignmentId { Left, Center, Right };
 
@@ -117,7 +117,7 @@ void ZoDisplayViewTextSetting::fillLists()
     for (QString const& family : QFontDatabase::families()) {
         ui->comboBoxFontFamily->addItem(family, family);
     }
-    for (int size = kSmallestSize; size <= kLargestSize; ++size) {
+    for (int size = kSmallestOffered; size <= kLargestOffered; ++size) {
         ui->comboBoxFontSize->addItem(u"%1 px"_s.arg(size), size);
     }
 }
