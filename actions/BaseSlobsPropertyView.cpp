@@ -1,5 +1,6 @@
 #include "actions/BaseSlobsPropertyView.h"
 
+#include "actions/SlobsPanelMessages.h"
 #include "uikit/BasePropertyWidget.h"
 #include "uikit/Visibility.h"
 
@@ -175,7 +176,7 @@ void BaseSlobsPropertyView::registerLoginPane(QPushButton* button, QLabel* label
 
 void BaseSlobsPropertyView::onLoginButtonClicked()
 {
-    emit sendToWidget({{u"event"_s, u"openSettingsAuth"_s}});
+    emit sendToWidget(SlobsPanelMessages::toOpenLogin());
 }
 
 void BaseSlobsPropertyView::onWidgetMessageReceived([[maybe_unused]] QJsonObject const& message) {}

@@ -3,6 +3,7 @@
 #include "actions/BaseSlobsDisplayView.h"
 #include "actions/BaseSlobsPropertyView.h"
 #include "actions/SlobsAgent.h"
+#include "actions/SlobsPanelMessages.h"
 #include "relay/MekZoPluginEventType.h"
 #include "relay/ZoLumenProxy.h"
 #include "relay/ZoRemoteCommands.h"
@@ -219,9 +220,7 @@ void BaseSlobsWidget::Impl::initSlobsAgent(QString const& id, QString const& cat
     constexpr auto kPatience = std::chrono::milliseconds(500);
     registration.setSingleShot(true);
     registration.setInterval(kPatience);
-    registration.callOnTimeout(q, [this, id, category] {
-        agent.sendRccEvent({{u"task"_s, kRegisterToServer}, {u"id"_s, id}, {u"category"_s, category}});
-    });
+    registration.callOnTimeout(q, [this, id, category] { agent.registerToServer(id, category); });
     connect(&agent, &SlobsAgent::connected, q, [this] { registration.start(); });
     connect(&agent, &SlobsAgent::disconnected, q, [this] {
         registration.stop();
@@ -254,7 +253,7 @@ void BaseSlobsWidget::Impl::onPropertyMessageReceived(QJsonObject const& message
 {
     QPointer<BaseSlobsWidget> const self(q);
     q->onPropertyMessageReceived(message);
-    if (self && message.value(kFieldEvent) == "openSettingsAuth"_L1) {
+    if (self && SlobsPanelMessages::isOpenLogin(message)) {
         agent.showSettingsLogin();
     }
 }
@@ -569,5 +568,5 @@ void BaseSlobsWidget::sendToViews(QJsonObject const& message)
 
 void BaseSlobsWidget::sendSettingsToViews(QJsonObject const& document)
 {
-    sendToViews({{u"task"_s, SlobsAgentPrivate::kCcGetWidgetSettings}, {u"payload"_s, document}});
+    sendToViews(SlobsPanelMessages::toGetSettings(document));
 }

@@ -1,7 +1,9 @@
 #include "actions/SlobsAudioDisplayView.h"
 
-#include "actions/SlobsAgent.h"
+#include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettingsKeys.h"
 #include "actions/SlobsTarget.h"
+#include "streamlabs/SlobsMessages.h"
 
 #include <algorithm>
 #include <utility>
@@ -18,12 +20,13 @@ void SlobsAudioDisplayView::refreshUiState()
 
 void SlobsAudioDisplayView::onWidgetMessageReceived(QJsonObject const& message)
 {
-    QString const task = message.value("task"_L1).toString();
+    QString const task = SlobsMessages::nameOf(message);
     if (task == SlobsAgentPrivate::kQueryAudioListResult) {
-        SlobsAgent::fromAudioList(message, sources);
+        SlobsMessages::fromAudioList(message, sources);
     } else if (task == SlobsAgentPrivate::kCcGetWidgetSettings ||
                task == SlobsAgentPrivate::kCcSetWidgetSettings) {
-        sourceId = message.value("payload"_L1).toObject().value(SlobsSettingsKeys::kAudioSourceId).toString();
+        sourceId =
+            SlobsPanelMessages::settingsOf(message).value(SlobsSettingsKeys::kAudioSourceId).toString();
     } else {
         return;
     }

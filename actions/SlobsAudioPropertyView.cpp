@@ -1,6 +1,8 @@
 #include "actions/SlobsAudioPropertyView.h"
 
-#include "actions/SlobsAgent.h"
+#include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettingsKeys.h"
+#include "streamlabs/SlobsMessages.h"
 #include "ui_SlobsAudioPropertyView.h"
 
 #include <QDebug>
@@ -22,15 +24,15 @@ SlobsAudioPropertyView::~SlobsAudioPropertyView() = default;
 
 void SlobsAudioPropertyView::onWidgetMessageReceived(QJsonObject const& message)
 {
-    QString const task = message.value("task"_L1).toString();
+    QString const task = SlobsMessages::nameOf(message);
     if (task == SlobsAgentPrivate::kQueryAudioListResult) {
         QList<AudioSource> list;
-        SlobsAgent::fromAudioList(message, list);
+        SlobsMessages::fromAudioList(message, list);
         sources = toChoices(list, &AudioSource::sourceId);
         source.name = nameOf(sources, source.id, source.name);
     } else if (task == SlobsAgentPrivate::kCcGetWidgetSettings) {
         source =
-            SlobsTarget::fromJson(message.value("payload"_L1).toObject(), kAudioSourceId, kAudioSourceName);
+            SlobsTarget::fromJson(SlobsPanelMessages::settingsOf(message), kAudioSourceId, kAudioSourceName);
     } else {
         return;
     }
@@ -52,7 +54,7 @@ void SlobsAudioPropertyView::onAudioSourceChosen()
     QJsonObject payload;
     source.writeTo(payload, kAudioSourceId, kAudioSourceName);
     refreshAudioList();
-    emit sendToWidget({{u"task"_s, SlobsAgentPrivate::kCcSetWidgetSettings}, {u"payload"_s, payload}});
+    emit sendToWidget(SlobsPanelMessages::toSetSettings(payload));
 }
 
 void SlobsAudioPropertyView::retranslateUi()

@@ -3,6 +3,8 @@
 #include "actions/SlobsAgent.h"
 #include "actions/SlobsAudioDisplayView.h"
 #include "actions/SlobsAudioPropertyView.h"
+#include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettingsKeys.h"
 
 #include <QDebug>
 
@@ -84,7 +86,7 @@ int SlobsAudioWidget::onAppTriggeredEvent([[maybe_unused]] QJsonObject const& ev
 
 QString SlobsAudioWidget::refreshTask() const
 {
-    return SlobsPanelTasks::kRefreshAudioList;
+    return SlobsPanelMessages::kRefreshAudioList;
 }
 
 void SlobsAudioWidget::refreshList()

@@ -1,6 +1,6 @@
 #include "actions/SlobsOutputDisplayView.h"
 
-using namespace Qt::StringLiterals;
+#include "streamlabs/SlobsMessages.h"
 
 SlobsOutputDisplayView::SlobsOutputDisplayView(SlobsOutput const& kind, QWidget* parent)
     : BaseSlobsDisplayView(parent), output(kind)
@@ -13,7 +13,7 @@ void SlobsOutputDisplayView::refreshUiState()
 
 void SlobsOutputDisplayView::onWidgetMessageReceived(QJsonObject const& message)
 {
-    if (message.value("task"_L1) == output.resultTask) {
+    if (SlobsMessages::nameOf(message) == output.resultTask) {
         output.decode(message, status);
         refreshUiState();
     }

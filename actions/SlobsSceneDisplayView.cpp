@@ -1,7 +1,9 @@
 #include "actions/SlobsSceneDisplayView.h"
 
-#include "actions/SlobsAgent.h"
+#include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettingsKeys.h"
 #include "actions/SlobsTarget.h"
+#include "streamlabs/SlobsMessages.h"
 
 #include <algorithm>
 #include <utility>
@@ -18,12 +20,12 @@ void SlobsSceneDisplayView::refreshUiState()
 
 void SlobsSceneDisplayView::onWidgetMessageReceived(QJsonObject const& message)
 {
-    QString const task = message.value("task"_L1).toString();
+    QString const task = SlobsMessages::nameOf(message);
     if (task == SlobsAgentPrivate::kQueryScenesResult) {
-        SlobsAgent::fromSceneList(message, scenes, activeSceneId);
+        SlobsMessages::fromSceneList(message, scenes, activeSceneId);
     } else if (task == SlobsAgentPrivate::kCcGetWidgetSettings ||
                task == SlobsAgentPrivate::kCcSetWidgetSettings) {
-        sceneId = message.value("payload"_L1).toObject().value(SlobsSettingsKeys::kSceneId).toString();
+        sceneId = SlobsPanelMessages::settingsOf(message).value(SlobsSettingsKeys::kSceneId).toString();
     } else {
         return;
     }

@@ -1,6 +1,8 @@
 #include "actions/SlobsScenePropertyView.h"
 
-#include "actions/SlobsAgent.h"
+#include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettingsKeys.h"
+#include "streamlabs/SlobsMessages.h"
 #include "ui_SlobsScenePropertyView.h"
 
 using namespace Qt::StringLiterals;
@@ -14,22 +16,22 @@ SlobsScenePropertyView::SlobsScenePropertyView(QWidget* parent)
     registerLoginPane(ui->btnGoAuth, ui->txtWarningMessage);
     connect(ui->dropdownSceneList, &QComboBox::activated, this, &SlobsScenePropertyView::onSceneChosen);
     connect(ui->btnRefresh, &QPushButton::clicked, this,
-        [this] { emit sendToWidget({{u"task"_s, SlobsPanelTasks::kRefreshScene}}); });
+        [this] { emit sendToWidget(SlobsPanelMessages::toTask(SlobsPanelMessages::kRefreshScene)); });
 }
 
 SlobsScenePropertyView::~SlobsScenePropertyView() = default;
 
 void SlobsScenePropertyView::onWidgetMessageReceived(QJsonObject const& message)
 {
-    QString const task = message.value("task"_L1).toString();
+    QString const task = SlobsMessages::nameOf(message);
     if (task == SlobsAgentPrivate::kQueryScenesResult) {
         QList<StreamlabsApiPrivate::Scene> list;
         QString activeId;
-        SlobsAgent::fromSceneList(message, list, activeId);
+        SlobsMessages::fromSceneList(message, list, activeId);
         scenes = toChoices(list, &StreamlabsApiPrivate::Scene::id);
         scene.name = nameOf(scenes, scene.id, scene.name);
     } else if (task == SlobsAgentPrivate::kCcGetWidgetSettings) {
-        scene = SlobsTarget::fromJson(message.value("payload"_L1).toObject(), kSceneId, kSceneName);
+        scene = SlobsTarget::fromJson(SlobsPanelMessages::settingsOf(message), kSceneId, kSceneName);
     } else {
         return;
     }
@@ -53,5 +55,5 @@ void SlobsScenePropertyView::onSceneChosen()
     QJsonObject payload;
     scene.writeTo(payload, kSceneId, kSceneName);
     refreshSceneList();
-    emit sendToWidget({{u"task"_s, SlobsAgentPrivate::kCcSetWidgetSettings}, {u"payload"_s, payload}});
+    emit sendToWidget(SlobsPanelMessages::toSetSettings(payload));
 }

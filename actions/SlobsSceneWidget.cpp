@@ -1,8 +1,10 @@
 #include "actions/SlobsSceneWidget.h"
 
 #include "actions/SlobsAgent.h"
+#include "actions/SlobsPanelMessages.h"
 #include "actions/SlobsSceneDisplayView.h"
 #include "actions/SlobsScenePropertyView.h"
+#include "actions/SlobsSettingsKeys.h"
 
 #include <QDebug>
 
@@ -72,7 +74,7 @@ int SlobsSceneWidget::onAppTriggeredEvent(QJsonObject const& event)
 
 QString SlobsSceneWidget::refreshTask() const
 {
-    return SlobsPanelTasks::kRefreshScene;
+    return SlobsPanelMessages::kRefreshScene;
 }
 
 void SlobsSceneWidget::refreshList()

@@ -1,25 +1,26 @@
 #include "actions/SlobsSourceDisplayView.h"
 
-#include "actions/SlobsAgent.h"
-#include "actions/SlobsSourceWidget.h"
+#include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettingsKeys.h"
+#include "streamlabs/SlobsMessages.h"
 
 using namespace Qt::StringLiterals;
 
 void SlobsSourceDisplayView::refreshUiState()
 {
-    auto const* item = SlobsSourceWidget::findItem(scenes, sceneId, sceneItemId);
+    auto const* item = StreamlabsApiPrivate::findItem(scenes, sceneId, sceneItemId);
     showState(item && item->visible ? 1 : 0, item && authorized);
 }
 
 void SlobsSourceDisplayView::onWidgetMessageReceived(QJsonObject const& message)
 {
-    QString const task = message.value("task"_L1).toString();
+    QString const task = SlobsMessages::nameOf(message);
     if (task == SlobsAgentPrivate::kQueryScenesResult) {
         QString activeId;
-        SlobsAgent::fromSceneList(message, scenes, activeId);
+        SlobsMessages::fromSceneList(message, scenes, activeId);
     } else if (task == SlobsAgentPrivate::kCcGetWidgetSettings ||
                task == SlobsAgentPrivate::kCcSetWidgetSettings) {
-        QJsonObject const payload = message.value("payload"_L1).toObject();
+        QJsonObject const payload = SlobsPanelMessages::settingsOf(message);
         sceneId = payload.value(SlobsSettingsKeys::kSceneId).toString();
         sceneItemId = payload.value(SlobsSettingsKeys::kSceneItemId).toString();
     } else {

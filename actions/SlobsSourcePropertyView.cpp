@@ -1,6 +1,8 @@
 #include "actions/SlobsSourcePropertyView.h"
 
-#include "actions/SlobsAgent.h"
+#include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettingsKeys.h"
+#include "streamlabs/SlobsMessages.h"
 #include "ui_SlobsSourcePropertyView.h"
 
 #include <QDebug>
@@ -23,19 +25,19 @@ SlobsSourcePropertyView::SlobsSourcePropertyView(QWidget* parent)
     connect(
         ui->dropdownSceneItemList, &QComboBox::activated, this, &SlobsSourcePropertyView::onSceneItemChosen);
     connect(ui->btnRefresh, &QPushButton::clicked, this,
-        [this] { emit sendToWidget({{u"task"_s, SlobsPanelTasks::kRefreshScene}}); });
+        [this] { emit sendToWidget(SlobsPanelMessages::toTask(SlobsPanelMessages::kRefreshScene)); });
 }
 
 SlobsSourcePropertyView::~SlobsSourcePropertyView() = default;
 
 void SlobsSourcePropertyView::onWidgetMessageReceived(QJsonObject const& message)
 {
-    QString const task = message.value("task"_L1).toString();
+    QString const task = SlobsMessages::nameOf(message);
     if (task == SlobsAgentPrivate::kQueryScenesResult) {
         QString activeId;
-        SlobsAgent::fromSceneList(message, scenes, activeId);
+        SlobsMessages::fromSceneList(message, scenes, activeId);
     } else if (task == SlobsAgentPrivate::kCcGetWidgetSettings) {
-        QJsonObject const payload = message.value("payload"_L1).toObject();
+        QJsonObject const payload = SlobsPanelMessages::settingsOf(message);
         scene = SlobsTarget::fromJson(payload, kSceneId, kSceneName);
         item = SlobsTarget::fromJson(payload, kSceneItemId, kSceneItemName);
     } else {
@@ -90,7 +92,7 @@ void SlobsSourcePropertyView::onSceneItemChosen()
     scene.writeTo(payload, kSceneId, kSceneName);
     item.writeTo(payload, kSceneItemId, kSceneItemName);
     refreshLists();
-    emit sendToWidget({{u"task"_s, SlobsAgentPrivate::kCcSetWidgetSettings}, {u"payload"_s, payload}});
+    emit sendToWidget(SlobsPanelMessages::toSetSettings(payload));
 }
 
 void SlobsSourcePropertyView::retranslateUi()

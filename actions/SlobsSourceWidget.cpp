@@ -1,6 +1,8 @@
 #include "actions/SlobsSourceWidget.h"
 
 #include "actions/SlobsAgent.h"
+#include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettingsKeys.h"
 #include "actions/SlobsSourceDisplayView.h"
 #include "actions/SlobsSourcePropertyView.h"
 
@@ -78,17 +80,6 @@ void SlobsSourceWidget::rememberNames()
     }
 }
 
-Source const* SlobsSourceWidget::findItem(
-    QList<Scene> const& scenes, QString const& sceneId, QString const& itemId)
-{
-    auto const scene = std::ranges::find(scenes, sceneId, &Scene::id);
-    if (scene == scenes.end() || itemId.isEmpty()) {
-        return nullptr;
-    }
-    auto const node = std::ranges::find(scene->nodes, itemId, &Source::sceneItemId);
-    return node == scene->nodes.end() ? nullptr : &*node;
-}
-
 int SlobsSourceWidget::onAppTriggeredEvent([[maybe_unused]] QJsonObject const& event)
 {
     if (!authorized || item.id.isEmpty()) {
@@ -109,7 +100,7 @@ int SlobsSourceWidget::onAppTriggeredEvent([[maybe_unused]] QJsonObject const& e
 
 QString SlobsSourceWidget::refreshTask() const
 {
-    return SlobsPanelTasks::kRefreshScene;
+    return SlobsPanelMessages::kRefreshScene;
 }
 
 void SlobsSourceWidget::refreshList()

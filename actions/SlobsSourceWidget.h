@@ -22,10 +22,6 @@ public:
     //! have.
     int onAppTriggeredEvent(QJsonObject const& event) override;
 
-    //! The item \a itemId of the scene \a sceneId, or null.
-    static StreamlabsApiPrivate::Source const* findItem(
-        QList<StreamlabsApiPrivate::Scene> const& scenes, QString const& sceneId, QString const& itemId);
-
 protected:
     void readSettings(QJsonObject const& payload) override;
     QString refreshTask() const override;

@@ -1,12 +1,12 @@
 #include "actions/SlobsTargetWidget.h"
 
 #include "actions/SlobsAgent.h"
+#include "actions/SlobsPanelMessages.h"
+#include "relay/ZoRemoteCommands.h"
 
 #include <QDebug>
 #include <QJsonDocument>
 #include <QPointer>
-
-using namespace Qt::StringLiterals;
 
 void SlobsTargetWidget::startWithPayload(QJsonObject const& payload)
 {
@@ -21,14 +21,14 @@ void SlobsTargetWidget::onStreamlabsStateChanged(bool isAuthorized, QString cons
 
 void SlobsTargetWidget::onPropertyMessageReceived(QJsonObject const& message)
 {
-    if (!message.contains("task"_L1)) {
+    if (!message.contains(ZoRemoteFields::kFieldTask)) {
         qWarning("%s::onPropertyMessageReceived %s", metaObject()->className(),
             QJsonDocument(message).toJson(QJsonDocument::Compact).constData());
         return;
     }
-    QString const task = message.value("task"_L1).toString();
+    QString const task = SlobsMessages::nameOf(message);
     if (task == SlobsAgentPrivate::kCcSetWidgetSettings) {
-        readSettings(message.value("payload"_L1).toObject());
+        readSettings(SlobsPanelMessages::settingsOf(message));
         QPointer<SlobsTargetWidget> const self(this); // the host may delete the action over its settings
         saveWidgetSettings();
         if (self) {

@@ -9,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-BareHops::BareHops(Texts texts, Leaving leaving) : messages(std::move(texts)), leavingWay(leaving)
+BareHops::BareHops(Texts texts) : messages(std::move(texts))
 {
     prepare(first);
     prepare(second);
@@ -34,7 +34,7 @@ void BareHops::prepare(Hop& hop)
         hop.peer->setParent(&hop.upgrader);
         connect(hop.peer, &QWebSocket::textMessageReceived, this, [this, &hop] {
             if (&hop == &first) {
-                sendFrom(second.client, messages.request);
+                second.client.sendTextMessage(messages.request);
                 return;
             }
             arrived = true;
@@ -43,14 +43,6 @@ void BareHops::prepare(Hop& hop)
             }
         });
     });
-}
-
-void BareHops::sendFrom(QWebSocket& client, QString const& text) const
-{
-    client.sendTextMessage(text);
-    if (leavingWay == Leaving::AtOnce) {
-        client.flush();
-    }
 }
 
 bool BareHops::connectBoth()
@@ -72,7 +64,7 @@ void BareHops::run()
     answers = true;
     done = false;
     answered = 0;
-    sendFrom(first.client, messages.there);
+    first.client.sendTextMessage(messages.there);
     while (!done) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
@@ -82,7 +74,7 @@ void BareHops::runThere()
 {
     answers = false;
     arrived = false;
-    sendFrom(first.client, messages.there);
+    first.client.sendTextMessage(messages.there);
     while (!arrived) {
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }

@@ -24,11 +24,7 @@ public:
         QString back;
     };
 
-    //! When the clients' messages leave: at the event loop's next turn, as with any QWebSocket, or while they
-    //! are sent, as those of the package do.
-    enum class Leaving { Later, AtOnce };
-
-    explicit BareHops(Texts texts, Leaving leaving = Leaving::Later);
+    explicit BareHops(Texts texts);
 
     //! Waits for both connections.
     bool connectBoth();
@@ -48,10 +44,8 @@ private:
     };
 
     void prepare(Hop& hop);
-    void sendFrom(QWebSocket& client, QString const& text) const;
 
     Texts messages;
-    Leaving leavingWay;
     Hop first;
     Hop second;
     qsizetype answered = 0;

@@ -153,10 +153,11 @@ QList<BenchRow> pressAndFace()
     }
     QString const bare = u"the same bytes over bare WebSockets"_s;
     QString const bareFace = bare + u", then the same face told directly"_s;
+    constexpr double kPressLimit = 2;
     constexpr double kLimit = 1.5;
-    return {row(u"press to request, through the library (median)"_s, bare, kLimit, pressTimes, thereTimes,
-                kMedian),
-        row(u"press to request, through the library (99th percentile)"_s, bare, kLimit, pressTimes,
+    return {row(u"press to request, through the library (median)"_s, bare, kPressLimit, pressTimes,
+                thereTimes, kMedian),
+        row(u"press to request, through the library (99th percentile)"_s, bare, kPressLimit, pressTimes,
             thereTimes, kTail),
         row(u"status event to repainted face (median)"_s, bareFace, kLimit, faceTimes, backTimes, kMedian),
         row(u"status event to repainted face (99th percentile)"_s, bareFace, kLimit, faceTimes, backTimes,

@@ -1,9 +1,10 @@
 #include "actions/SlobsAgent.h"
-#include "actions/SlobsMessagePool.h"
 #include "bench/BenchRow.h"
 #include "streamlabs/SceneListCache.h"
 
 #include <QJsonDocument>
+
+#include <vector>
 
 using namespace Qt::StringLiterals;
 using namespace StreamlabsApiPrivate;
@@ -60,10 +61,14 @@ private:
 class Agents
 {
 public:
-    explicit Agents(std::size_t agents)
+    explicit Agents(std::size_t count) : agents(count)
     {
-        for (std::size_t i = 0; i < agents; ++i) {
-            pools.push_back(SlobsMessagePool::shared());
+        for (auto& agent : agents) {
+            agent.addRccEventHandler(
+                SlobsAgentPrivate::kQueryScenesResult, [this](QJsonObject const& message) {
+                    QString activeId;
+                    SlobsAgent::fromSceneList(message, scenes, activeId);
+                });
         }
     }
 
@@ -71,21 +76,19 @@ public:
     double handle(QString const& text)
     {
         double sum = 0;
-        for (auto const& pool : pools) {
+        for (auto& agent : agents) {
             QString const copy(text.constData(), text.size());
             sum += microseconds([&] {
-                auto const message = pool->take(copy);
-                SlobsMessagePool::Handling const handling(message);
-                QString activeId;
-                SlobsAgent::fromSceneList(*message->object(), sceneText, activeId);
+                QMetaObject::invokeMethod(
+                    &agent, "onTextMessageReceived", Qt::DirectConnection, Q_ARG(QString, copy));
             });
         }
         return sum;
     }
 
 private:
-    std::vector<std::shared_ptr<SlobsMessagePool>> pools;
-    QList<Scene> sceneText;
+    std::vector<SlobsAgent> agents;
+    QList<Scene> scenes;
 };
 
 QList<BenchRow> publishOneChange()

@@ -8,11 +8,11 @@
 //   @NX  at the N-th call that the service makes from here on (a publication, an event, a frame), X happens
 //   inside
 
-#include "actions/SlobsAgent.h"
 #include "fuzz/Fuzz.h"
 #include "relay/ZoInterfaceRcc.h"
 #include "relay/ZoRemoteCommands.h"
 #include "streamlabs/SceneListCache.h"
+#include "streamlabs/SlobsMessages.h"
 #include "streamlabs/SockJsSocket.h"
 #include "streamlabs/StreamlabsService.h"
 

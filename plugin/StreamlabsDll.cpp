@@ -6,6 +6,8 @@
 #include "actions/SlobsSourceWidget.h"
 #include "actions/SlobsStreamWidget.h"
 #include "plugin/MekPluginCategories.h"
+#include "relay/MekZoPluginEventType.h"
+#include "relay/ZoRemoteCommands.h"
 #include "streamlabs/StreamlabsService.h"
 
 #include <QDebug>
@@ -125,8 +127,8 @@ void StreamlabsDll::onTask(QJsonObject const& task, [[maybe_unused]] QJsonObject
 {
     qDebug() << "StreamlabsDll::onMessage" << task;
     auto const service = d->running();
-    QString const name = task.value("task"_L1).toString();
-    QJsonObject const payload = task.value("payload"_L1).toObject();
+    QString const name = task.value(ZoRemoteFields::kFieldTask).toString();
+    QJsonObject const payload = task.value(MekZoPluginEventType::kFieldPayload).toObject();
     if (service && (name == "reconnect"_L1 || name == "disconnect"_L1)) {
         service->closeSlobs();
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "relay/WebSocketClient.h"
+#include "relay/ZoRemoteCommands.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -37,33 +38,33 @@ public:
     //! {"task", "subject": string}
     void subjectSendMessage(QString const& subject);
     //! {"task"}
-    void queryMixerMute();
+    void queryMixerMute() { sendCommand(ZoRemoteCommands::kQueryMixerMute); }
     //! {"task", "muted": bool, "mixers": array}
     void updateMixerMute(bool muted, QJsonArray const& mixers);
     //! {"task"}
-    void queryMixerVolume();
+    void queryMixerVolume() { sendCommand(ZoRemoteCommands::kQueryMixerVolume); }
     //! {"task", "deck": number, "category": number, "volume": number}
     void updateMixerVolume(int deck, int category, int volume);
     //! {"task"}
-    void queryMixerEffect();
+    void queryMixerEffect() { sendCommand(ZoRemoteCommands::kQueryMixerEffect); }
     //! {"task", "enable": bool, "effectType": number, "presetId": number}
     void updateMixerEffect(bool enable, int effectType, int presetId);
     //! {"task"}
-    void queryHeadphoneOutput();
+    void queryHeadphoneOutput() { sendCommand(ZoRemoteCommands::kQueryHeadphoneOutput); }
     //! {"task", "on": bool}
     void updateHeadphoneOutput(bool on);
     //! {"task"}
-    void queryMonitor();
+    void queryMonitor() { sendCommand(ZoRemoteCommands::kQueryMonitor); }
     //! {"task", "on": bool}
     void updateMonitor(bool on);
     //! {"task", "page": number}
     void updatePageSwitch(int page);
     //! {"task"}
-    void queryHotkeyProfile();
+    void queryHotkeyProfile() { sendCommand(ZoRemoteCommands::kQueryHotkeyProfile); }
     //! {"task", "profileId": string}
     void updateHotkeyProfile(QString const& profileId);
     //! {"task"}
-    void queryMixerProfile();
+    void queryMixerProfile() { sendCommand(ZoRemoteCommands::kQueryMixerProfile); }
     //! {"task", "profileId": string}
     void updateMixerProfile(QString const& profileId);
     //! {"task", "id": string}
@@ -76,9 +77,9 @@ public:
     //! {"task", "sender": string}
     void updateFunctionKeyImageColor(QString const& sender);
     //! {"task"}
-    void turnOffPanel();
+    void turnOffPanel() { sendCommand(ZoRemoteCommands::kTurnOffPanel); }
     //! {"task"}
-    void queryPageNumber();
+    void queryPageNumber() { sendCommand(ZoRemoteCommands::kQueryPageIndicatorNumber); }
 
 signals:
     //! Declared for the host's other users of the class; this one never emits it.
@@ -87,6 +88,7 @@ signals:
     void response(QJsonObject const& message);
 
 private:
+    void sendCommand(QString const& command, QJsonObject arguments = {});
     void onConnected();
     void onTextMessageReceived(QString const& text);
 

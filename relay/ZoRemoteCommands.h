@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QString>
 
 //! The relay's vocabulary. Every relay message is one JSON object in one WebSocket text frame, serialised
@@ -8,6 +9,18 @@
 //!
 //! The strings are built on the heap and not literals: whatever the package hands to the host may outlive the
 //! library's static data.
+
+//! Members that more than one form has.
+namespace ZoRemoteFields {
+
+inline QString const kFieldTask = QString::fromLatin1("task");
+inline QString const kFieldSubject = QString::fromLatin1("subject");
+inline QString const kFieldSubjects = QString::fromLatin1("subjects");
+inline QString const kFieldId = QString::fromLatin1("id");
+inline QString const kFieldCategory = QString::fromLatin1("category");
+inline QString const kFieldSender = QString::fromLatin1("sender");
+
+} // namespace ZoRemoteFields
 
 //! Commands: what a client asks the relay, and what the relay answers with.
 namespace ZoRemoteCommands {
@@ -42,6 +55,17 @@ inline QString const kTurnOffPanel = QString::fromLatin1("remote.command.turn.of
 inline QString const kQueryPageIndicatorNumber = QString::fromLatin1("QueryPageIndicatorNumber");
 inline QString const kSlobsServiceTask = QString::fromLatin1("remote.command.slobs.service.task");
 inline QString const kLaunchSettingPage = QString::fromLatin1("LaunchSettingPage");
+
+//! The command that switches the LED of a key: {"task", "sender", "appName", "functionName": strings,
+//! "status": bool}
+inline QJsonObject toKeyLedAppControl(
+    QString const& sender, QString const& appName, QString const& functionName, bool status)
+{
+    using namespace Qt::StringLiterals;
+    return {{ZoRemoteFields::kFieldTask, kUpdateFunctionKeyLedAppControl},
+        {ZoRemoteFields::kFieldSender, sender}, {u"appName"_s, appName}, {u"functionName"_s, functionName},
+        {u"status"_s, status}};
+}
 
 } // namespace ZoRemoteCommands
 

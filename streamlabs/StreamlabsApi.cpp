@@ -2,31 +2,82 @@
 
 #include <QDebug>
 
+#include <algorithm>
+#include <tuple>
+#include <type_traits>
+
 using namespace Qt::StringLiterals;
 using namespace StreamlabsApiPrivate;
 
 namespace {
 
-template <typename Record>
-void decodeList(QJsonArray const& array, QList<Record>& records)
+//! One member of a record: its key, and its place.
+template <typename Record, typename Value>
+struct Member
 {
-    records.clear();
-    records.reserve(array.size());
-    for (auto const& element : array) {
-        if (element.isObject()) {
-            fromJson(element.toObject(), records.emplaceBack());
-        }
+    QLatin1StringView key;
+    Value Record::* place;
+};
+
+constexpr std::tuple kSourceMembers{Member{"id"_L1, &Source::id}, Member{"name"_L1, &Source::name},
+    Member{"parentId"_L1, &Source::parentId}, Member{"sceneId"_L1, &Source::sceneId},
+    Member{"sceneItemId"_L1, &Source::sceneItemId}, Member{"sceneNodeType"_L1, &Source::sceneNodeType},
+    Member{"sourceId"_L1, &Source::sourceId}, Member{"locked"_L1, &Source::locked},
+    Member{"streamVisible"_L1, &Source::streamVisible}, Member{"recordVisible"_L1, &Source::recordVisible},
+    Member{"visible"_L1, &Source::visible}};
+constexpr std::tuple kSceneMembers{
+    Member{"id"_L1, &Scene::id}, Member{"name"_L1, &Scene::name}, Member{"nodes"_L1, &Scene::nodes}};
+constexpr std::tuple kSourceSchemaMembers{Member{"id"_L1, &SourceSchema::id},
+    Member{"name"_L1, &SourceSchema::name}, Member{"type"_L1, &SourceSchema::type},
+    Member{"channel"_L1, &SourceSchema::channel}};
+constexpr std::tuple kCollectionSchemaMembers{Member{"id"_L1, &CollectionSchema::id},
+    Member{"name"_L1, &CollectionSchema::name}, Member{"scenes"_L1, &CollectionSchema::scenes},
+    Member{"sources"_L1, &CollectionSchema::sources}};
+constexpr std::tuple kAudioSourceMembers{Member{"sourceId"_L1, &AudioSource::sourceId},
+    Member{"name"_L1, &AudioSource::name}, Member{"muted"_L1, &AudioSource::muted}};
+
+template <typename Value>
+void read(QJsonValue const& json, Value& value, Value const& otherwise)
+{
+    if constexpr (std::is_same_v<Value, QString>) {
+        value = json.toString(otherwise);
+    } else if constexpr (std::is_same_v<Value, bool>) {
+        value = json.toBool(otherwise);
+    } else if constexpr (std::is_same_v<Value, int>) {
+        value = json.toInt(otherwise);
+    } else if (!json.isUndefined()) {
+        fromJson(json.toArray(), value);
     }
 }
 
-template <typename Record>
-QJsonArray encodeList(QList<Record> const& records)
+template <typename Value>
+QJsonValue write(Value const& value)
 {
-    QJsonArray array;
-    for (auto const& record : records) {
-        array.append(toJson(record));
+    if constexpr (requires { toJson(value); }) {
+        return toJson(value);
+    } else {
+        return value;
     }
-    return array;
+}
+
+template <typename Record, typename... Values>
+void decode(QJsonObject const& object, Record& record, std::tuple<Member<Record, Values>...> const& members)
+{
+    Record const defaults;
+    std::apply(
+        [&](auto const&... member) {
+            (read(object.value(member.key), record.*member.place, defaults.*member.place), ...);
+        },
+        members);
+}
+
+template <typename Record, typename... Values>
+QJsonObject encode(Record const& record, std::tuple<Member<Record, Values>...> const& members)
+{
+    return std::apply(
+        [&record](
+            auto const&... member) { return QJsonObject{{member.key, write(record.*member.place)}...}; },
+        members);
 }
 
 QJsonObject makeCall(QString const& method, QString const& resource)
@@ -45,135 +96,64 @@ QJsonObject makeCall(QString const& method, QString const& resource, QVariant co
 
 void StreamlabsApiPrivate::fromJson(QJsonObject const& object, Source& source)
 {
-    source.id = object.value("id"_L1).toString();
-    source.name = object.value("name"_L1).toString();
-    source.parentId = object.value("parentId"_L1).toString();
-    source.sceneId = object.value("sceneId"_L1).toString();
-    source.sceneItemId = object.value("sceneItemId"_L1).toString();
-    source.sceneNodeType = object.value("sceneNodeType"_L1).toString();
-    source.sourceId = object.value("sourceId"_L1).toString();
-    source.locked = object.value("locked"_L1).toBool(false);
-    source.streamVisible = object.value("streamVisible"_L1).toBool(true);
-    source.recordVisible = object.value("recordVisible"_L1).toBool(true);
-    source.visible = object.value("visible"_L1).toBool(true);
-}
-
-void StreamlabsApiPrivate::fromJson(QJsonObject const& object, Scene& scene)
-{
-    scene.id = object.value("id"_L1).toString();
-    scene.name = object.value("name"_L1).toString();
-    if (object.contains("nodes"_L1)) {
-        fromJson(object.value("nodes"_L1).toArray(), scene.nodes);
-    }
-}
-
-void StreamlabsApiPrivate::fromJson(QJsonObject const& object, SourceSchema& source)
-{
-    source.id = object.value("id"_L1).toString();
-    source.name = object.value("name"_L1).toString();
-    source.type = object.value("type"_L1).toString();
-    source.channel = object.value("channel"_L1).toInt();
-}
-
-void StreamlabsApiPrivate::fromJson(QJsonObject const& object, CollectionSchema& collection)
-{
-    collection.id = object.value("id"_L1).toString();
-    collection.name = object.value("name"_L1).toString();
-    if (object.contains("scenes"_L1)) {
-        fromJson(object.value("scenes"_L1).toArray(), collection.scenes);
-    }
-    if (object.contains("sources"_L1)) {
-        fromJson(object.value("sources"_L1).toArray(), collection.sources);
-    }
-    qDebug() << ">>" << collection.scenes.size() << collection.sources.size();
-}
-
-void StreamlabsApiPrivate::fromJson(QJsonObject const& object, AudioSource& source)
-{
-    source.sourceId = object.value("sourceId"_L1).toString();
-    source.name = object.value("name"_L1).toString();
-    source.muted = object.value("muted"_L1).toBool(false);
-}
-
-void StreamlabsApiPrivate::fromJson(QJsonArray const& array, QList<Source>& sources)
-{
-    decodeList(array, sources);
-}
-
-void StreamlabsApiPrivate::fromJson(QJsonArray const& array, QList<Scene>& scenes)
-{
-    decodeList(array, scenes);
-}
-
-void StreamlabsApiPrivate::fromJson(QJsonArray const& array, QList<SourceSchema>& sources)
-{
-    decodeList(array, sources);
-}
-
-void StreamlabsApiPrivate::fromJson(QJsonArray const& array, QList<CollectionSchema>& collections)
-{
-    decodeList(array, collections);
-}
-
-void StreamlabsApiPrivate::fromJson(QJsonArray const& array, QList<AudioSource>& sources)
-{
-    decodeList(array, sources);
+    decode(object, source, kSourceMembers);
 }
 
 QJsonObject StreamlabsApiPrivate::toJson(Source const& source)
 {
-    return {{u"id"_s, source.id}, {u"name"_s, source.name}, {u"parentId"_s, source.parentId},
-        {u"sceneId"_s, source.sceneId}, {u"sceneItemId"_s, source.sceneItemId},
-        {u"sceneNodeType"_s, source.sceneNodeType}, {u"sourceId"_s, source.sourceId},
-        {u"locked"_s, source.locked}, {u"streamVisible"_s, source.streamVisible},
-        {u"recordVisible"_s, source.recordVisible}, {u"visible"_s, source.visible}};
+    return encode(source, kSourceMembers);
+}
+
+void StreamlabsApiPrivate::fromJson(QJsonObject const& object, Scene& scene)
+{
+    decode(object, scene, kSceneMembers);
 }
 
 QJsonObject StreamlabsApiPrivate::toJson(Scene const& scene)
 {
-    return {{u"id"_s, scene.id}, {u"name"_s, scene.name}, {u"nodes"_s, toJson(scene.nodes)}};
+    return encode(scene, kSceneMembers);
+}
+
+void StreamlabsApiPrivate::fromJson(QJsonObject const& object, SourceSchema& source)
+{
+    decode(object, source, kSourceSchemaMembers);
 }
 
 QJsonObject StreamlabsApiPrivate::toJson(SourceSchema const& source)
 {
-    return {{u"id"_s, source.id}, {u"name"_s, source.name}, {u"type"_s, source.type},
-        {u"channel"_s, source.channel}};
+    return encode(source, kSourceSchemaMembers);
+}
+
+void StreamlabsApiPrivate::fromJson(QJsonObject const& object, CollectionSchema& collection)
+{
+    decode(object, collection, kCollectionSchemaMembers);
+    qDebug() << ">>" << collection.scenes.size() << collection.sources.size();
 }
 
 QJsonObject StreamlabsApiPrivate::toJson(CollectionSchema const& collection)
 {
-    return {{u"id"_s, collection.id}, {u"name"_s, collection.name}, {u"scenes"_s, toJson(collection.scenes)},
-        {u"sources"_s, toJson(collection.sources)}};
+    return encode(collection, kCollectionSchemaMembers);
+}
+
+void StreamlabsApiPrivate::fromJson(QJsonObject const& object, AudioSource& source)
+{
+    decode(object, source, kAudioSourceMembers);
 }
 
 QJsonObject StreamlabsApiPrivate::toJson(AudioSource const& source)
 {
-    return {{u"sourceId"_s, source.sourceId}, {u"name"_s, source.name}, {u"muted"_s, source.muted}};
+    return encode(source, kAudioSourceMembers);
 }
 
-QJsonArray StreamlabsApiPrivate::toJson(QList<Source> const& sources)
+Source const* StreamlabsApiPrivate::findItem(
+    QList<Scene> const& scenes, QString const& sceneId, QString const& itemId)
 {
-    return encodeList(sources);
-}
-
-QJsonArray StreamlabsApiPrivate::toJson(QList<Scene> const& scenes)
-{
-    return encodeList(scenes);
-}
-
-QJsonArray StreamlabsApiPrivate::toJson(QList<SourceSchema> const& sources)
-{
-    return encodeList(sources);
-}
-
-QJsonArray StreamlabsApiPrivate::toJson(QList<CollectionSchema> const& collections)
-{
-    return encodeList(collections);
-}
-
-QJsonArray StreamlabsApiPrivate::toJson(QList<AudioSource> const& sources)
-{
-    return encodeList(sources);
+    auto const scene = std::ranges::find(scenes, sceneId, &Scene::id);
+    if (scene == scenes.end() || itemId.isEmpty()) {
+        return nullptr;
+    }
+    auto const node = std::ranges::find(scene->nodes, itemId, &Source::sceneItemId);
+    return node == scene->nodes.end() ? nullptr : &*node;
 }
 
 // ---- Requests

@@ -122,24 +122,37 @@ void fromJson(QJsonObject const& object, SourceSchema& source);
 void fromJson(QJsonObject const& object, CollectionSchema& collection);
 void fromJson(QJsonObject const& object, AudioSource& source);
 
-//! List decoders: the list is cleared first; elements that are not objects are skipped.
-void fromJson(QJsonArray const& array, QList<Source>& sources);
-void fromJson(QJsonArray const& array, QList<Scene>& scenes);
-void fromJson(QJsonArray const& array, QList<SourceSchema>& sources);
-void fromJson(QJsonArray const& array, QList<CollectionSchema>& collections);
-void fromJson(QJsonArray const& array, QList<AudioSource>& sources);
-
 QJsonObject toJson(Source const& source);
 QJsonObject toJson(Scene const& scene);
 QJsonObject toJson(SourceSchema const& source);
 QJsonObject toJson(CollectionSchema const& collection);
 QJsonObject toJson(AudioSource const& source);
 
-QJsonArray toJson(QList<Source> const& sources);
-QJsonArray toJson(QList<Scene> const& scenes);
-QJsonArray toJson(QList<SourceSchema> const& sources);
-QJsonArray toJson(QList<CollectionSchema> const& collections);
-QJsonArray toJson(QList<AudioSource> const& sources);
+//! A list of any of them: it is cleared first; elements that are not objects are skipped.
+template <typename Record>
+void fromJson(QJsonArray const& array, QList<Record>& records)
+{
+    records.clear();
+    records.reserve(array.size());
+    for (auto const& element : array) {
+        if (element.isObject()) {
+            fromJson(element.toObject(), records.emplaceBack());
+        }
+    }
+}
+
+template <typename Record>
+QJsonArray toJson(QList<Record> const& records)
+{
+    QJsonArray array;
+    for (auto const& record : records) {
+        array.append(toJson(record));
+    }
+    return array;
+}
+
+//! The item \a itemId of the scene \a sceneId, or null.
+Source const* findItem(QList<Scene> const& scenes, QString const& sceneId, QString const& itemId);
 
 } // namespace StreamlabsApiPrivate
 

@@ -1,9 +1,9 @@
 #include "streamlabs/StreamlabsService.h"
 
-#include "actions/SlobsAgent.h"
 #include "relay/ZoRemoteCommands.h"
 #include "streamlabs/ListPacer.h"
 #include "streamlabs/SceneListCache.h"
+#include "streamlabs/SlobsMessages.h"
 #include "streamlabs/SockJsSocket.h"
 #include "streamlabs/StreamlabsApi.h"
 
@@ -138,11 +138,11 @@ public:
     SceneListCache scenes;
     QList<CollectionSchema> collections;
     QList<AudioSource> audioSources;
-    ListPacer sceneListPacer{[this] { return SlobsAgent::toSceneList(scenes.json(), activeSceneId); },
+    ListPacer sceneListPacer{[this] { return SlobsMessages::toSceneList(scenes.json(), activeSceneId); },
         [this](QJsonObject const& payload) { publish(payload); }, [this] { return q->now(); }};
-    ListPacer collectionsPacer{[this] { return SlobsAgent::toCollectionList(collections); },
+    ListPacer collectionsPacer{[this] { return SlobsMessages::toCollectionList(collections); },
         [this](QJsonObject const& payload) { publish(payload); }, [this] { return q->now(); }};
-    ListPacer audioListPacer{[this] { return SlobsAgent::toAudioList(audioSources); },
+    ListPacer audioListPacer{[this] { return SlobsMessages::toAudioList(audioSources); },
         [this](QJsonObject const& payload) { publish(payload); }, [this] { return q->now(); }};
     //! What is still to be told of statuses that were lost. Whoever ends a life tells it first: keys and LEDs
     //! must not stay lit.
@@ -355,60 +355,46 @@ void StreamlabsService::Impl::initRccHandlers()
 {
     using namespace SlobsAgentPrivate;
 
-    auto const text = [](QJsonObject const& task, QLatin1StringView key) {
-        return task.value(key).toString();
+    auto const refresh = [this](QString const& name, QJsonObject (*make)()) -> Handler {
+        return [=, this](QJsonObject const&) { requestOrReconnect(name, make()); };
     };
-
+    auto const toggle = [this](QString const& name, QJsonObject (*make)()) -> Handler {
+        return [=, this](QJsonObject const&) { makeJsonRpcRequest(name, make()); };
+    };
     taskHandlers = {
         {kQueryAuthState, [this](QJsonObject const&) { publishAuthState(); }},
-        {kRefreshModel,
-            [this](QJsonObject const&) {
-                requestOrReconnect(rpcQueryModel, StreamlabsApi::makeQueryModelObject());
-            }},
+        {kRefreshModel, refresh(rpcQueryModel, StreamlabsApi::makeQueryModelObject)},
         {kQueryStreamingStatus, [this](QJsonObject const&) { publishStreamingStatus(); }},
-        {kToggleStreamingStatus,
-            [this](QJsonObject const&) {
-                makeJsonRpcRequest(rpcToggleStream, StreamlabsApi::makeToggleStreamObject());
-            }},
+        {kToggleStreamingStatus, toggle(rpcToggleStream, StreamlabsApi::makeToggleStreamObject)},
         {kQueryRecordingStatus, [this](QJsonObject const&) { publishRecordingStatus(); }},
-        {kToggleRecordingStatus,
-            [this](QJsonObject const&) {
-                makeJsonRpcRequest(rpcToggleRecord, StreamlabsApi::makeToggleRecordObject());
-            }},
-        {kRefreshScenes,
-            [this](QJsonObject const&) {
-                requestOrReconnect(rpcGetSceneList, StreamlabsApi::makeGetSceneListObject());
-            }},
+        {kToggleRecordingStatus, toggle(rpcToggleRecord, StreamlabsApi::makeToggleRecordObject)},
+        {kRefreshScenes, refresh(rpcGetSceneList, StreamlabsApi::makeGetSceneListObject)},
         {kQueryScenes, [this](QJsonObject const&) { publishSceneList(); }},
         {kSetActiveScene,
-            [this, text](QJsonObject const& task) {
-                makeJsonRpcRequest(
-                    rpcSetActiveScene, StreamlabsApi::makeSetActiveSceneObject(text(task, "activeId"_L1)));
+            [this](QJsonObject const& task) {
+                QString const id = SlobsMessages::fromSetActiveScene(task);
+                makeJsonRpcRequest(rpcSetActiveScene, StreamlabsApi::makeSetActiveSceneObject(id));
             }},
         {kSetSourceVisibility,
-            [this, text](QJsonObject const& task) {
+            [this](QJsonObject const& task) {
+                Source const item = SlobsMessages::fromSetSourceVisible(task);
                 // Shares the scene's request name: neither answer has a handler of its own.
-                makeJsonRpcRequest(
-                    rpcSetActiveScene, StreamlabsApi::makeSetSourceVisibleObject(text(task, "sceneId"_L1),
-                                           text(task, "sceneItemId"_L1), text(task, "sourceId"_L1),
-                                           task.value("visible"_L1).toBool()));
+                makeJsonRpcRequest(rpcSetActiveScene, StreamlabsApi::makeSetSourceVisibleObject(item.sceneId,
+                                                          item.sceneItemId, item.sourceId, item.visible));
             }},
-        {kRefreshCollections,
-            [this](QJsonObject const&) {
-                requestOrReconnect(rpcGetCollectionSchema, StreamlabsApi::makeGetCollectionSchemaObject());
-            }},
+        {kRefreshCollections, refresh(rpcGetCollectionSchema, StreamlabsApi::makeGetCollectionSchemaObject)},
         {kQueryCollections, [this](QJsonObject const&) { publishList(collectionsPacer); }},
         {kRefreshAudioList,
-            [this, text](QJsonObject const& task) {
-                requestOrReconnect(
-                    rpcGetAudioList, StreamlabsApi::makeGetAudioListObject(text(task, "sceneId"_L1)));
+            [this](QJsonObject const& task) {
+                QString const sceneId = SlobsMessages::fromRefreshAudioList(task);
+                requestOrReconnect(rpcGetAudioList, StreamlabsApi::makeGetAudioListObject(sceneId));
             }},
         {kQueryAudioList, [this](QJsonObject const&) { publishAudioList(); }},
         {kSetAudioMute,
-            [this, text](QJsonObject const& task) {
+            [this](QJsonObject const& task) {
+                AudioSource const source = SlobsMessages::fromSetAudioMute(task);
                 makeJsonRpcRequest(
-                    rpcSetAudioMute, StreamlabsApi::makeSetAudioMuteObject(
-                                         text(task, "sourceId"_L1), task.value("muted"_L1).toBool()));
+                    rpcSetAudioMute, StreamlabsApi::makeSetAudioMuteObject(source.sourceId, source.muted));
             }},
     };
 
@@ -591,19 +577,18 @@ void StreamlabsService::Impl::onDisconnected()
 
 void StreamlabsService::Impl::onServiceTask(QJsonObject const& task)
 {
-    QJsonValue const event = task.value("event"_L1);
-    if (event.isUndefined()) {
+    auto const name = SlobsMessages::nameOfTask(task);
+    if (!name) {
         qCritical() << "[onServiceTask] Unknown task" << task;
         return;
     }
-    QString const name = event.toString();
-    auto const entry = taskHandlers.constFind(name);
+    auto const entry = taskHandlers.constFind(*name);
     if (entry == taskHandlers.constEnd()) {
-        qCritical() << "[onServiceTask] TODO" << name;
+        qCritical() << "[onServiceTask] TODO" << *name;
     } else if (Handler const handler = *entry) { // a copy, for it may end the service
         handler(task);
     } else {
-        qCritical() << "[onServiceTask]" << name;
+        qCritical() << "[onServiceTask]" << *name;
     }
 }
 
@@ -719,19 +704,19 @@ bool StreamlabsService::Impl::dispatch(QJsonObject const& event)
 bool StreamlabsService::Impl::publishAuthState()
 {
     bool const isLinked = socket && socket->isValid() && !awaitsAcceptance;
-    return publish(SlobsAgent::toAuthState(isLinked, address.token, address.port));
+    return publish(SlobsMessages::toAuthState(isLinked, address.token, address.port));
 }
 
 bool StreamlabsService::Impl::publishStreamingStatus()
 {
     return publishStatus(
-        streamingStatus, showsStreaming, SlobsAgent::toStreamingStatus, SlobsAgent::setStreamingLed);
+        streamingStatus, showsStreaming, SlobsMessages::toStreamingStatus, SlobsMessages::setStreamingLed);
 }
 
 bool StreamlabsService::Impl::publishRecordingStatus()
 {
     return publishStatus(
-        recordingStatus, showsRecording, SlobsAgent::toRecordingStatus, SlobsAgent::setRecordingLed);
+        recordingStatus, showsRecording, SlobsMessages::toRecordingStatus, SlobsMessages::setRecordingLed);
 }
 
 bool StreamlabsService::Impl::publishStatus(
@@ -762,11 +747,11 @@ void StreamlabsService::Impl::loseStatuses()
     recordingStatus.clear();
     if (std::exchange(showsStreaming, false)) {
         // Twice on purpose, and the recording status once: the pair is part of the protocol with the host.
-        say(SlobsAgent::toStreamingStatus({}), SlobsAgent::setStreamingLed({}));
-        say(SlobsAgent::toStreamingStatus({}), SlobsAgent::setStreamingLed({}));
+        say(SlobsMessages::toStreamingStatus({}), SlobsMessages::setStreamingLed({}));
+        say(SlobsMessages::toStreamingStatus({}), SlobsMessages::setStreamingLed({}));
     }
     if (std::exchange(showsRecording, false)) {
-        say(SlobsAgent::toRecordingStatus({}), SlobsAgent::setRecordingLed({}));
+        say(SlobsMessages::toRecordingStatus({}), SlobsMessages::setRecordingLed({}));
     }
 }
 

@@ -16,8 +16,8 @@ class SockJsSocket;
 //! It keeps the connection open (reconnecting at once after every loss, until `closeSlobs`), authenticates,
 //! subscribes to the events of streaming, recording, scenes, items, sources and collections, and keeps what
 //! it learns. Actions reach it over the host's relay: they send tasks as the relay command
-//! "remote.command.slobs.service.task", {"task": that command, "event": task name, …}, and it publishes on
-//! the relay subject "remote.subject.streamlabs.response" with the encoders of SlobsAgent. The key LEDs for
+//! "remote.command.slobs.service.task", and it publishes on the relay subject
+//! "remote.subject.streamlabs.response", both in the forms of SlobsMessages. The key LEDs for
 //! stream and record follow through the relay's event dispatch.
 //!
 //! The lists go out as often as the relay can bear, see ListPacer; statuses and the auth state always at

@@ -1,8 +1,8 @@
 #include "devhost/script/EventReport.h"
 
-#include "actions/SlobsAgent.h"
 #include "devhost/fakes/DevHostLog.h"
 #include "devhost/host/DevHost.h"
+#include "streamlabs/SlobsMessages.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,8 +1,8 @@
 #include "devhost/window/HostSettingsDialog.h"
 
-#include "actions/SlobsAgent.h"
 #include "devhost/host/DevHost.h"
 #include "devhost/window/DarkTheme.h"
+#include "streamlabs/SlobsMessages.h"
 #include "ui_HostSettingsDialog.h"
 
 using namespace Qt::StringLiterals;

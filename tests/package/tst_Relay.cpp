@@ -1,7 +1,6 @@
 // The clients of the host's relay, and the development host's relay itself.
 
 #include "actions/SlobsAgent.h"
-#include "actions/SlobsMessagePool.h"
 #include "devhost/fakes/RelayServer.h"
 #include "relay/ZoLumenProxy.h"
 #include "relay/ZoMixerPluginDelegate.h"
@@ -375,62 +374,6 @@ private slots:
         connect(mixer.get(), &ZoMixerPluginDelegate::response, this, [&mixer] { mixer.reset(); });
         mixer->connectToServer();
         QTRY_VERIFY(!mixer && relay->clientCount() == 0);
-    }
-
-    void agentsShareOneParsing()
-    {
-        QString const text = uR"({"task":"onQueryAudioList","list":[{"sourceId":"a"},7]})"_s;
-        std::weak_ptr<SlobsMessage> watched;
-        {
-            auto const one = SlobsMessagePool::shared();
-            auto const two = SlobsMessagePool::shared();
-            auto const message = one->take(text);
-            watched = message;
-            QCOMPARE(two->take(QString(text.constData(), text.size())), message);
-
-            SlobsMessagePool::Handling const handling(message);
-            auto const list = SlobsMessagePool::list<AudioSource>(*message->object());
-            QCOMPARE(list.size(), 2); // what is no object counts as an empty one
-            QCOMPARE(SlobsMessagePool::list<AudioSource>(*message->object()).constData(), list.constData());
-            QCOMPARE(SlobsMessagePool::list<AudioSource>(json(R"({"list":[{}]})")).size(), 1);
-
-            // Both have taken it: the next message shows that it is not kept.
-            QVERIFY(one->take(u"{}"_s) != message);
-            QVERIFY(one->take(text) != message);
-        }
-        QVERIFY(watched.expired());
-
-        auto const alone = SlobsMessagePool::shared();
-        auto const absent = SlobsMessagePool::shared(); // an agent that never gets anything
-        watched = alone->take(text);
-        QVERIFY(!watched.expired());
-        QTRY_VERIFY_WITH_TIMEOUT(watched.expired(), 3000);
-        watched = alone->take(text);
-        for (int i = 0; i < 100; ++i) {
-            alone->take(QString::number(i));
-        }
-        QVERIFY(watched.expired());
-    }
-
-    void agentsTellTextsApart()
-    {
-        std::pair<QString, QString> const pairs[] = {
-            {u"a"_s, u"b"_s},   // ASCII
-            {u"é"_s, u"e"_s},   // as long in UTF-16
-            {u"é"_s, u"ee"_s},  // as long in UTF-8
-            {u"字"_s, u"子"_s}, // another script
-            {u"😀"_s, u"😁"_s}, // beyond the first plane
-        };
-        for (auto const& [task, other] : pairs) {
-            auto const one = SlobsMessagePool::shared();
-            auto const two = SlobsMessagePool::shared();
-            auto const three = SlobsMessagePool::shared();
-            QString const text = compact({{u"task"_s, task}});
-            auto const message = one->take(text);
-            QCOMPARE(two->take(compact({{u"task"_s, other}}))->object()->value("task"_L1), other);
-            QCOMPARE(three->take(QString(text.constData(), text.size())), message);
-            QCOMPARE(message->object()->value("task"_L1), task);
-        }
     }
 
     // Agents that connect one after the other: each gets what it would get alone.
