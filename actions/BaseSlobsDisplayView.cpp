@@ -103,9 +103,7 @@ void BaseSlobsDisplayView::setIconAsset(QString const& path)
 
 void BaseSlobsDisplayView::onStreamlabsStateChanged(bool isAuthorized, QString const& newToken, int newPort)
 {
-    authorized = isAuthorized;
-    token = newToken;
-    port = newPort;
+    link = {isAuthorized, newToken, newPort};
     refreshUiState();
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "actions/SlobsLink.h"
+
 #include <QJsonObject>
 #include <QList>
 #include <QPixmap>
@@ -65,9 +67,7 @@ protected:
     //! Shows \a state, if it is not shown yet, and the invalid mark unless \a valid.
     void showState(int state, bool valid);
 
-    bool authorized = false;
-    QString token;
-    int port = 0;
+    SlobsLink link;
 
 private:
     std::unique_ptr<Ui::SlobsDisplayView> ui;

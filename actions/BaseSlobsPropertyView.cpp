@@ -183,9 +183,7 @@ void BaseSlobsPropertyView::onWidgetMessageReceived([[maybe_unused]] QJsonObject
 
 void BaseSlobsPropertyView::onStreamlabsStateChanged(bool isAuthorized, QString const& newToken, int newPort)
 {
-    authorized = isAuthorized;
-    token = newToken;
-    port = newPort;
+    link = {isAuthorized, newToken, newPort};
     showPane();
 }
 
@@ -201,14 +199,14 @@ void BaseSlobsPropertyView::showPane()
         return;
     }
     QString text;
-    if (!isLinked()) {
+    if (!link.isUp()) {
         text = tr("LAB_PLUGIN_LAUNCH_STLOBS");
     } else if (selectionIsInvalid) {
         text = tr("LAB_INVALID_SELECTION");
     }
     loginLabel->setText(text);
     Visibility::set(loginLabel, !text.isEmpty());
-    Visibility::set(loginButton, !isLinked());
+    Visibility::set(loginButton, !link.isUp());
 }
 
 bool BaseSlobsPropertyView::event(QEvent* event)

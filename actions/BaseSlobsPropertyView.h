@@ -1,5 +1,7 @@
 #pragma once
 
+#include "actions/SlobsLink.h"
+
 #include <QHash>
 #include <QJsonObject>
 #include <QList>
@@ -97,12 +99,7 @@ protected:
     //! Sets the panel's texts in the language in use.
     virtual void retranslateUi() = 0;
 
-    //! Whether the link is there and known: without it the login pane shows.
-    bool isLinked() const { return authorized && port >= 1 && !token.isEmpty(); }
-
-    bool authorized = false;
-    QString token;
-    int port = 0;
+    SlobsLink link;
 
 private:
     //! What a box was filled with; the first \a enabled of its entries can be chosen.

@@ -4,18 +4,16 @@
 #include "actions/BaseSlobsPropertyView.h"
 #include "actions/SlobsAgent.h"
 #include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettings.h"
 #include "relay/MekZoPluginEventType.h"
 #include "relay/ZoLumenProxy.h"
 #include "relay/ZoRemoteCommands.h"
-#include "uikit/ZoDisplayViewAttribute.h"
 
 #include <QDebug>
-#include <QJsonArray>
 #include <QMap>
 #include <QPointer>
 #include <QTimer>
 
-#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <utility>
@@ -24,15 +22,6 @@ using namespace Qt::StringLiterals;
 using namespace MekZoPluginEventType;
 
 namespace {
-
-QStringList toStringList(QJsonArray const& array)
-{
-    QStringList list;
-    for (auto const& element : array) {
-        list.append(element.toString());
-    }
-    return list;
-}
 
 //! A view that nobody has adopted goes with the action, or as soon as what is at work in it has returned.
 template <typename View>
@@ -49,83 +38,6 @@ void deleteUnlessAdopted(QPointer<View> const& view, bool isAtWork)
 }
 
 } // namespace
-
-// ---- The settings document
-
-class BaseSlobsWidget::PayloadImpl
-{
-public:
-    //! Titles and images, as far as \a document has them; what it says of fewer states than there are leaves
-    //! the rest.
-    void setWithPayload(QJsonObject const& document)
-    {
-        source = document;
-        takeOver(titleList, document.value("titlelist"_L1));
-        takeOver(iconList, document.value("iconlist"_L1));
-    }
-
-    void setDisplayAttribute(QJsonObject const& document)
-    {
-        attribute = ZoDisplayViewAttribute::fromJson(
-            document.value(ZoDisplayViewAttribute::pluginPayloadKey).toObject());
-    }
-
-    //! Earlier versions kept {"title": [title, …], "states": [{"Image": path}, …]}.
-    void convertLegacyLists(QJsonObject const& document)
-    {
-        takeOver(titleList, document.value("title"_L1));
-        if (auto const states = document.value("states"_L1); states.isArray()) {
-            QJsonArray images;
-            for (auto const& state : states.toArray()) {
-                images.append(state.toObject().value("Image"_L1).toString());
-            }
-            takeOver(iconList, images);
-        }
-        source.remove("title"_L1);
-        source.remove("states"_L1);
-    }
-
-    //! Replaces the entry of a state in one of the two lists. False when there is no such state.
-    bool replaceAt(QStringList& list, int index, QString const& text) const
-    {
-        qsizetype const states = std::max(titleList.size(), iconList.size());
-        if (index < 0 || index >= states) {
-            return false;
-        }
-        list.resize(states);
-        list[index] = text;
-        return true;
-    }
-
-    QJsonObject toJson() const
-    {
-        QJsonObject document = source;
-        document.insert("version"_L1, version);
-        document.insert("titlelist"_L1, QJsonArray::fromStringList(titleList));
-        document.insert("iconlist"_L1, QJsonArray::fromStringList(iconList));
-        QJsonObject look = source.value(ZoDisplayViewAttribute::pluginPayloadKey).toObject();
-        QJsonObject const ours = ZoDisplayViewAttribute::toJson(attribute);
-        for (auto member = ours.begin(); member != ours.end(); ++member) {
-            look.insert(member.key(), member.value());
-        }
-        document.insert(ZoDisplayViewAttribute::pluginPayloadKey, look);
-        return document;
-    }
-
-    //! What was loaded, for the keys that are not ours.
-    QJsonObject source;
-    qint32 version = kDocumentVersion;
-    QStringList iconList;
-    QStringList titleList;
-    ZoDisplayViewAttribute attribute;
-
-private:
-    static void takeOver(QStringList& list, QJsonValue const& value)
-    {
-        QStringList const loaded = toStringList(value.toArray());
-        list = loaded + list.mid(loaded.size());
-    }
-};
 
 // ---- Views, agent and events
 
@@ -144,7 +56,9 @@ public:
     void onRegisterToRcc(QJsonObject const& wrapped);
     void onPropertyMessageReceived(QJsonObject const& message);
     void notifyAuthStateChanged(QJsonObject const& message);
-    void setStreamlabsState(bool authorized, QString const& token, int port);
+    void setLink(SlobsLink const& link);
+    //! Shows what was changed of state \a index, and saves it.
+    void applyState(int index, void (BaseSlobsDisplayView::*show)(QString const&), QString const& text);
     //! Runs what the user did in the panel. The host may delete the action over it.
     template <typename Reaction>
     void react(Reaction const& reaction);
@@ -153,6 +67,7 @@ public:
     QPointer<BaseSlobsDisplayView> displayView;
     QPointer<BaseSlobsPropertyView> propertyView;
     SlobsAgent agent;
+    SlobsSettings::Document settings;
     QMap<QString, EventHandler> eventHandlers;
     //! A relay acknowledges by itself; one that has not by then waits to be asked.
     QTimer registration;
@@ -226,7 +141,7 @@ void BaseSlobsWidget::Impl::initSlobsAgent(QString const& id, QString const& cat
         registration.stop();
         // An attempt may fail while the constructor runs, before there is an action to tell.
         if (std::exchange(registered, false)) {
-            setStreamlabsState(false, {}, 0); // nobody is left to tell what is true
+            setLink({}); // nobody is left to tell what is true
         }
     });
     agent.connectRcc(u"ws://127.0.0.1:%1"_s.arg(ZoLumenProxy::getInstance().port));
@@ -260,31 +175,39 @@ void BaseSlobsWidget::Impl::onPropertyMessageReceived(QJsonObject const& message
 
 void BaseSlobsWidget::Impl::notifyAuthStateChanged(QJsonObject const& message)
 {
-    bool authorized = false;
-    QString token;
-    int port = 0;
-    SlobsAgent::fromAuthState(message, authorized, token, port);
-    setStreamlabsState(authorized, token, port);
+    SlobsLink link;
+    SlobsAgent::fromAuthState(message, link.authorized, link.token, link.port);
+    setLink(link);
 }
 
-void BaseSlobsWidget::Impl::setStreamlabsState(bool authorized, QString const& token, int port)
+void BaseSlobsWidget::Impl::setLink(SlobsLink const& link)
 {
-    q->onStreamlabsStateChanged(authorized, token, port);
+    q->onStreamlabsStateChanged(link.authorized, link.token, link.port);
     if (displayView) {
-        displayView->onStreamlabsStateChanged(authorized, token, port);
+        displayView->onStreamlabsStateChanged(link.authorized, link.token, link.port);
     }
     if (propertyView) {
-        propertyView->onStreamlabsStateChanged(authorized, token, port);
+        propertyView->onStreamlabsStateChanged(link.authorized, link.token, link.port);
     }
+}
+
+void BaseSlobsWidget::Impl::applyState(
+    int index, void (BaseSlobsDisplayView::*show)(QString const&), QString const& text)
+{
+    if (displayView) {
+        displayView->setupWidgetStates(settings.titles, settings.icons);
+        if (index == displayView->widgetState()) {
+            (displayView->*show)(text);
+        }
+    }
+    q->saveWidgetSettings();
 }
 
 // ---- The action
 
 BaseSlobsWidget::BaseSlobsWidget(
     BaseSlobsDisplayView* displayView, BaseSlobsPropertyView* propertyView, QObject* parent)
-    : ZOPlugin(parent)
-    , d(std::make_unique<Impl>(this, displayView, propertyView))
-    , settings(std::make_unique<PayloadImpl>())
+    : ZOPlugin(parent), d(std::make_unique<Impl>(this, displayView, propertyView))
 {
     d->init();
     d->initEventHandler();
@@ -316,12 +239,12 @@ QWidget* BaseSlobsWidget::propertyWidget()
 
 QString BaseSlobsWidget::actionTitle() const
 {
-    return settings->titleList.value(d->displayView ? d->displayView->widgetState() : 0);
+    return d->settings.titles.value(d->displayView ? d->displayView->widgetState() : 0);
 }
 
 QString BaseSlobsWidget::actionIconFilePath() const
 {
-    return settings->iconList.value(d->displayView ? d->displayView->widgetState() : 0);
+    return d->settings.icons.value(d->displayView ? d->displayView->widgetState() : 0);
 }
 
 // ---- Initialising
@@ -346,7 +269,7 @@ bool BaseSlobsWidget::init(QString const& keyContext, QJsonObject const& data)
 
 bool BaseSlobsWidget::initWithDefault()
 {
-    *settings = PayloadImpl();
+    d->settings = {};
     startWithDefault();
     QJsonObject defaults;
     prepareWidgetSettings(defaults);
@@ -357,10 +280,9 @@ bool BaseSlobsWidget::initWithDefault()
 
 bool BaseSlobsWidget::initWithPreset(QJsonObject const& preset)
 {
-    *settings = PayloadImpl();
+    d->settings = {};
     startWithDefault();
-    settings->setWithPayload(preset);
-    settings->setDisplayAttribute(preset);
+    d->settings = SlobsSettings::read(preset, d->settings);
     startWithPreset(preset);
     onSyncUI();
     return true;
@@ -371,25 +293,25 @@ bool BaseSlobsWidget::initWithPayload(QJsonObject const& document)
     if (document.isEmpty()) {
         return initWithDefault();
     }
-    *settings = PayloadImpl();
+    d->settings = {};
     startWithDefault(); // for what the document leaves out
-    settings->setWithPayload(document);
-    settings->setDisplayAttribute(document);
-    if (!migrateLegacyPayload(document, document.value("version"_L1).toInt())) {
-        startWithPayload(document);
-    } else {
+    bool const isLegacy = migrateLegacyPayload(document, SlobsSettings::versionOf(document));
+    QJsonObject current = document;
+    if (isLegacy) {
         qWarning() << "convert legacy data to new format";
-        settings->convertLegacyLists(document);
-        QJsonObject converted = settings->toJson();
-        prepareWidgetSettings(converted);
-        settings->source = converted;
-        QPointer<BaseSlobsWidget> const self(this); // the host may delete the action over its settings
-        onSetSettingsEvent(converted);
-        if (!self) {
-            return true;
-        }
-        startWithPayload(converted);
+        auto const renamed = SlobsSettings::convertLists(convertLegacyKeys(document));
+        current = SlobsSettings::write(SlobsSettings::read(renamed, d->settings));
+        prepareWidgetSettings(current);
     }
+    d->settings = SlobsSettings::read(current, d->settings);
+    QPointer<BaseSlobsWidget> const self(this); // the host may delete the action over its settings
+    if (isLegacy) {
+        onSetSettingsEvent(current);
+    }
+    if (!self) {
+        return true;
+    }
+    startWithPayload(current);
     onSyncUI();
     return true;
 }
@@ -412,15 +334,15 @@ bool BaseSlobsWidget::migrateLegacyPayload(
     return false;
 }
 
-void BaseSlobsWidget::setStates(QStringList const& titles, QStringList const& icons)
+QJsonObject BaseSlobsWidget::convertLegacyKeys(QJsonObject const& document) const
 {
-    settings->titleList = titles;
-    settings->iconList = icons;
+    return document;
 }
 
-QJsonObject& BaseSlobsWidget::loadedDocument()
+void BaseSlobsWidget::setStates(QStringList const& titles, QStringList const& icons)
 {
-    return settings->source;
+    d->settings.titles = titles;
+    d->settings.icons = icons;
 }
 
 // ---- Events of the host
@@ -481,17 +403,17 @@ int BaseSlobsWidget::onSyncUI()
 {
     if (d->propertyView) {
         d->propertyView->setupWidgetStates(
-            settings->titleList, settings->iconList, static_cast<int>(settings->titleList.size()) - 1);
-        d->propertyView->setViewAttribute(settings->attribute);
-        d->propertyView->adjustView(settings->attribute);
+            d->settings.titles, d->settings.icons, static_cast<int>(d->settings.titles.size()) - 1);
+        d->propertyView->setViewAttribute(d->settings.look);
+        d->propertyView->adjustView(d->settings.look);
         d->propertyView->setActionModeState();
         // The panel asks for the link from the beginning, not only when the first answer has come.
-        d->propertyView->onStreamlabsStateChanged(authorized, token, port);
+        d->propertyView->onStreamlabsStateChanged(link.authorized, link.token, link.port);
     }
     if (d->displayView) {
-        d->displayView->setupWidgetStates(settings->titleList, settings->iconList);
+        d->displayView->setupWidgetStates(d->settings.titles, d->settings.icons);
         d->displayView->setWidgetState(d->displayView->widgetState());
-        d->displayView->adjustView(settings->attribute);
+        d->displayView->adjustView(d->settings.look);
         d->displayView->refreshUiState();
     }
     return 0;
@@ -501,40 +423,28 @@ int BaseSlobsWidget::onSyncUI()
 
 void BaseSlobsWidget::saveWidgetSettings()
 {
-    QJsonObject document = settings->toJson();
+    QJsonObject document = SlobsSettings::write(d->settings);
     prepareWidgetSettings(document);
     onSetSettingsEvent(document);
 }
 
 void BaseSlobsWidget::changeTitle(int index, QString const& text, bool apply)
 {
-    if (settings->replaceAt(settings->titleList, index, text) && apply) {
-        if (d->displayView) {
-            d->displayView->setupWidgetStates(settings->titleList, settings->iconList);
-            if (index == d->displayView->widgetState()) {
-                d->displayView->setIconTitle(text);
-            }
-        }
-        saveWidgetSettings();
+    if (SlobsSettings::replaceAt(d->settings, &SlobsSettings::Document::titles, index, text) && apply) {
+        d->applyState(index, &BaseSlobsDisplayView::setIconTitle, text);
     }
 }
 
 void BaseSlobsWidget::changeIcon(int index, QString const& path, bool apply)
 {
-    if (settings->replaceAt(settings->iconList, index, path) && apply) {
-        if (d->displayView) {
-            d->displayView->setupWidgetStates(settings->titleList, settings->iconList);
-            if (index == d->displayView->widgetState()) {
-                d->displayView->setIconAsset(path);
-            }
-        }
-        saveWidgetSettings();
+    if (SlobsSettings::replaceAt(d->settings, &SlobsSettings::Document::icons, index, path) && apply) {
+        d->applyState(index, &BaseSlobsDisplayView::setIconAsset, path);
     }
 }
 
 void BaseSlobsWidget::changeFontAttribute(ZoDisplayViewAttribute const& attribute)
 {
-    settings->attribute = attribute;
+    d->settings.look = attribute;
     if (d->displayView) {
         d->displayView->adjustView(attribute);
     }
@@ -548,9 +458,7 @@ void BaseSlobsWidget::changeFontAttribute(ZoDisplayViewAttribute const& attribut
 
 void BaseSlobsWidget::onStreamlabsStateChanged(bool isAuthorized, QString const& newToken, int newPort)
 {
-    authorized = isAuthorized;
-    token = newToken;
-    port = newPort;
+    link = {isAuthorized, newToken, newPort};
 }
 
 void BaseSlobsWidget::onPropertyMessageReceived([[maybe_unused]] QJsonObject const& message) {}

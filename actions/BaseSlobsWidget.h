@@ -1,5 +1,6 @@
 #pragma once
 
+#include "actions/SlobsLink.h"
 #include "relay/ZOPlugin.h"
 
 #include <QJsonObject>
@@ -16,10 +17,9 @@ class ZoDisplayViewAttribute;
 //! What all five actions have in common: one object per placed key, with its settings document, its key face,
 //! its settings panel, and its agent to the service.
 //!
-//! The settings document, as the host stores it (and hands it back to `init` as {"payload": document}):
-//! {"version": 2, "titlelist": [title per state], "iconlist": [image path per state], "displayView": text
-//! look, …keys of the action}. Documents of earlier versions are converted and sent back to the host at once.
-//! Keys that nobody here knows are kept and written back.
+//! The settings document (see SlobsSettings) is stored by the host, which hands it back to `init` as
+//! {"payload": document}. Documents of earlier versions are converted and sent back to the host at once. Keys
+//! that nobody here knows are kept and written back.
 //!
 //! From construction on the agent looks for the host's relay; once that acknowledges it, the action
 //! subscribes and asks for what it shows. Until then, and when the relay goes away, the key counts as not
@@ -82,10 +82,9 @@ signals:
 
 protected:
     SlobsAgent& agent() const;
+    //! A document of an earlier version, with the keys of the action as they are called today.
+    virtual QJsonObject convertLegacyKeys(QJsonObject const& document) const;
     void setStates(QStringList const& titles, QStringList const& icons);
-    //! The settings document as it was loaded. What of it is not ours is written back, so a conversion takes
-    //! out what it has read.
-    QJsonObject& loadedDocument();
     //! Passes \a message to both views.
     void sendToViews(QJsonObject const& message);
     //! Passes a settings document to both views, {"task": "getWidgetSettings", "payload": \a document}.
@@ -93,12 +92,7 @@ protected:
     //! Sends the whole document to the host.
     void saveWidgetSettings();
 
-    //! Every action converts what is older than this.
-    static constexpr int kDocumentVersion = 2;
-
-    bool authorized = false;
-    QString token;
-    int port = 0;
+    SlobsLink link;
 
 private:
     void changeTitle(int index, QString const& text, bool apply);
@@ -106,7 +100,5 @@ private:
     void changeFontAttribute(ZoDisplayViewAttribute const& attribute);
 
     class Impl;
-    class PayloadImpl;
     std::unique_ptr<Impl> d;
-    std::unique_ptr<PayloadImpl> settings;
 };

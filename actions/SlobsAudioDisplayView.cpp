@@ -15,7 +15,7 @@ void SlobsAudioDisplayView::refreshUiState()
 {
     auto const found = std::ranges::find(std::as_const(sources), sourceId, &AudioSource::sourceId);
     bool const exists = !sourceId.isEmpty() && found != sources.cend();
-    showState(exists && found->muted ? 1 : 0, exists && authorized);
+    showState(exists && found->muted ? 1 : 0, exists && link.authorized);
 }
 
 void SlobsAudioDisplayView::onWidgetMessageReceived(QJsonObject const& message)

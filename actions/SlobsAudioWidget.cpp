@@ -4,6 +4,7 @@
 #include "actions/SlobsAudioDisplayView.h"
 #include "actions/SlobsAudioPropertyView.h"
 #include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettings.h"
 #include "actions/SlobsSettingsKeys.h"
 
 #include <QDebug>
@@ -36,25 +37,9 @@ void SlobsAudioWidget::prepareWidgetSettings(QJsonObject& document)
     source.writeTo(document, kAudioSourceId, kAudioSourceName);
 }
 
-bool SlobsAudioWidget::migrateLegacyPayload(QJsonObject const& document, int version)
+QJsonObject SlobsAudioWidget::convertLegacyKeys(QJsonObject const& document) const
 {
-    if (version >= kDocumentVersion) {
-        return false;
-    }
-    if (document.value(kLegacyPayload).isObject()) {
-        QJsonObject legacy = document.value(kLegacyPayload).toObject();
-        source = SlobsTarget::fromJson(legacy, kLegacyAudioSource, kAudioSourceName);
-        legacy.remove(kLegacyAudioSource);
-        legacy.remove(kAudioSourceName);
-        if (legacy.isEmpty()) {
-            loadedDocument().remove(kLegacyPayload);
-        } else { // whatever else it holds is not ours to drop
-            loadedDocument().insert(kLegacyPayload, legacy);
-        }
-    } else {
-        readSettings(document); // what has no version but today's keys keeps its target
-    }
-    return true;
+    return SlobsSettings::convertAudioSource(document);
 }
 
 void SlobsAudioWidget::onConnectToRcc()
@@ -73,7 +58,7 @@ void SlobsAudioWidget::onConnectToRcc()
 
 int SlobsAudioWidget::onAppTriggeredEvent([[maybe_unused]] QJsonObject const& event)
 {
-    if (!authorized || source.id.isEmpty()) {
+    if (!link.authorized || source.id.isEmpty()) {
         qDebug() << "[APP EVENT][APP Triggered]" << source.id;
         return 0;
     }

@@ -16,13 +16,13 @@ public:
 
     void startWithDefault() override;
     void prepareWidgetSettings(QJsonObject& document) override;
-    bool migrateLegacyPayload(QJsonObject const& document, int version) override;
     void onConnectToRcc() override;
     //! Asks for the opposite of what the last audio list says, and to mute a source that the list does not
     //! have.
     int onAppTriggeredEvent(QJsonObject const& event) override;
 
 protected:
+    QJsonObject convertLegacyKeys(QJsonObject const& document) const override;
     void readSettings(QJsonObject const& payload) override;
     QString refreshTask() const override;
     void refreshList() override;

@@ -8,7 +8,7 @@ SlobsOutputDisplayView::SlobsOutputDisplayView(SlobsOutput const& kind, QWidget*
 
 void SlobsOutputDisplayView::refreshUiState()
 {
-    showState(output.isOn(status) ? 1 : 0, authorized);
+    showState(output.isOn(status) ? 1 : 0, link.authorized);
 }
 
 void SlobsOutputDisplayView::onWidgetMessageReceived(QJsonObject const& message)

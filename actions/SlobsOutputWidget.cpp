@@ -3,6 +3,7 @@
 #include "actions/SlobsAgent.h"
 #include "actions/SlobsOutputDisplayView.h"
 #include "actions/SlobsOutputPropertyView.h"
+#include "actions/SlobsSettings.h"
 
 #include <QDebug>
 
@@ -18,7 +19,7 @@ void SlobsOutputWidget::startWithDefault()
 
 bool SlobsOutputWidget::migrateLegacyPayload([[maybe_unused]] QJsonObject const& document, int version)
 {
-    return version < kDocumentVersion;
+    return version < SlobsSettings::kVersion;
 }
 
 void SlobsOutputWidget::onStreamlabsStateChanged(bool isAuthorized, QString const& newToken, int newPort)
@@ -38,7 +39,7 @@ void SlobsOutputWidget::onConnectToRcc()
 
 int SlobsOutputWidget::onAppTriggeredEvent(QJsonObject const& event)
 {
-    if (!authorized) {
+    if (!link.authorized) {
         qDebug() << "[APP EVENT][APP Triggered]" << event;
         return 0;
     }

@@ -15,7 +15,7 @@ void SlobsSceneDisplayView::refreshUiState()
     using StreamlabsApiPrivate::Scene;
     bool const inList =
         !sceneId.isEmpty() && std::ranges::find(std::as_const(scenes), sceneId, &Scene::id) != scenes.cend();
-    showState(inList && sceneId == activeSceneId ? 1 : 0, authorized && inList);
+    showState(inList && sceneId == activeSceneId ? 1 : 0, link.authorized && inList);
 }
 
 void SlobsSceneDisplayView::onWidgetMessageReceived(QJsonObject const& message)

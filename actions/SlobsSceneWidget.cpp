@@ -35,15 +35,6 @@ void SlobsSceneWidget::prepareWidgetSettings(QJsonObject& document)
     scene.writeTo(document, kSceneId, kSceneName);
 }
 
-bool SlobsSceneWidget::migrateLegacyPayload(QJsonObject const& document, int version)
-{
-    if (version >= kDocumentVersion) {
-        return false;
-    }
-    readSettings(document);
-    return true;
-}
-
 void SlobsSceneWidget::onConnectToRcc()
 {
     SlobsTargetWidget::onConnectToRcc();
@@ -64,7 +55,7 @@ void SlobsSceneWidget::onConnectToRcc()
 
 int SlobsSceneWidget::onAppTriggeredEvent(QJsonObject const& event)
 {
-    if (!authorized || scene.id.isEmpty()) {
+    if (!link.authorized || scene.id.isEmpty()) {
         qDebug() << "[APP EVENT][APP Triggered]" << event;
         return 0;
     }

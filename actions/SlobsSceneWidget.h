@@ -13,7 +13,6 @@ public:
 
     void startWithDefault() override;
     void prepareWidgetSettings(QJsonObject& document) override;
-    bool migrateLegacyPayload(QJsonObject const& document, int version) override;
     void onConnectToRcc() override;
     int onAppTriggeredEvent(QJsonObject const& event) override;
 

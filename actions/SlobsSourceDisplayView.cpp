@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 void SlobsSourceDisplayView::refreshUiState()
 {
     auto const* item = StreamlabsApiPrivate::findItem(scenes, sceneId, sceneItemId);
-    showState(item && item->visible ? 1 : 0, item && authorized);
+    showState(item && item->visible ? 1 : 0, item && link.authorized);
 }
 
 void SlobsSourceDisplayView::onWidgetMessageReceived(QJsonObject const& message)

@@ -2,6 +2,7 @@
 
 #include "actions/SlobsAgent.h"
 #include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettings.h"
 #include "actions/SlobsSettingsKeys.h"
 #include "actions/SlobsSourceDisplayView.h"
 #include "actions/SlobsSourcePropertyView.h"
@@ -40,21 +41,9 @@ void SlobsSourceWidget::prepareWidgetSettings(QJsonObject& document)
     item.writeTo(document, kSceneItemId, kSceneItemName);
 }
 
-bool SlobsSourceWidget::migrateLegacyPayload(QJsonObject const& document, int version)
+QJsonObject SlobsSourceWidget::convertLegacyKeys(QJsonObject const& document) const
 {
-    if (version >= kDocumentVersion) {
-        return false;
-    }
-    scene = SlobsTarget::fromJson(document, kSceneId, kSceneName);
-    // What has no version but today's keys keeps its target.
-    bool const isLegacy = document.contains(kLegacyItemId);
-    item = SlobsTarget::fromJson(
-        document, isLegacy ? kLegacyItemId : kSceneItemId, isLegacy ? kLegacyItemName : kSceneItemName);
-    if (isLegacy) {
-        loadedDocument().remove(kLegacyItemId);
-        loadedDocument().remove(kLegacyItemName);
-    }
-    return true;
+    return SlobsSettings::convertItem(document);
 }
 
 void SlobsSourceWidget::onConnectToRcc()
@@ -82,7 +71,7 @@ void SlobsSourceWidget::rememberNames()
 
 int SlobsSourceWidget::onAppTriggeredEvent([[maybe_unused]] QJsonObject const& event)
 {
-    if (!authorized || item.id.isEmpty()) {
+    if (!link.authorized || item.id.isEmpty()) {
         qDebug() << "[APP EVENT][APP Triggered]" << scene.id << item.id;
         return 0;
     }

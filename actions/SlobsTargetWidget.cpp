@@ -2,6 +2,7 @@
 
 #include "actions/SlobsAgent.h"
 #include "actions/SlobsPanelMessages.h"
+#include "actions/SlobsSettings.h"
 #include "relay/ZoRemoteCommands.h"
 
 #include <QDebug>
@@ -12,6 +13,15 @@ void SlobsTargetWidget::startWithPayload(QJsonObject const& payload)
 {
     readSettings(payload);
     sendSettingsToViews(payload);
+}
+
+bool SlobsTargetWidget::migrateLegacyPayload(QJsonObject const& document, int version)
+{
+    if (version >= SlobsSettings::kVersion) {
+        return false;
+    }
+    readSettings(convertLegacyKeys(document));
+    return true;
 }
 
 void SlobsTargetWidget::onStreamlabsStateChanged(bool isAuthorized, QString const& newToken, int newPort)

@@ -16,6 +16,7 @@ public:
     using BaseSlobsWidget::BaseSlobsWidget;
 
     void startWithPayload(QJsonObject const& payload) override;
+    bool migrateLegacyPayload(QJsonObject const& document, int version) override;
     void onStreamlabsStateChanged(bool isAuthorized, QString const& newToken, int newPort) override;
     void onPropertyMessageReceived(QJsonObject const& message) override;
 
