@@ -1,98 +1,47 @@
-// A settings document through each of the five actions. The input is the document.
+// A settings document, of whatever version, through the functions that read, convert and write it. The input
+// is the document.
 
-#include "actions/SlobsAudioWidget.h"
-#include "actions/SlobsRecordWidget.h"
-#include "actions/SlobsSceneWidget.h"
-#include "actions/SlobsSourceWidget.h"
-#include "actions/SlobsStreamWidget.h"
+#include "actions/SlobsSettings.h"
+#include "actions/SlobsSettingsKeys.h"
 #include "fuzz/Fuzz.h"
-#include "relay/MekZoPluginEventType.h"
 
-#include <QApplication>
 #include <QJsonDocument>
 
-#include <array>
-#include <memory>
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
-using namespace MekZoPluginEventType;
 
 namespace {
 
-//! One action, which lives as long as the process: making one costs hundred times more than initialising it
-//! anew.
-class Action
+SlobsSettings::Document const defaults{{u"off"_s, u"on"_s}, {u"/off.png"_s, u"/on.png"_s}, {}, {}};
+
+QStringList const ours{u"version"_s, u"titlelist"_s, u"iconlist"_s, ZoDisplayViewAttribute::pluginPayloadKey,
+    u"title"_s, u"states"_s, u"item_id"_s, u"item_name"_s, u"payload"_s, SlobsSettingsKeys::kSceneItemId,
+    SlobsSettingsKeys::kSceneItemName, SlobsSettingsKeys::kAudioSourceId,
+    SlobsSettingsKeys::kAudioSourceName};
+
+void check(QJsonObject const& json, QJsonObject const& converted)
 {
-public:
-    explicit Action(ZOPlugin* made) : plugin(made)
-    {
-        QObject::connect(plugin.get(), &ZOPlugin::eventSent, [this](QJsonObject const& message) {
-            saved = message.value(kFieldEvent).toObject().value(kFieldPayload).toObject();
-        });
-        plugin->init({}, {});
-        defaults = save();
-    }
-
-    void load(QJsonObject const& document) { plugin->init({}, {{kFieldPayload, document}}); }
-    QJsonObject save()
-    {
-        saved = {};
-        QJsonObject reply;
-        plugin->eventReceived({{kFieldEvent, QJsonObject{{kFieldType, kUpdateSettingsEvent}}}}, reply);
-        return saved;
-    }
-
-    void check(QJsonObject const& document)
-    {
-        load(document);
-        QJsonObject const first = save();
-        load(first);
-        Fuzz::require(save() == first, "what was saved and loaded is saved the same");
-        if (document.value("version"_L1).toInt() < 2) {
-            return;
-        }
-        for (auto member = document.begin(); member != document.end(); ++member) {
-            Fuzz::require(defaults.contains(member.key()) || first.value(member.key()) == member.value(),
-                "what nobody here knows is kept");
-        }
-    }
-
-private:
-    std::unique_ptr<ZOPlugin> plugin;
-    QJsonObject saved;
-    //! For the keys.
-    QJsonObject defaults;
-};
-
-std::array<Action, 5>& actions()
-{
-    static int count = 1;
-    static char name[] = "fuzz";
-    static char* arguments[] = {name, nullptr};
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Never deleted, for Qt's fonts do not bear the end of a process.
-    static auto* const application = new QApplication(count, arguments);
-    Q_UNUSED(application)
-    static std::array<Action, 5> all{Action(new SlobsStreamWidget), Action(new SlobsRecordWidget),
-        Action(new SlobsSceneWidget), Action(new SlobsSourceWidget), Action(new SlobsAudioWidget)};
-    return all;
+    auto const document = SlobsSettings::read(converted, defaults);
+    Fuzz::require(document.titles.size() >= 2 && document.icons.size() >= 2, "no state is lost");
+    auto const first = SlobsSettings::write(document);
+    Fuzz::require(SlobsSettings::versionOf(first) == SlobsSettings::kVersion, "what is written is current");
+    Fuzz::require(SlobsSettings::write(SlobsSettings::read(first, defaults)) == first,
+        "what was saved and loaded is saved the same");
+    auto const keys = json.keys();
+    Fuzz::require(std::ranges::all_of(keys,
+                      [&](QString const& key) { return ours.contains(key) || first[key] == json[key]; }),
+        "what nobody here knows is kept");
 }
 
 } // namespace
 
-//! What it has read of its own files is fontconfig's.
-extern "C" Q_DECL_EXPORT char const* __lsan_default_suppressions() // NOLINT: the sanitizer's name
-{
-    return "leak:libfontconfig";
-}
-
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    auto const document = QJsonDocument::fromJson(Fuzz::bytes(data, size).toByteArray());
-    if (document.isObject()) {
-        for (auto& action : actions()) {
-            action.check(document.object());
-        }
+    auto const json = QJsonDocument::fromJson(Fuzz::bytes(data, size).toByteArray()).object();
+    check(json, json);
+    for (auto const convert : {SlobsSettings::convertItem, SlobsSettings::convertAudioSource}) {
+        check(json, SlobsSettings::convertLists(convert(json)));
     }
     return 0;
 }

@@ -1,5 +1,5 @@
-// The agents of a process, which share the decoding of what the relay sends them. Each line of the input is a
-// message:
+// The agents of a process, which share what they have parsed and decoded of what the relay sends. Each line
+// of the input is a message:
 //   TEXT   every agent gets it
 //   ~TEXT  the first agent alone gets it, as when the others are not connected yet
 //   +TEXT  the second agent gets it while the first handles the next line
@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 
 #include <array>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using namespace StreamlabsApiPrivate;
@@ -26,114 +27,84 @@ QList<Record> decodedPlainly(QJsonObject const& message)
     return records;
 }
 
-class Agents
+//! What \a message says, and what is said again when that is written out.
+void check(QJsonObject const& message)
 {
-public:
-    Agents()
-    {
-        for (auto& agent : agents) {
-            addHandlers(agent);
-        }
+    bool authorized = false;
+    QString text;
+    int port = 0;
+    QList<Scene> scenes = decodedPlainly<Scene>(message);
+    QList<CollectionSchema> collections = decodedPlainly<CollectionSchema>(message);
+    QList<AudioSource> sources = decodedPlainly<AudioSource>(message);
+    auto const decode = [&](QJsonObject const& from) {
+        SlobsAgent::fromAuthState(from, authorized, text, port);
+        SlobsAgent::fromStreamingStatus(from, text);
+        SlobsAgent::fromRecordingStatus(from, text);
+        SlobsAgent::fromSceneList(from, scenes, text);
+        SlobsAgent::fromCollectionList(from, collections);
+        SlobsAgent::fromAudioList(from, sources);
+        return std::tuple(authorized, text, port, scenes, collections, sources);
+    };
+    auto const lists = std::tuple(scenes, collections, sources);
+    auto const decoded = decode(message);
+    Fuzz::require(lists == std::tuple(scenes, collections, sources), "lists are decoded as if alone");
+    for (auto const& again :
+        {SlobsAgent::toAuthState(authorized, text, port), SlobsAgent::toStreamingStatus(text),
+            SlobsAgent::toRecordingStatus(text), SlobsAgent::toSceneList(scenes, text),
+            SlobsAgent::toCollectionList(collections), SlobsAgent::toAudioList(sources)}) {
+        Fuzz::require(decode(again) == decoded, "what is encoded is decoded the same");
     }
+}
 
-    void run(QByteArrayView line)
-    {
-        if (line.startsWith('+')) {
-            inside = line.sliced(1);
-        } else if (line.startsWith('~')) {
-            receive(agents.front(), line.sliced(1));
-        } else {
-            for (auto& agent : agents) {
-                receive(agent, line);
-            }
-        }
+//! The text that is being handled, innermost last.
+QList<QByteArrayView> handled;
+QByteArrayView inside;
+std::array<SlobsAgent, 2>* agents = nullptr;
+
+void receive(SlobsAgent& agent, QByteArrayView text)
+{
+    handled.append(text);
+    QMetaObject::invokeMethod(
+        &agent, "onTextMessageReceived", Qt::DirectConnection, Q_ARG(QString, QString::fromUtf8(text)));
+    handled.removeLast();
+}
+
+void onMessage(QJsonObject const& message)
+{
+
+    auto const alone = QJsonDocument::fromJson(QString::fromUtf8(handled.last()).toUtf8()).object();
+    Fuzz::require(message == alone, "a message is parsed as if alone");
+    check(message);
+    if (!inside.isEmpty()) {
+        receive(agents->back(), std::exchange(inside, {}));
+        check(message);
     }
-
-private:
-    static void receive(SlobsAgent& agent, QByteArrayView text)
-    {
-        QMetaObject::invokeMethod(
-            &agent, "onTextMessageReceived", Qt::DirectConnection, Q_ARG(QString, QString::fromUtf8(text)));
-    }
-
-    void addHandlers(SlobsAgent& agent)
-    {
-        using namespace SlobsAgentPrivate;
-        auto const on = [this, &agent](QString const& task, SlobsAgent::Handler const& check) {
-            agent.addRccEventHandler(task, [this, check](QJsonObject const& message) {
-                check(message);
-                if (!inside.isEmpty()) {
-                    receive(agents.back(), std::exchange(inside, {}));
-                    check(message);
-                }
-            });
-        };
-        on(kQueryScenesResult, [](QJsonObject const& message) {
-            QList<Scene> scenes;
-            QString activeId;
-            SlobsAgent::fromSceneList(message, scenes, activeId);
-            Fuzz::require(scenes == decodedPlainly<Scene>(message), "scenes are decoded as if alone");
-            requireAgain(
-                SlobsAgent::toSceneList(scenes, activeId), scenes, [&](QJsonObject const& again, auto& list) {
-                    SlobsAgent::fromSceneList(again, list, activeId);
-                });
-        });
-        on(kQueryCollectionsResult, [](QJsonObject const& message) {
-            QList<CollectionSchema> collections;
-            SlobsAgent::fromCollectionList(message, collections);
-            Fuzz::require(collections == decodedPlainly<CollectionSchema>(message),
-                "collections are decoded as if alone");
-            requireAgain(
-                SlobsAgent::toCollectionList(collections), collections, SlobsAgent::fromCollectionList);
-        });
-        on(kQueryAudioListResult, [](QJsonObject const& message) {
-            QList<AudioSource> sources;
-            SlobsAgent::fromAudioList(message, sources);
-            Fuzz::require(sources == decodedPlainly<AudioSource>(message), "sources are decoded as if alone");
-            requireAgain(SlobsAgent::toAudioList(sources), sources, SlobsAgent::fromAudioList);
-        });
-        on(kQueryStreamingStatusResult, [](QJsonObject const& message) {
-            QString status;
-            SlobsAgent::fromStreamingStatus(message, status);
-            requireAgain(SlobsAgent::toStreamingStatus(status), status, SlobsAgent::fromStreamingStatus);
-        });
-        on(kQueryRecordingStatusResult, [](QJsonObject const& message) {
-            QString status;
-            SlobsAgent::fromRecordingStatus(message, status);
-            requireAgain(SlobsAgent::toRecordingStatus(status), status, SlobsAgent::fromRecordingStatus);
-        });
-        on(kQueryAuthStateResult, [](QJsonObject const& message) {
-            bool authorized = false;
-            QString token;
-            int port = 0;
-            SlobsAgent::fromAuthState(message, authorized, token, port);
-            requireAgain(SlobsAgent::toAuthState(authorized, token, port), token,
-                [&](QJsonObject const& again, QString& text) {
-                    SlobsAgent::fromAuthState(again, authorized, text, port);
-                });
-        });
-    }
-
-    template <typename Value, typename Decode>
-    static void requireAgain(QJsonObject const& encoded, Value const& value, Decode decode)
-    {
-        Value again;
-        decode(encoded, again);
-        Fuzz::require(again == value, "what is encoded is decoded the same");
-    }
-
-    std::array<SlobsAgent, 2> agents;
-    QByteArrayView inside;
-};
+}
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
-    Agents agents;
+    using namespace SlobsAgentPrivate;
+    std::array<SlobsAgent, 2> both;
+    agents = &both;
+    for (auto& agent : both) {
+        for (auto const& task : {kQueryScenesResult, kQueryCollectionsResult, kQueryAudioListResult,
+                 kQueryStreamingStatusResult, kQueryRecordingStatusResult, kQueryAuthStateResult}) {
+            agent.addRccEventHandler(task, onMessage);
+        }
+    }
+    inside = {};
     auto const input = Fuzz::bytes(data, size).toByteArray();
-    for (auto const& line : input.split('\n')) {
-        agents.run(line);
+    for (QByteArrayView const line : input.split('\n')) {
+        if (line.startsWith('+')) {
+            inside = line.sliced(1);
+        } else if (line.startsWith('~')) {
+            receive(both.front(), line.sliced(1));
+        } else {
+            receive(both.front(), line);
+            receive(both.back(), line);
+        }
     }
     return 0;
 }

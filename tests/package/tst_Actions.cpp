@@ -9,10 +9,8 @@
 #include "actions/SlobsStreamWidget.h"
 #include "devhost/fakes/JsonMatch.h"
 #include "devhost/fakes/RelayServer.h"
-#include "devhost/fakes/StreamlabsStandIn.h"
 #include "relay/MekZoPluginEventType.h"
 #include "relay/ZoLumenProxy.h"
-#include "streamlabs/StreamlabsService.h"
 #include "tests/LogRecorder.h"
 #include "tests/TestJson.h"
 
@@ -25,6 +23,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 #include <QWebSocket>
@@ -72,6 +71,7 @@ class tst_Actions : public QObject
 
 private:
     QString const responses = u"remote.subject.streamlabs.response"_s;
+    QByteArray const linked = R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"t","port":5})";
     void publish(QByteArray const& text) { relay->publish(responses, json(text)); }
 
     std::optional<LogRecorder> log;
@@ -101,45 +101,37 @@ private slots:
     }
 
     // Every document in tests/data/settings: what the host hands over, and what the action then says of
-    // itself.
-    void readsDocuments_data()
+    // itself. What was written is read again as it is, and not written once more.
+    void readsDocuments()
     {
-        QTest::addColumn<QJsonObject>("row");
         QDir const folder(QStringLiteral(LUMEN_TEST_DATA "/settings"));
+        QVERIFY(folder.count() > 20);
         for (auto const& name : folder.entryList({u"*.json"_s})) {
             QFile file(folder.filePath(name));
             QVERIFY(file.open(QIODevice::ReadOnly));
-            QTest::newRow(qPrintable(name)) << json(file.readAll());
+            QJsonObject const row = json(file.readAll());
+            QJsonObject data = row.value("data"_L1).toObject();
+            bool rewritten = row.value("rewritten"_L1).toBool();
+            QJsonObject document;
+            for (int round = 0; round < 2; ++round) {
+                auto const action = makers[row.value("action"_L1).toString()]();
+                Documents documents(*action);
+                QVERIFY(action->init(u"key"_s, data));
+                QVERIFY2(documents.count() == int(rewritten), qPrintable(name));
+                QCOMPARE(log->take(u"warning: convert legacy data to new format"_s), rewritten);
+                QJsonObject reply;
+                action->eventReceived(hostEvent(MekZoPluginEventType::kUpdateSettingsEvent), reply);
+                QVERIFY2(round == 0 || documents.lastDocument() == document, qPrintable(name));
+                document = documents.lastDocument();
+                data = {{u"payload"_s, document}};
+                rewritten = false;
+            }
+            QVERIFY2(jsonIncludes(document, row.value("settings"_L1)), qPrintable(name));
+            QCOMPARE(document.value("version"_L1), 2);
+            for (auto const& key : row.value("absent"_L1).toArray()) {
+                QVERIFY2(!document.contains(key.toString()), qPrintable(name));
+            }
         }
-        QVERIFY(folder.count() > 20);
-    }
-
-    void readsDocuments()
-    {
-        QFETCH(QJsonObject, row);
-        auto const action = makers[row.value("action"_L1).toString()]();
-        Documents documents(*action);
-        QVERIFY(action->init(u"key"_s, row.value("data"_L1).toObject()));
-        bool const rewritten = row.value("rewritten"_L1).toBool();
-        QCOMPARE(documents.count(), rewritten ? 1 : 0);
-        QCOMPARE(log->take(u"warning: convert legacy data to new format"_s), rewritten);
-
-        QJsonObject reply;
-        action->eventReceived(hostEvent(MekZoPluginEventType::kUpdateSettingsEvent), reply);
-        QJsonObject const document = documents.lastDocument();
-        QVERIFY2(jsonIncludes(document, row.value("settings"_L1)), qPrintable(compact(document).left(2000)));
-        QCOMPARE(document.value("version"_L1), 2);
-        for (auto const& key : row.value("absent"_L1).toArray()) {
-            QVERIFY2(!document.contains(key.toString()), qPrintable(key.toString()));
-        }
-
-        // What was written is read again as it is, and not written once more.
-        auto const again = makers[row.value("action"_L1).toString()]();
-        Documents secondTime(*again);
-        again->init(u"key"_s, QJsonObject{{u"payload"_s, document}});
-        QCOMPARE(secondTime.count(), 0);
-        again->eventReceived(hostEvent(MekZoPluginEventType::kUpdateSettingsEvent), reply);
-        QCOMPARE(secondTime.lastDocument(), document);
         log->clear(); // some documents name images that do not exist
     }
 
@@ -193,42 +185,26 @@ private slots:
         QCOMPARE(action.actionIconFilePath(), u":/Streamlabs/images/slobs_stream_off.png"_s);
     }
 
-    void waitsForTheRelay()
+    // What a press asks for is told by the scripts.
+    void asksTheServiceAndThePanel()
     {
-        for (auto const& [name, query] : {std::pair(u"stream"_s, u"queryStreamingStatus"_s),
-                 {u"record"_s, u"queryRecordingStatus"_s}, {u"scene"_s, u"queryScenes"_s},
-                 {u"source"_s, u"queryScenes"_s}, {u"mute"_s, u"queryAudioList"_s}}) {
+        for (auto const& [name, query, hasTarget] :
+            {std::tuple(u"stream"_s, u"queryStreamingStatus"_s, false),
+                {u"record"_s, u"queryRecordingStatus"_s, false}, {u"scene"_s, u"queryScenes"_s, true},
+                {u"source"_s, u"queryScenes"_s, true}, {u"mute"_s, u"queryAudioList"_s, true}}) {
             commands.clear();
             auto const action = makers[name]();
+            Documents const documents(*action);
             action->init(u"key"_s);
             QTRY_COMPARE(commands.size(), 3);
             QCOMPARE(commands.at(0).value("task"_L1), u"remote.command.subscribe.subject"_s);
             QCOMPARE(commands.at(1).value("event"_L1), u"queryAuthState"_s);
             QCOMPARE(commands.at(2).value("event"_L1), query);
-        }
-    }
 
-    // Nobody knows what state it is in: a press asks for the one that a streamer notices.
-    void asksForWhatIsMissing()
-    {
-        for (auto const& [name, settings, list, asksFor] :
-            {std::tuple(u"source"_s, R"({"version":2,"scene_id":"s","scene_item_id":"gone"})",
-                 R"({"task":"onQueryScenes","activeId":"s","list":[]})",
-                 R"({"sceneId":"s","sceneItemId":"gone","sourceId":"","visible":true})"),
-                {u"mute"_s, R"({"version":2,"audio_source_id":"gone"})",
-                    R"({"task":"onQueryAudioList","list":[]})", R"({"sourceId":"gone","muted":true})"}}) {
-            QTRY_COMPARE(relay->clientCount(), 0);
-            commands.clear();
-            auto const action = makers[name]();
-            action->init(u"key"_s, {{u"payload"_s, json(settings)}});
-            QTRY_COMPARE(commands.size(), 3); // its subscription and its queries
-            publish(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"t","port":5})");
-            publish(list);
-            QVERIFY(QTest::qWaitFor([&] {
-                action->onAppTriggeredEvent({});
-                return commands.size() > 3;
-            }));
-            QVERIFY2(jsonIncludes(commands.at(3), json(asksFor)), qPrintable(compact(commands.at(3))));
+            action->onPropertyMessageReceived(json(R"({"payload":{"scene_id":"x"}})"));
+            QCOMPARE(log->take(u"Widget::onPropertyMessageReceived {\"payload\""_s), hasTarget);
+            action->onPropertyMessageReceived(json(R"({"task":"dance"})"));
+            QCOMPARE(documents.count(), 0);
         }
     }
 
@@ -258,26 +234,30 @@ private slots:
     void knowsNothingWithoutTheRelay()
     {
         SlobsStreamWidget action;
+        auto* const panel = qobject_cast<BaseSlobsPropertyView*>(action.propertyWidget());
+        QPushButton button; // a host may keep the parts of the login pane wherever it likes
+        QLabel pane;
+        panel->registerLoginPane(&button, &pane);
+        QVERIFY(button.isHidden() && pane.isHidden());
         action.init(u"key"_s);
         auto const* const mask = action.pluginWidget()->findChild<QLabel*>(u"lblMaskInvalid"_s);
-        auto const* const pane = action.propertyWidget()->findChild<QLabel*>(u"txtWarningMessage"_s);
-        auto* const button = action.propertyWidget()->findChild<QPushButton*>(u"btnGoAuth"_s);
+        QVERIFY(button.isVisible() && pane.isVisible());
         QVERIFY(!mask->isHidden()); // nobody has said yet that the link is there
         QTRY_COMPARE(relay->subscriberCount(responses), 1);
-        publish(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"t","port":5})");
+        publish(linked);
         publish(R"({"task":"onQueryStreamingStatus","streamingStatus":"starting"})");
         QTRY_COMPARE(action.actionTitle(), u"Stream"_s);
-        QVERIFY(mask->isHidden() && pane->isHidden());
+        QVERIFY(mask->isHidden() && pane.isHidden());
         publish(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"","port":5})");
-        QTRY_VERIFY(!pane->isHidden()); // without a token there is nothing to be linked with
+        QTRY_VERIFY(!pane.isHidden()); // without a token there is nothing to be linked with
         QSignalSpy pages(relay.get(), &RelayServer::settingsPageRequested);
-        QTest::mouseClick(button, Qt::LeftButton);
+        QTest::mouseClick(&button, Qt::LeftButton);
         QTRY_COMPARE(pages, QList({QVariantList({7})}));
-        publish(R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"t","port":5})");
-        QTRY_VERIFY(pane->isHidden());
+        publish(linked);
+        QTRY_VERIFY(pane.isHidden());
         relay->drop();
         QTRY_VERIFY(!mask->isHidden());
-        QVERIFY(!pane->isHidden());
+        QVERIFY(!pane.isHidden());
     }
 
     // An attempt that fails at once fails while the action is being made.
@@ -295,20 +275,6 @@ private slots:
             QVERIFY(action->pluginWidget() && action->propertyWidget());
         }
 #endif
-    }
-
-    void logsPanelMessagesWithoutATask()
-    {
-        for (auto const& [name, kind] :
-            {std::pair(u"scene"_s, u"Scene"_s), {u"source"_s, u"Source"_s}, {u"mute"_s, u"Audio"_s}}) {
-            auto const action = makers[name]();
-            Documents documents(*action);
-            action->init(u"key"_s);
-            action->onPropertyMessageReceived(json(R"({"payload":{"scene_id":"x"}})"));
-            QVERIFY(log->take(u"warning: Slobs%1Widget::onPropertyMessageReceived"_s.arg(kind)));
-            action->onPropertyMessageReceived(json(R"({"task":"dance"})"));
-            QCOMPARE(documents.count(), 0);
-        }
     }
 
     void endsInAnyOrder()
@@ -343,121 +309,89 @@ private slots:
     }
 
     // A host may delete an action over what it hears from it.
-    void endsInsideItsOwnSignal_data()
+    void endsInsideItsOwnSignal()
     {
         using Cause = std::function<void(BaseSlobsWidget*)>;
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<Cause>("cause");
-        QTest::addColumn<bool>("adopted");
-        auto const row = [](QString const& action, char const* what, Cause const& cause) {
-            QTest::addRow("%s: %s", qPrintable(action), what) << action << cause << false;
-            QTest::addRow("%s: %s, adopted panel", qPrintable(action), what) << action << cause << true;
+        auto const legacy = [](BaseSlobsWidget* action) {
+            QVERIFY(action->init(u"key"_s, {{u"payload"_s, json(R"({"title":["a","b"]})")}}));
         };
-        auto const panelOf = [](BaseSlobsWidget* action) {
-            return qobject_cast<BaseSlobsPropertyView*>(action->propertyWidget());
-        };
-        for (auto const& name : makers.keys()) {
-            row(name, "legacy document", [](BaseSlobsWidget* action) {
-                QVERIFY(action->init(u"key"_s, {{u"payload"_s, json(R"({"title":["a","b"]})")}}));
-            });
-        }
-        row(u"stream"_s, "event", [](BaseSlobsWidget* action) {
+        auto const event = [](BaseSlobsWidget* action) {
             QJsonObject reply;
             QCOMPARE(action->eventReceived(hostEvent(MekZoPluginEventType::kUpdateSettingsEvent), reply), 0);
             QCOMPARE(reply, json(R"({"success":true})"));
-        });
-        row(u"stream"_s, "title", [panelOf](BaseSlobsWidget* action) {
-            auto* const edit = panelOf(action)->findChild<QLineEdit*>();
+        };
+        auto const title = [](BaseSlobsWidget* action) {
+            auto* const edit = action->propertyWidget()->findChild<QLineEdit*>();
             edit->setReadOnly(false);
             QTest::keyClicks(edit, u"x"_s);
-        });
-        for (auto const& [name, list] : {std::pair(u"scene"_s, u"dropdownSceneList"_s),
-                 {u"source"_s, u"dropdownSceneList"_s}, {u"mute"_s, u"dropdownAudioList"_s}}) {
-            row(name, "target", [panelOf, list = list](BaseSlobsWidget* action) {
-                emit panelOf(action)->findChild<QComboBox*>(list)->activated(0);
-            });
+        };
+        auto const target = [](BaseSlobsWidget* action) {
+            QRegularExpression const list(u"dropdown(Scene|Audio)List"_s);
+            emit action->propertyWidget()->findChildren<QComboBox*>(list).constFirst()->activated(0);
+        };
+        auto const targetAndLogin = [](BaseSlobsWidget* action) {
+            emit qobject_cast<BaseSlobsPropertyView*>(action->propertyWidget())
+                ->sendToWidget(json(R"({"task":"setWidgetSettings","event":"openSettingsAuth"})"));
+        };
+        for (auto const& [names, cause] :
+            {std::pair(u"stream record scene source mute"_s, Cause(legacy)), {u"stream"_s, event},
+                {u"stream"_s, title}, {u"scene source mute"_s, target}, {u"scene"_s, targetAndLogin}}) {
+            for (auto const& name : names.split(u' ')) {
+                for (bool const adopted : {false, true}) {
+                    QWidget host;
+                    QPointer<BaseSlobsWidget> const action = makers[name]().release();
+                    QPointer<QWidget> const panel = action->propertyWidget();
+                    panel->setParent(adopted ? &host : nullptr);
+                    action->init(u"key"_s);
+                    connect(action, &ZOPlugin::eventSent, &host, [&] { delete action; });
+                    cause(action);
+                    QVERIFY(!action);
+                    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+                    QCOMPARE(panel.isNull(), !adopted);
+                }
+            }
         }
-        row(u"scene"_s, "target and login", [panelOf](BaseSlobsWidget* action) {
-            emit panelOf(action)->sendToWidget(
-                json(R"({"task":"setWidgetSettings","event":"openSettingsAuth"})"));
-        });
-    }
-
-    void endsInsideItsOwnSignal()
-    {
-        QFETCH(QString, name);
-        QFETCH(std::function<void(BaseSlobsWidget*)>, cause);
-        QFETCH(bool, adopted);
-        QWidget host;
-        QPointer<BaseSlobsWidget> const action = makers[name]().release();
-        QPointer<QWidget> const panel = action->propertyWidget();
-        panel->setParent(adopted ? &host : nullptr);
-        action->init(u"key"_s);
-        connect(action, &ZOPlugin::eventSent, &host, [&] { delete action; });
-        cause(action);
-        QVERIFY(!action);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QCOMPARE(panel.isNull(), !adopted);
-        log->take(u"warning: convert legacy data to new format"_s);
-    }
-
-    // A host may keep the parts of the login pane wherever it likes.
-    void showsALoginPaneOfItsOwn()
-    {
-        SlobsStreamWidget action;
-        auto* const panel = qobject_cast<BaseSlobsPropertyView*>(action.propertyWidget());
-        QPushButton button;
-        QLabel label;
-        panel->registerLoginPane(&button, &label);
-        QVERIFY(button.isHidden() && label.isHidden());
-        action.init(u"key"_s); // not linked
-        QVERIFY(button.isVisible() && label.isVisible());
-        panel->onStreamlabsStateChanged(true, u"token"_s, 5);
-        QVERIFY(button.isHidden() && label.isHidden());
+        log->clear(); // legacy documents
     }
 
     // Actions come and go while everything runs: connecting, pressed, in the middle of lists and animations.
     void endsAtAnyMoment()
     {
-        StreamlabsStandIn desktop;
-        desktop.model().setTransitionTime(std::chrono::milliseconds(0));
-        QVERIFY(desktop.start());
-        auto service = std::make_unique<StreamlabsService>();
-        service->init(relay.get());
-        service->connectSlobs(desktop.token(), desktop.port());
-        QTRY_COMPARE(desktop.authorizedCount(), 1);
-
         QRandomGenerator random(4);
         QWidget host;
         host.show();
         std::array<Made, 6> actions;
-        std::function<void(Made&)> const events[] = {
-            [&](Made& action) {
+        for (int round = 0; round < 400; ++round) {
+            Made& action = actions.at(random.bounded(6U));
+            switch (action ? random.bounded(6) : 0) {
+            case 0: // a new one comes most often
                 action = makers.values().at(random.bounded(makers.size()))();
                 action->init(u"key"_s);
-                if (random.bounded(2) == 0) {
-                    action->pluginWidget()->setParent(&host);
-                    action->pluginWidget()->show();
-                }
-            },
-            [](Made& action) { action ? action->onKeyDownEvent({}) : 0; },
-            [](Made& action) { action ? action->onAppTriggeredEvent({}) : 0; },
-            [](Made& action) { delete (action ? action->pluginWidget() : nullptr); },
-            [](Made& action) { action.reset(); },
-            [&](Made&) {
-                desktop.model().switchScene(random.bounded(2) == 0 ? u"配信終了"_s : u"Just Chatting"_s);
-            },
-        };
-        for (int round = 0; round < 400; ++round) {
-            events[random.bounded(7U) % 6U](actions.at(random.bounded(6U))); // a new one comes most often
+                action->pluginWidget()->setParent(random.bounded(2) == 0 ? &host : nullptr);
+                action->pluginWidget()->show();
+                break;
+            case 1:
+                action->onKeyDownEvent({});
+                break;
+            case 2:
+                action->onAppTriggeredEvent({});
+                break;
+            case 3:
+                delete action->pluginWidget();
+                break;
+            case 4:
+                action.reset();
+                break;
+            default:
+                publish(linked);
+                publish(R"({"task":"onQueryStreamingStatus","streamingStatus":"live"})");
+                publish(R"({"task":"onQueryScenes","list":[{"id":"s","nodes":[{"sceneItemId":"i"}]}]})");
+            }
             for (quint32 i = random.bounded(4U); i > 0; --i) {
                 QCoreApplication::processEvents();
             }
             if (round == 200) {
                 relay->drop();
-            }
-            if (round == 300) {
-                service.reset();
             }
         }
         actions = {};

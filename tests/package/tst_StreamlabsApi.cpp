@@ -86,24 +86,20 @@ private slots:
     void keepsTheEncodedScenesInStep()
     {
         QRandomGenerator random(3);
-        auto const anyOf = [&random](
-                               QString const& prefix) { return prefix + QString::number(random.bounded(4)); };
+        auto const anyOf = [&](char const* prefix) {
+            return QString::fromLatin1(prefix) + QString::number(random.bounded(4));
+        };
         auto const anyItem = [&](QString const& sceneId, QString const& sceneItemId) {
-            Source item;
-            item.sceneId = sceneId;
-            item.sceneItemId = sceneItemId;
-            item.name = anyOf(u"name"_s);
-            for (bool* flag : {&item.visible, &item.locked, &item.streamVisible, &item.recordVisible}) {
-                *flag = random.bounded(2) == 0;
-            }
-            return item;
+            auto const flag = [&] { return random.bounded(2) == 0; };
+            return Source{
+                {}, anyOf("name"), flag(), flag(), flag(), flag(), sceneItemId, sceneId, {}, {}, {}};
         };
         QList<Scene> scenes;
         for (int s = 0; s < 5; ++s) { // the last has the id of the first
             Scene scene{u"s%1"_s.arg(s % 4), u"scene"_s, {}};
             for (int i = 0; i < 6; ++i) {
                 scene.nodes.append(anyItem(scene.id, u"i%1"_s.arg(i % 4)));
-                scene.nodes.last().sourceId = anyOf(u"x"_s);
+                scene.nodes.last().sourceId = anyOf("x");
             }
             scenes.append(scene);
         }
@@ -111,11 +107,9 @@ private slots:
         SceneListCache cache;
         QCOMPARE(cache.json(), QJsonArray());
         cache.replace(scenes);
-        int changes = 0;
         for (int round = 0; round < 500; ++round) {
-            QJsonArray const before = cache.json();
-            Source item = anyItem(anyOf(u"s"_s), anyOf(u"i"_s));
-            QString const id = random.bounded(2) == 0 ? anyOf(u"s"_s) : anyOf(u"x"_s);
+            Source const item = anyItem(anyOf("s"), anyOf("i"));
+            QString const id = anyOf(random.bounded(2) == 0 ? "s" : "x");
             bool const renames = round % 2 == 0;
             for (auto& scene : scenes) {
                 scene.name = renames && scene.id == id ? item.name : scene.name;
@@ -123,17 +117,16 @@ private slots:
                     if (renames) {
                         node.name = node.sourceId == id ? item.name : node.name;
                     } else if (node.sceneId == item.sceneId && node.sceneItemId == item.sceneItemId) {
-                        item.sourceId = node.sourceId;
+                        QString const sourceId = node.sourceId;
                         node = item;
+                        node.sourceId = sourceId;
                     }
                 }
             }
             renames ? cache.rename(id, item.name) : cache.updateItem(item);
             QCOMPARE(cache.json(), toJson(scenes));
-            QCOMPARE(toJson(cache.scenes()), toJson(scenes));
-            changes += cache.json() == before ? 0 : 1;
+            QCOMPARE(cache.scenes(), scenes);
         }
-        QVERIFY(changes > 200);
         cache.clear();
         QCOMPARE(cache.json(), QJsonArray());
     }
