@@ -51,7 +51,7 @@ private slots:
         QByteArray const source =
             R"({"id":"i","name":"n","parentId":"p","sceneId":"s","sceneItemId":"si",)"
             R"("sceneNodeType":"item","sourceId":"src","locked":true,"streamVisible":false,)"
-            R"("recordVisible":false,"visible":false})";
+            R"("recordVisible":true,"visible":false})";
         QByteArray const noSource =
             R"({"id":"","name":"","parentId":"","sceneId":"","sceneItemId":"","sceneNodeType":"",)"
             R"("sourceId":"","locked":false,"streamVisible":true,"recordVisible":true,"visible":true})";
