@@ -250,7 +250,7 @@ void Soak::listDeeds()
 
         {3, u"drop"_s, [this] { devHost.standIn().drop(); }},
         {1, u"stop"_s, [this] { devHost.standIn().stop(); }},
-        {2, u"start"_s, [this] { devHost.standIn().isRunning() || devHost.startStandIn(); }},
+        {2, u"start"_s, [this] { devHost.standIn().isRunning() || devHost.standIn().start(devHost.standIn().lastPort()); }},
         {1, u"other contents"_s, [this] { replaceContents(); }},
         {1, u"other token"_s, refused},
         {1, u"connect, wrong token"_s, [this] { connectWith(u"wrong"_s); }},
@@ -386,7 +386,7 @@ void Soak::replaceContents()
         model().loadDemo();
     }
     if (ran) {
-        devHost.startStandIn();
+        devHost.standIn().start(devHost.standIn().lastPort());
     }
 }
 
@@ -402,7 +402,7 @@ void Soak::heal()
 {
     devHost.standIn().transport().setHandshake(SockJsServer::Handshake::Answer);
     devHost.standIn().setToken(rightToken);
-    if (!devHost.standIn().isRunning() && !devHost.startStandIn()) {
+    if (!devHost.standIn().isRunning() && !devHost.standIn().start(devHost.standIn().lastPort())) {
         fail(u"the stand-in cannot listen again"_s);
     }
     if (!connected) {

@@ -45,7 +45,9 @@ private:
 };
 
 Run::Run(CommandLine const& commandLine)
-    : options(commandLine), report(commandLine.format, commandLine.verbose), runner(devHost)
+    : options(commandLine)
+    , report(commandLine.format, commandLine.verbose)
+    , runner(devHost, options.script == "-"_L1 ? u"standard input"_s : options.script)
 {
     if (auto const& size = commandLine.size) {
         devHost.standIn().model().generate(size->scenes, size->items, size->audio);

@@ -106,11 +106,15 @@ void StandInModel::loadDemo()
     emit changed();
 }
 
-void StandInModel::generate(int scenes, int itemsPerScene, int audioSources)
+bool StandInModel::generate(int scenes, int itemsPerScene, int audioSources)
 {
+    scenes = qMax(scenes, 1);
+    if (qint64(scenes) * (1 + itemsPerScene) + audioSources > kMostObjects) {
+        return false;
+    }
     clear();
     Collection& collection = newCollection(u"Generated"_s);
-    for (int s = 1; s <= qMax(scenes, 1); ++s) {
+    for (int s = 1; s <= scenes; ++s) {
         Scene& scene = newScene(collection, u"Scene %1"_s.arg(s));
         for (int i = 1; i <= itemsPerScene; ++i) {
             newItem(collection, scene,
@@ -122,6 +126,7 @@ void StandInModel::generate(int scenes, int itemsPerScene, int audioSources)
     }
     currentCollectionId = collection.id;
     emit changed();
+    return true;
 }
 
 void StandInModel::clear()
@@ -130,12 +135,7 @@ void StandInModel::clear()
     heldEvents.clear();
     allCollections.clear();
     lastId = 0;
-    for (Output* output : {&streaming, &recording}) {
-        output->timer.stop();
-        output->upcoming.clear();
-        output->status = kOffline;
-        output->since = QDateTime::currentDateTimeUtc();
-    }
+    endOutputs();
 }
 
 QString StandInModel::newId(QString const& prefix)
@@ -533,6 +533,17 @@ bool StandInModel::interruptStream()
     }
     enter(streaming, {kReconnecting, kLive});
     return true;
+}
+
+void StandInModel::endOutputs()
+{
+    for (Output* output : {&streaming, &recording}) {
+        output->timer.stop();
+        output->upcoming.clear();
+        output->status = kOffline;
+        output->since = QDateTime::currentDateTimeUtc();
+    }
+    emit changed();
 }
 
 // Takes the first status at once and the others one by one.

@@ -72,8 +72,10 @@ public:
     //! emoji, other scripts and quotes in names.
     void loadDemo();
     //! One collection "Generated": "Scene 1" (the active one) …, each with "Item <scene>.1" …, and the audio
-    //! devices "Audio 1" …. At least one scene; no upper bound.
-    void generate(int scenes, int itemsPerScene, int audioSources);
+    //! devices "Audio 1" …. At least one scene. False, and nothing is changed, when that makes more than
+    //! `kMostObjects` scenes, items and audio sources.
+    bool generate(int scenes, int itemsPerScene, int audioSources);
+    static constexpr int kMostObjects = 60000;
     //!@}
 
     //! \name Settings
@@ -148,6 +150,8 @@ public:
     bool toggleRecording();
     //! A hiccup of the network: live → reconnecting → live. False when not live.
     bool interruptStream();
+    //! Both are offline at once and without an event, as when the application ends.
+    void endOutputs();
     //!@}
 
     //! \name Scenes

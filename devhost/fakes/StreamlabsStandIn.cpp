@@ -230,6 +230,7 @@ bool StreamlabsStandIn::start(quint16 port)
     if (!server.listen(port)) {
         return false;
     }
+    startedPort = server.port();
     qInfo("StreamlabsStandIn: listening on 127.0.0.1:%d", server.port());
     emit runningChanged();
     return true;
@@ -239,6 +240,12 @@ void StreamlabsStandIn::stop()
 {
     server.close();
     emit runningChanged();
+}
+
+void StreamlabsStandIn::quit()
+{
+    stop(); // first, so that no client hears of the rest
+    standInModel.endOutputs();
 }
 
 void StreamlabsStandIn::drop()

@@ -47,13 +47,17 @@ public:
 
     //! Listens on 127.0.0.1; \a port 0 takes a free one. False when the port is taken or it runs already.
     bool start(quint16 port = 0);
-    //! Quits as the application does: says goodbye to the clients and stops listening. The contents stay.
+    //! Says goodbye to the clients and stops listening. The application behind it goes on.
     void stop();
+    //! Quits as the application does: `stop`, and what it streams and records has ended. The contents stay.
+    void quit();
     //! Breaks every connection and goes on listening.
     void drop();
     bool isRunning() const { return server.isListening(); }
     //! 0 while not running.
     quint16 port() const { return server.port(); }
+    //! The port of the last start, 0 before the first.
+    quint16 lastPort() const { return startedPort; }
 
     //! The token that clients must send, "stand-in-token" at first. An empty one lets nobody in. A new one
     //! does not put out clients that are in.
@@ -124,6 +128,7 @@ private:
 
     StandInModel standInModel;
     SockJsServer server;
+    quint16 startedPort = 0;
     QString expectedToken;
     QHash<int, Client> clients;
     QHash<QString, std::function<Answer(Call const&)>> methods;

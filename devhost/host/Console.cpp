@@ -56,17 +56,34 @@ void Console::setPackage(IBuiltInPackageLibrary* package)
     }
 }
 
-QString Console::actionIdOf(QString const& action) const
+QStringList Console::actionIds() const
 {
+    QStringList ids;
     if (library) {
         for (auto const& entry : library->list().value("subnode"_L1).toArray()) {
-            QString id = entry.toObject().value("category"_L1).toString();
-            if (id == action || id.section(u'.', -1) == action) {
-                return id;
-            }
+            ids.append(entry[u"category"_s].toString());
+        }
+    }
+    return ids;
+}
+
+QString Console::actionIdOf(QString const& action) const
+{
+    for (QString const& id : actionIds()) {
+        if (id == action || id.section(u'.', -1) == action) {
+            return id;
         }
     }
     return {};
+}
+
+QStringList Console::actionNames() const
+{
+    QStringList names = actionIds();
+    for (QString& name : names) {
+        name = name.section(u'.', -1);
+    }
+    return names;
 }
 
 std::unique_ptr<ConsoleKey> Console::makeKey(int index, QString const& actionId, QJsonObject const& settings)

@@ -38,6 +38,9 @@ public:
     //! "mute", …. Empty when there is none.
     QString actionIdOf(QString const& action) const;
 
+    //! The last part of the id of each action, which is enough to call it by.
+    QStringList actionNames() const;
+
     //! Puts an action on a key that is free or not. False when there is no such action or key.
     bool place(int index, QString const& actionId, QJsonObject const& settings = {});
     //! Takes the action off. False when the key is free.
@@ -65,6 +68,7 @@ private:
     void load();
     void save();
     QString fileName() const;
+    QStringList actionIds() const;
     std::unique_ptr<ConsoleKey> makeKey(int index, QString const& actionId, QJsonObject const& settings);
 
     QString folder;

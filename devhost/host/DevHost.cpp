@@ -32,7 +32,7 @@ DevHost::~DevHost()
 bool DevHost::start(Options const& options)
 {
     startOptions = options;
-    if (usesStandIn() && !startStandIn()) {
+    if (usesStandIn() && !streamlabs.start()) {
         problem = tr("The stand-in for Streamlabs Desktop cannot listen.");
         return false;
     }
@@ -63,15 +63,6 @@ bool DevHost::stop()
     return pluginHost.unload();
 }
 
-bool DevHost::startStandIn()
-{
-    if (!streamlabs.start(standInPort)) {
-        return false;
-    }
-    standInPort = streamlabs.port();
-    return true;
-}
-
 void DevHost::sendTask(QString const& name, QJsonObject arguments)
 {
     arguments.insert("task"_L1, ZoRemoteCommands::kSlobsServiceTask);
@@ -81,7 +72,7 @@ void DevHost::sendTask(QString const& name, QJsonObject arguments)
 
 DevHost::Desktop DevHost::desktop() const
 {
-    return startOptions.desktop.value_or(Desktop{standInPort, streamlabs.token()});
+    return startOptions.desktop.value_or(Desktop{streamlabs.lastPort(), streamlabs.token()});
 }
 
 void DevHost::connectDesktop(QString const& token)

@@ -62,8 +62,6 @@ public:
     StreamlabsStandIn& standIn() { return streamlabs; }
     bool usesStandIn() const { return !startOptions.desktop; }
 
-    //! Starts the stand-in again on the port that it had. False when the port was taken meanwhile.
-    bool startStandIn();
     //! Sends the service a task through the relay, {"task": the relay's command, "event": \a name, …\a
     //! arguments}.
     void sendTask(QString const& name, QJsonObject arguments);
@@ -88,7 +86,6 @@ private:
 
     Options startOptions;
     StreamlabsStandIn streamlabs;
-    quint16 standInPort = 0;
     RelayServer relayServer;
     PluginHost pluginHost;
     std::unique_ptr<Console> placedKeys;

@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QRegularExpression>
 #include <QStandardItemModel>
 
 using namespace Qt::StringLiterals;
@@ -24,7 +25,11 @@ Widget* find(QWidget& panel, QString const& objectName, QString& problem)
 {
     auto* const widget = panel.findChild<Widget*>(objectName);
     if (!widget) {
-        problem = u"the panel has no such \"%1\""_s.arg(objectName);
+        QStringList names;
+        for (auto const* const other : panel.findChildren<Widget*>(QRegularExpression(u"^(?!qt_)."_s))) {
+            names.append(other->objectName());
+        }
+        problem = u"the panel has no such \"%1\", but %2"_s.arg(objectName, names.join(u", "_s));
     } else if (!widget->isEnabledTo(&panel) || !widget->isVisibleTo(&panel)) {
         problem = u"\"%1\" is hidden or disabled"_s.arg(objectName);
     }
@@ -51,7 +56,12 @@ QString PanelUser::choose(QWidget& panel, QString const& objectName, QString con
     }
     int const index = box->findText(text);
     if (index < 0 || !canBeChosen(*box, index)) {
-        return u"\"%1\" cannot be chosen in \"%2\""_s.arg(text, objectName);
+        QStringList entries;
+        for (auto const& entry : look(panel, objectName)[u"entries"_s].toArray()) {
+            entries.append(u'"' + entry.toString() + u'"');
+        }
+        return u"\"%1\" cannot be chosen in \"%2\", but %3"_s.arg(
+            text, objectName, entries.isEmpty() ? u"nothing can"_s : entries.join(u", "_s));
     }
     box->setCurrentIndex(index); // what the pop-up does with a picked entry
     emit box->activated(index);

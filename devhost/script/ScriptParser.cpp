@@ -1,17 +1,21 @@
 #include "devhost/script/ScriptParser.h"
 
-#include "devhost/host/ConsoleSheet.h"
+#include "actions/SlobsAgent.h"
+#include "devhost/fakes/DesktopControls.h"
+#include "devhost/fakes/JsonMatch.h"
 #include "devhost/host/DevHost.h"
+#include "devhost/script/ConsoleSheet.h"
 #include "devhost/script/PanelUser.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QList>
-#include <QPointF>
+#include <QMap>
 #include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <span>
 #include <utility>
 
@@ -27,6 +31,8 @@ struct Token
 {
     QString text;
     std::optional<QJsonObject> object;
+    //! Where it begins in the line, counted from 1.
+    qsizetype column = 1;
 };
 
 qsizetype endOfWord(QStringView line, qsizetype begin)
@@ -60,8 +66,8 @@ qsizetype endOfJson(QStringView line, qsizetype begin)
     return -1;
 }
 
-//! Splits \a line from \a begin on. The text of an error, or nothing.
-QString tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
+//! Splits \a line from \a begin on. Where it goes wrong, and how; an empty error when it does not.
+ScriptParser::Result tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
 {
     for (qsizetype i = begin; i < line.size();) {
         QChar const c = line.at(i);
@@ -71,28 +77,27 @@ QString tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
         }
         bool const isJson = c == u'"' || c == u'{';
         qsizetype const end = isJson ? endOfJson(line, i) : endOfWord(line, i);
+        if (end < 0) {
+            return {{}, u"this has no end"_s, i + 1};
+        }
+        QString const text = line.sliced(i, end - i);
         if (isJson) {
-            if (end < 0) {
-                return u"column %1: this has no end"_s.arg(i + 1);
-            }
             QJsonParseError error; // in an array, since a document cannot be a bare string
-            auto const json =
-                QJsonDocument::fromJson(u"[%1]"_s.arg(line.sliced(i, end - i)).toUtf8(), &error);
+            auto const json = QJsonDocument::fromJson(u"[%1]"_s.arg(text).toUtf8(), &error);
             if (json.isNull()) {
-                return u"column %1: %2"_s.arg(i + 1).arg(error.errorString());
+                return {{}, error.errorString(), i + 1};
             }
             if (json[0].isObject()) {
-                tokens.append({{}, json[0].toObject()});
+                tokens.append({text, json[0].toObject(), i + 1});
             } else {
-                tokens.append({json[0].toString(), {}});
+                tokens.append({json[0].toString(), {}, i + 1});
             }
         } else {
             static QRegularExpression const beginOfJson(u"[\"{]"_s);
-            QString const word = line.sliced(i, end - i);
-            if (auto const json = word.indexOf(beginOfJson); json >= 0) {
-                return u"column %1: a blank is missing before this"_s.arg(i + json + 1);
+            if (auto const json = text.indexOf(beginOfJson); json >= 0) {
+                return {{}, u"a blank is missing before this"_s, i + json + 1};
             }
-            tokens.append({word, {}});
+            tokens.append({text, {}, i + 1});
         }
         i = end;
     }
@@ -104,28 +109,48 @@ QString tokenize(QString const& line, qsizetype begin, QList<Token>& tokens)
 class Arguments
 {
 public:
-    explicit Arguments(QList<Token> tokens) : left(std::move(tokens)) {}
+    //! \a form: how the whole line is written.
+    Arguments(QList<Token> tokens, qsizetype endColumn, QString form)
+        : left(std::move(tokens)), lineEnd(endColumn), lineForm(std::move(form))
+    {}
 
     bool atEnd() const { return left.isEmpty(); }
-    QString const& error() const { return problem; }
+    ScriptParser::Result const& error() const { return problem; }
+    //! Says more of the form, as soon as it is known.
+    void setForm(QString const& form) { lineForm = form; }
+    //! Of the next word, or of the end of the line.
+    qsizetype column() const { return atEnd() ? lineEnd : left.first().column; }
 
-    void fail(QString const& error)
+    void fail(QString const& error, qsizetype column)
     {
-        if (problem.isEmpty()) {
-            problem = error;
+        if (problem.error.isEmpty()) {
+            problem.error = u"%1 (%2)"_s.arg(error, lineForm);
+            problem.column = column;
         }
     }
 
     //! A word in the place called \a what. A place such as "on|off" takes one of its words only.
     QString word(QString const& what)
     {
+        qsizetype const column = this->column();
         if (atEnd() || left.first().object) {
-            fail(u"%1 is missing"_s.arg(what));
+            fail(u"%1 is missing"_s.arg(what), column);
             return {};
         }
         QString word = left.takeFirst().text;
         if (what.contains(u'|') && !what.split(u'|').contains(word)) {
-            fail(u"\"%1\" is not %2"_s.arg(word, what));
+            fail(u"\"%1\" is not %2"_s.arg(word, what), column);
+        }
+        return word;
+    }
+
+    //! One of \a names, which are a \a what each.
+    QString oneOf(QStringList const& names, QString const& what)
+    {
+        qsizetype const column = this->column();
+        QString word = this->word(what);
+        if (!names.contains(word)) {
+            fail(u"\"%1\" is no %2, but these are: %3"_s.arg(word, what, names.join(u", "_s)), column);
         }
         return word;
     }
@@ -135,7 +160,7 @@ public:
 
     int withinIfAny()
     {
-        if (atEnd() || left.first().text != "within"_L1) {
+        if (atEnd() || left.first().object || left.first().text != "within"_L1) {
             return kDefaultWithinMs;
         }
         left.removeFirst();
@@ -150,122 +175,115 @@ public:
     QJsonObject object()
     {
         if (atEnd() || !left.first().object) {
-            fail(u"JSON is missing"_s);
+            fail(u"JSON is missing"_s, column());
         }
         return objectIfAny();
     }
 
-    QString rest()
+    //! What is expected of something like \a sample: it has no other members.
+    QJsonObject membersIfAny(QJsonObject const& sample)
     {
-        QStringList words;
-        while (!atEnd()) {
-            words.append(word({}));
+        if (!atEnd() && left.first().object) {
+            checkMembers(left.first(), *left.first().object, sample);
         }
-        return words.join(u' ');
+        return objectIfAny();
+    }
+
+    QJsonObject members(QJsonObject const& sample)
+    {
+        return !atEnd() && left.first().object ? membersIfAny(sample) : object();
     }
 
 private:
     int number(QString const& what, QString const& meaning)
     {
+        qsizetype const column = this->column();
         QString const word = this->word(what);
         bool ok = false;
         int const value = word.toInt(&ok);
         if (!ok || value < 0) {
-            fail(u"\"%1\" is not %2"_s.arg(word, meaning));
+            fail(u"\"%1\" is not %2"_s.arg(word, meaning), column);
         }
         return value;
     }
 
+    void checkMembers(Token const& token, QJsonValue const& expected, QJsonValue const& sample)
+    {
+        if (expected.isObject() && sample.isObject()) {
+            QStringList const known = sample.toObject().keys();
+            QJsonObject const members = expected.toObject();
+            for (auto member = members.begin(); member != members.end(); ++member) {
+                if (!known.contains(member.key())) {
+                    qsizetype const at = token.text.indexOf(u'"' + member.key() + u'"');
+                    fail(u"\"%1\" is no member, but these are: %2"_s.arg(member.key(), known.join(u", "_s)),
+                        token.column + std::max<qsizetype>(at, 0));
+                }
+                checkMembers(token, member.value(), sample[member.key()]);
+            }
+        } else if (expected.isArray() && sample.isArray() && !sample.toArray().isEmpty()) {
+            for (auto const& element : expected.toArray()) {
+                checkMembers(token, element, sample[0]);
+            }
+        }
+    }
+
     QList<Token> left;
-    QString problem;
+    qsizetype lineEnd;
+    QString lineForm;
+    ScriptParser::Result problem;
 };
 
-// ---- Controls of the stand-in
+// ---- What there is to be named
 
-using Words = QStringList const&;
+using namespace SlobsAgentPrivate;
 
-struct DesktopControl
+QStringList tasks()
 {
-    QString name;
-    QStringList places;
-    QString meaning;
-    //! False when the stand-in could not do it.
-    bool (*run)(DevHost&, Words);
-};
-
-StandInModel& model(DevHost& host)
-{
-    return host.standIn().model();
+    return {kQueryAuthState, kRefreshModel, kQueryStreamingStatus, kQueryRecordingStatus,
+        kToggleStreamingStatus, kToggleRecordingStatus, kRefreshScenes, kQueryScenes, kSetActiveScene,
+        kSetSourceVisibility, kRefreshCollections, kQueryCollections, kRefreshAudioList, kQueryAudioList,
+        kSetAudioMute};
 }
 
-std::span<DesktopControl const> desktopControls()
+//! One publication of each kind, with all of its members.
+QMap<QString, QJsonObject> publications()
 {
-    static std::array const controls = std::to_array<DesktopControl>({
-        {u"start"_s, {}, u"start Streamlabs Desktop"_s,
-            [](DevHost& h, Words) { return h.standIn().isRunning() || h.startStandIn(); }},
-        {u"stop"_s, {}, u"quit it"_s, [](DevHost& h, Words) { return h.standIn().stop(), true; }},
-        {u"drop"_s, {}, u"break its connections, as a crash does"_s,
-            [](DevHost& h, Words) { return h.standIn().drop(), true; }},
-        {u"token"_s, {u"TOKEN"_s}, u"change its API token"_s,
-            [](DevHost& h, Words w) { return h.standIn().setToken(w[0]), true; }},
-        {u"stream"_s, {u"on|off"_s}, u"go live, or end the stream"_s,
-            [](DevHost& h, Words w) { return model(h).setStreaming(w[0] == "on"_L1); }},
-        {u"record"_s, {u"on|off"_s}, u"start or stop recording"_s,
-            [](DevHost& h, Words w) { return model(h).setRecording(w[0] == "on"_L1); }},
-        {u"interrupt"_s, {}, u"let a live stream reconnect"_s,
-            [](DevHost& h, Words) { return model(h).interruptStream(); }},
-        {u"scene"_s, {u"SCENE"_s}, u"switch to a scene"_s,
-            [](DevHost& h, Words w) { return model(h).switchScene(w[0]); }},
-        {u"add-scene"_s, {u"NAME"_s}, {}, [](DevHost& h, Words w) { return model(h).addScene(w[0]); }},
-        {u"remove-scene"_s, {u"SCENE"_s}, {}, [](DevHost& h, Words w) { return model(h).removeScene(w[0]); }},
-        {u"rename-scene"_s, {u"SCENE"_s, u"NAME"_s}, {},
-            [](DevHost& h, Words w) { return model(h).renameScene(w[0], w[1]); }},
-        {u"show"_s, {u"ITEM"_s}, u"show a scene item"_s,
-            [](DevHost& h, Words w) { return model(h).setItemVisible(w[0], true); }},
-        {u"hide"_s, {u"ITEM"_s}, {},
-            [](DevHost& h, Words w) { return model(h).setItemVisible(w[0], false); }},
-        {u"drag"_s, {u"ITEM"_s}, u"move a scene item by a pixel"_s,
-            [](DevHost& h, Words w) { return model(h).moveItem(w[0], QPointF(1, 1)); }},
-        {u"add-item"_s, {u"SCENE"_s, u"NAME"_s}, {},
-            [](DevHost& h, Words w) { return model(h).addItem(w[0], w[1]); }},
-        {u"remove-item"_s, {u"ITEM"_s}, {}, [](DevHost& h, Words w) { return model(h).removeItem(w[0]); }},
-        {u"rename-item"_s, {u"ITEM"_s, u"NAME"_s}, {},
-            [](DevHost& h, Words w) { return model(h).renameItem(w[0], w[1]); }},
-        {u"mute"_s, {u"AUDIO"_s}, u"mute an audio source"_s,
-            [](DevHost& h, Words w) { return model(h).setMuted(w[0], true); }},
-        {u"unmute"_s, {u"AUDIO"_s}, {}, [](DevHost& h, Words w) { return model(h).setMuted(w[0], false); }},
-        {u"add-audio"_s, {u"NAME"_s}, {}, [](DevHost& h, Words w) { return model(h).addAudioSource(w[0]); }},
-        {u"remove-audio"_s, {u"AUDIO"_s}, {},
-            [](DevHost& h, Words w) { return model(h).removeAudioSource(w[0]); }},
-        {u"rename-audio"_s, {u"AUDIO"_s, u"NAME"_s}, {},
-            [](DevHost& h, Words w) { return model(h).renameAudioSource(w[0], w[1]); }},
-        {u"collection"_s, {u"COLLECTION"_s}, u"switch to a scene collection"_s,
-            [](DevHost& h, Words w) { return model(h).switchCollection(w[0]); }},
-        {u"add-collection"_s, {u"NAME"_s}, {},
-            [](DevHost& h, Words w) { return model(h).addCollection(w[0]); }},
-        {u"remove-collection"_s, {u"COLLECTION"_s}, {},
-            [](DevHost& h, Words w) { return model(h).removeCollection(w[0]); }},
-    });
-    return controls;
+    SlobsAgent::Scene scene;
+    scene.nodes.append(SlobsAgent::Source());
+    SlobsAgent::CollectionSchema collection;
+    collection.scenes.append(scene);
+    collection.sources.append(decltype(collection.sources)::value_type());
+    QMap<QString, QJsonObject> samples;
+    for (QJsonObject const& sample : {SlobsAgent::toAuthState(false, {}, 0),
+             SlobsAgent::toStreamingStatus({}), SlobsAgent::toRecordingStatus({}),
+             SlobsAgent::toSceneList(QList{scene}, {}), SlobsAgent::toCollectionList({collection}),
+             SlobsAgent::toAudioList({SlobsAgent::AudioSource()})}) {
+        samples.insert(sample[u"task"_s].toString(), sample);
+    }
+    return samples;
+}
+
+QString formOf(DesktopControl const& control)
+{
+    return (QStringList{u"desktop"_s, control.name} + control.places).join(u' ');
 }
 
 void readDesktop(ScriptStep& step, Arguments& arguments)
 {
-    QString const name = arguments.word(u"control"_s);
-    auto const control = std::ranges::find(desktopControls(), name, &DesktopControl::name);
-    if (control == desktopControls().end()) {
-        arguments.fail(u"\"%1\" is no control of Streamlabs Desktop"_s.arg(name));
+    QStringList names;
+    std::ranges::transform(DesktopControls::all(), std::back_inserter(names), &DesktopControl::name);
+    auto const* const control = DesktopControls::find(arguments.oneOf(names, u"CONTROL"_s));
+    if (!control) {
         return;
     }
+    arguments.setForm(formOf(*control));
     QStringList words;
     for (auto const& place : control->places) {
         words.append(arguments.word(place));
     }
-    step.action = [run = control->run, words](DevHost& host) {
-        if (!host.usesStandIn()) {
-            return u"a running Streamlabs Desktop is used, not the stand-in"_s;
-        }
-        return run(host, words) ? QString() : u"the stand-in cannot do that"_s;
+    step.action = [control, words](DevHost& host) {
+        return host.usesStandIn() ? DesktopControls::run(*control, host.standIn(), words)
+                                  : u"a running Streamlabs Desktop is used, not the stand-in"_s;
     };
 }
 
@@ -282,7 +300,7 @@ struct Command
 
 void readTask(ScriptStep& step, Arguments& arguments)
 {
-    QString const name = arguments.word(u"NAME"_s);
+    QString const name = arguments.oneOf(tasks(), u"TASK"_s);
     step.action = [name, members = arguments.objectIfAny()](DevHost& host) {
         host.sendTask(name, members);
         return QString();
@@ -308,21 +326,19 @@ void readHost(ScriptStep& step, Arguments& arguments)
 
 void readExpect(ScriptStep& step, Arguments& arguments)
 {
-    ScriptStep::Expectation expectation;
-    expectation.name = arguments.word(u"TASK"_s);
-    expectation.members = arguments.objectIfAny();
-    expectation.withinMs = arguments.withinIfAny();
-    step.expectation = expectation;
+    static auto const samples = publications();
+    QString const name = arguments.oneOf(samples.keys(), u"TASK"_s);
+    step.expectation = {name, arguments.membersIfAny(samples.value(name)), {}};
+    step.withinMs = arguments.withinIfAny();
+    step.expects = true;
 }
 
 void readExpectLed(ScriptStep& step, Arguments& arguments)
 {
-    ScriptStep::Expectation expectation;
-    expectation.kind = ScriptStep::Expectation::Kind::Led;
-    expectation.name = arguments.word(u"STREAM|RECORD"_s);
-    expectation.on = arguments.word(u"on|off"_s) == "on"_L1;
-    expectation.withinMs = arguments.withinIfAny();
-    step.expectation = expectation;
+    QString const name = arguments.word(u"STREAM|RECORD"_s);
+    step.expectation = {name, {}, arguments.word(u"on|off"_s) == "on"_L1};
+    step.withinMs = arguments.withinIfAny();
+    step.expects = true;
 }
 
 //! Does something with a key that must be taken.
@@ -341,38 +357,56 @@ void readPlace(ScriptStep& step, Arguments& arguments)
         QString const id = host.console().actionIdOf(action == "audio"_L1 ? u"mute"_s : action);
         return host.console().place(host.console().firstFreeIndex(), id, settings)
                    ? QString()
-                   : u"the package has no action \"%1\""_s.arg(action);
+                   : u"there is no action \"%1\", but %2"_s.arg(
+                         action, host.console().actionNames().join(u", "_s));
     };
+}
+
+//! A line that waits for \a look at key \a index to include \a members.
+void expectOfKey(ScriptStep& step, Arguments& arguments, int index, QJsonObject const& members,
+    std::function<QJsonObject(ConsoleKey const&)> const& look)
+{
+    onKey(step, index, [members, look](ConsoleKey& key) {
+        key.checkFace(); // so that it is told before what it leads to
+        QJsonObject const seen = look(key);
+        return jsonIncludes(seen, members) ? QString() : u"it is: %1"_s.arg(ScriptParser::excerpt(seen));
+    });
+    step.withinMs = arguments.withinIfAny();
+    step.expects = true;
+}
+
+QJsonObject lookAtFace(ConsoleKey const& key)
+{
+    auto const face = key.face();
+    return {{u"title"_s, face.title}, {u"invalid"_s, face.invalid}, {u"icon"_s, face.icon}};
 }
 
 void readExpectKey(ScriptStep& step, Arguments& arguments)
 {
-    ScriptStep::Expectation expectation;
-    expectation.kind = ScriptStep::Expectation::Kind::Key;
-    expectation.key = arguments.key();
-    expectation.members = arguments.object();
-    expectation.withinMs = arguments.withinIfAny();
-    step.expectation = expectation;
+    static QJsonObject const sample{{u"title"_s, {}}, {u"invalid"_s, {}}, {u"icon"_s, {}}};
+    int const index = arguments.key();
+    expectOfKey(step, arguments, index, arguments.members(sample), lookAtFace);
 }
 
+//! A settings document keeps what a package does not know: every member is right.
 void readExpectSettings(ScriptStep& step, Arguments& arguments)
 {
-    readExpectKey(step, arguments);
-    step.expectation->kind = ScriptStep::Expectation::Kind::Settings;
+    int const index = arguments.key();
+    expectOfKey(step, arguments, index, arguments.object(), &ConsoleKey::settings);
 }
 
 void readExpectPanel(ScriptStep& step, Arguments& arguments)
 {
-    ScriptStep::Expectation expectation;
-    expectation.kind = ScriptStep::Expectation::Kind::Panel;
-    expectation.key = arguments.key();
-    expectation.objectName = arguments.word(u"OBJECTNAME"_s);
-    expectation.members = arguments.object();
-    expectation.withinMs = arguments.withinIfAny();
-    step.expectation = expectation;
+    static QJsonObject const sample{{u"exists"_s, {}}, {u"visible"_s, {}}, {u"enabled"_s, {}},
+        {u"text"_s, {}}, {u"tooltip"_s, {}}, {u"entries"_s, {}}};
+    int const index = arguments.key();
+    QString const objectName = arguments.word(u"OBJECTNAME"_s);
+    expectOfKey(step, arguments, index, arguments.members(sample), [objectName](ConsoleKey const& key) {
+        return key.panelWidget() ? PanelUser::look(*key.panelWidget(), objectName) : QJsonObject();
+    });
 }
 
-//! A line about a widget in a key's panel.
+//! A line about a widget in a key's panel, which waits until a person could do it.
 void readPanel(ScriptStep& step, Arguments& arguments, bool withText,
     QString (*operate)(QWidget& panel, QString const& objectName, QString const& text))
 {
@@ -382,6 +416,7 @@ void readPanel(ScriptStep& step, Arguments& arguments, bool withText,
     onKey(step, index, [=](ConsoleKey& key) {
         return key.panelWidget() ? operate(*key.panelWidget(), objectName, text) : u"the key has no panel"_s;
     });
+    step.withinMs = arguments.withinIfAny();
 }
 
 QString savePicture(QPixmap const& picture, QString const& file)
@@ -403,7 +438,7 @@ void readPicture(ScriptStep& step, Arguments& arguments, QWidget* (ConsoleKey::*
 std::span<Command const> commands()
 {
     static std::array const commands = std::to_array<Command>({
-        {u"task"_s, u"NAME [JSON]"_s, u"send the service a task, such as toggleStreamingStatus"_s, readTask},
+        {u"task"_s, u"TASK [JSON]"_s, u"send the service a task, such as toggleStreamingStatus"_s, readTask},
         {u"host"_s, u"connect|disconnect|reconnect [TOKEN]"_s,
             u"what the host's settings page does, with the right token or this one"_s, readHost},
         {u"expect"_s, u"TASK [JSON] [within MS]"_s,
@@ -441,15 +476,17 @@ std::span<Command const> commands()
             u"wait for a key's settings document to include this"_s, readExpectSettings},
         {u"expect-panel"_s, uR"(N OBJECTNAME {"visible", "text", "entries", …} [within MS])"_s,
             u"wait for a widget in the panel of key N to look like this"_s, readExpectPanel},
-        {u"choose"_s, u"N OBJECTNAME TEXT"_s, u"choose an entry of a list in the panel of key N"_s,
+        {u"choose"_s, u"N OBJECTNAME TEXT [within MS]"_s,
+            u"choose an entry of a list in the panel of key N, as soon as a person could"_s,
             [](ScriptStep& step, Arguments& arguments) {
                 readPanel(step, arguments, true, PanelUser::choose);
             }},
-        {u"click"_s, u"N OBJECTNAME"_s, u"click a button in the panel of key N"_s,
+        {u"click"_s, u"N OBJECTNAME [within MS]"_s, u"click a button in the panel of key N"_s,
             [](ScriptStep& step, Arguments& arguments) {
                 readPanel(step, arguments, false, PanelUser::click);
             }},
-        {u"type"_s, u"N OBJECTNAME TEXT"_s, u"replace the text of a field in the panel of key N"_s,
+        {u"type"_s, u"N OBJECTNAME TEXT [within MS]"_s,
+            u"replace the text of a field in the panel of key N"_s,
             [](ScriptStep& step, Arguments& arguments) {
                 readPanel(step, arguments, true, PanelUser::type);
             }},
@@ -471,7 +508,7 @@ std::span<Command const> commands()
         {u"wait"_s, u"MS"_s, u"let time pass"_s,
             [](ScriptStep& step, Arguments& arguments) { step.waitMs = arguments.milliseconds(); }},
         {u"log"_s, u"TEXT"_s, u"print a heading"_s,
-            [](ScriptStep& step, Arguments& arguments) { step.note = arguments.rest(); }},
+            [](ScriptStep& step, Arguments& arguments) { step.note = arguments.word({}); }},
         {u"quit"_s, {}, u"end here"_s, [](ScriptStep& step, Arguments&) { step.quit = true; }},
     });
     return commands;
@@ -494,39 +531,48 @@ ScriptParser::Result ScriptParser::parse(QString const& line, int lineNumber)
     QString const name = line.sliced(begin, end - begin);
     auto const command = std::ranges::find(commands(), name, &Command::name);
     if (command == commands().end()) {
-        return {{}, u"\"%1\" is no command"_s.arg(name)};
+        QStringList names;
+        std::ranges::transform(commands(), std::back_inserter(names), &Command::name);
+        return {{}, u"\"%1\" is no command, but these are: %2"_s.arg(name, names.join(u", "_s)), begin + 1};
     }
     QList<Token> tokens;
     if (command->name == "log"_L1) {
         tokens = {{line.sliced(end).trimmed(), {}}}; // a text is a text, quotes and braces included
-    } else if (QString const error = tokenize(line, end, tokens); !error.isEmpty()) {
-        return {{}, error};
+    } else if (auto const wrong = tokenize(line, end, tokens); !wrong.error.isEmpty()) {
+        return wrong;
     }
 
-    Arguments arguments(tokens);
+    Arguments arguments(tokens, begin + text.size() + 1, (name + u' ' + command->places).trimmed());
     command->read(step, arguments);
-    if (arguments.error().isEmpty() && !arguments.atEnd()) {
-        arguments.fail(u"there is more on the line than \"%1\" takes"_s.arg(name));
+    if (!arguments.atEnd()) {
+        arguments.fail(u"there is more on the line than \"%1\" takes"_s.arg(name), arguments.column());
     }
-    if (!arguments.error().isEmpty()) {
-        return {{}, u"%1 (%2 %3)"_s.arg(arguments.error(), command->name, command->places)};
+    if (!arguments.error().error.isEmpty()) {
+        return arguments.error();
     }
-    return {step, {}};
+    return {step, {}, 1};
+}
+
+QString ScriptParser::excerpt(QJsonObject const& object)
+{
+    QString const text = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    constexpr qsizetype kLongest = 400;
+    return text.size() <= kLongest ? text : text.left(kLongest) + u" …"_s;
 }
 
 QStringList ScriptParser::help()
 {
     auto const row = [](QString const& form, QString const& meaning) {
-        return (u"  %1"_s.arg(form, -44) + u' ' + meaning).trimmed().prepend("  "_L1);
+        return (u"  %1  "_s.arg(form, -48) + meaning).trimmed().prepend("  "_L1);
     };
     QStringList lines;
     for (auto const& command : commands()) {
         lines.append(row(command.name + u' ' + command.places, command.meaning));
     }
     lines.append(QString());
-    for (auto const& control : desktopControls()) {
-        lines.append(
-            row((QStringList{u"desktop"_s, control.name} + control.places).join(u' '), control.meaning));
+    for (auto const& control : DesktopControls::all()) {
+        QString meaning = QString(control.title).remove(u'&').replace(u'|', u", or "_s).toLower();
+        lines.append(row(formOf(control), meaning.replace("api"_L1, "API"_L1)));
     }
     return lines;
 }

@@ -2,44 +2,25 @@
 
 #include "devhost/fakes/JsonMatch.h"
 #include "devhost/host/DevHost.h"
-#include "devhost/script/PanelUser.h"
-
-#include <QJsonDocument>
 
 #include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-bool isOfKey(ScriptStep::Expectation const& expectation)
-{
-    using Kind = ScriptStep::Expectation::Kind;
-    return expectation.kind == Kind::Key || expectation.kind == Kind::Settings ||
-           expectation.kind == Kind::Panel;
-}
-
-QString excerpt(QJsonObject const& object)
-{
-    QString const text = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
-    constexpr qsizetype kLongest = 400;
-    return text.size() <= kLongest ? text : text.left(kLongest) + u" …"_s;
-}
-
-} // namespace
-
-ScriptRunner::ScriptRunner(DevHost& host, QObject* parent) : QObject(parent), devHost(host)
+ScriptRunner::ScriptRunner(DevHost& host, QString name, QObject* parent)
+    : QObject(parent), devHost(host), fileName(std::move(name))
 {
     timer.setSingleShot(true);
     connect(&timer, &QTimer::timeout, this, [this] {
         ScriptStep const step = *std::exchange(current, std::nullopt);
-        if (step.expectation) {
-            finish(Outcome::Failed,
-                u"line %1: %2\n%3"_s.arg(step.lineNumber).arg(step.text, whatCame(*step.expectation)));
-        } else {
+        looking.stop();
+        if (step.waitMs) {
             proceed();
+            return;
         }
+        QString const why = step.expectation ? whatCame(*step.expectation) : lastProblem;
+        finish(Outcome::Failed, told(step.lineNumber, 1, u"%1\n%2"_s.arg(step.text, why)));
     });
     constexpr int kLookingInterval = 5;
     looking.setInterval(kLookingInterval);
@@ -91,10 +72,14 @@ void ScriptRunner::start()
     if (!started) {
         started = true;
         listen();
-        if (auto const wrong =
-                std::ranges::find_if(lines, [](Line const& line) { return !line.parsed.step; });
-            wrong != lines.end()) {
-            run(*wrong);
+        QStringList problems;
+        for (auto const& line : std::as_const(lines)) {
+            if (!line.parsed.step) {
+                problems.append(told(line.number, line.parsed.column, line.parsed.error));
+            }
+        }
+        if (!problems.isEmpty()) {
+            finish(Outcome::WrongScript, problems.join(u'\n'));
         }
     }
     proceed();
@@ -116,27 +101,27 @@ void ScriptRunner::proceed()
 void ScriptRunner::run(Line const& line)
 {
     if (!line.parsed.step) {
-        finish(Outcome::WrongScript, u"line %1: %2"_s.arg(line.number).arg(line.parsed.error));
+        finish(Outcome::WrongScript, told(line.number, line.parsed.column, line.parsed.error));
         return;
     }
     ScriptStep const& step = *line.parsed.step;
     emit stepStarted(step);
-    if (step.action) {
+    if (step.action && !step.withinMs) {
         if (QString const problem = step.action(devHost); !problem.isEmpty()) {
-            finish(Outcome::WrongScript, u"line %1: %2: %3"_s.arg(step.lineNumber).arg(step.text, problem));
+            finish(Outcome::WrongScript, told(step.lineNumber, 1, u"%1: %2"_s.arg(step.text, problem)));
             return;
         }
     }
     if (step.quit) {
         quit = true;
         finish(Outcome::Held);
-    } else if (step.expectation || step.waitMs) {
+    } else if (step.withinMs || step.waitMs) {
         current = step;
         since.start();
-        if (step.expectation && isOfKey(*step.expectation)) {
+        if (step.action) {
             looking.start();
         }
-        timer.start(step.expectation ? step.expectation->withinMs : *step.waitMs);
+        timer.start(step.waitMs ? *step.waitMs : *step.withinMs);
         settleIfMet();
     }
 }
@@ -150,29 +135,30 @@ void ScriptRunner::check()
 
 bool ScriptRunner::settleIfMet()
 {
-    if (!current || !current->expectation || !isMet(*current->expectation)) {
+    if (!current || current->waitMs) {
+        return false;
+    }
+    // Out of the way while it is tried, for what it does may be heard here.
+    ScriptStep step = *std::exchange(current, std::nullopt);
+    lastProblem = step.expectation ? QString() : step.action(devHost);
+    if (step.expectation ? !hasCome(*step.expectation) : !lastProblem.isEmpty()) {
+        current = std::move(step);
         return false;
     }
     timer.stop();
     looking.stop();
-    ScriptStep const step = *std::exchange(current, std::nullopt);
-    ++held;
-    emit expectationHeld(step, static_cast<int>(since.elapsed()));
+    if (step.expects) {
+        ++held;
+        emit expectationHeld(step, static_cast<int>(since.elapsed()));
+    }
     return true;
 }
 
-bool ScriptRunner::isMet(ScriptStep::Expectation const& expectation)
+bool ScriptRunner::hasCome(ScriptStep::Expectation const& expectation)
 {
-    if (expectation.kind == ScriptStep::Expectation::Kind::Led) {
+    if (expectation.lit) {
         auto const led = leds.constFind(expectation.name);
-        return led != leds.constEnd() && *led == expectation.on;
-    }
-    if (isOfKey(expectation)) {
-        ConsoleKey* const key = devHost.console().key(expectation.key);
-        if (key) {
-            key->checkFace(); // so that it is told before what it leads to
-        }
-        return key && jsonIncludes(keyState(expectation), expectation.members);
+        return led != leds.constEnd() && *led == *expectation.lit;
     }
     auto const match = std::ranges::find_if(publications, [&expectation](QJsonObject const& payload) {
         return payload.value("task"_L1) == expectation.name && jsonIncludes(payload, expectation.members);
@@ -186,20 +172,16 @@ bool ScriptRunner::isMet(ScriptStep::Expectation const& expectation)
 
 QString ScriptRunner::whatCame(ScriptStep::Expectation const& expectation) const
 {
-    if (expectation.kind == ScriptStep::Expectation::Kind::Led) {
+    if (expectation.lit) {
         return leds.contains(expectation.name)
                    ? u"came: the LED is %1"_s.arg(leds.value(expectation.name) ? u"on"_s : u"off"_s)
                    : u"came: nothing for this LED"_s;
-    }
-    if (isOfKey(expectation)) {
-        return devHost.console().key(expectation.key) ? u"it is: %1"_s.arg(excerpt(keyState(expectation)))
-                                                      : u"there is nothing on that key"_s;
     }
     QStringList others;
     for (auto payload = publications.crbegin(); payload != publications.crend(); ++payload) {
         QString const task = payload->value("task"_L1).toString();
         if (task == expectation.name) {
-            return u"came last with this task: %1"_s.arg(excerpt(*payload));
+            return u"came last with this task: %1"_s.arg(ScriptParser::excerpt(*payload));
         }
         if (!others.contains(task)) {
             others.append(task);
@@ -209,18 +191,9 @@ QString ScriptRunner::whatCame(ScriptStep::Expectation const& expectation) const
                             : u"came: nothing with this task, but %1"_s.arg(others.join(u", "_s));
 }
 
-QJsonObject ScriptRunner::keyState(ScriptStep::Expectation const& expectation) const
+QString ScriptRunner::told(int line, qsizetype column, QString const& why) const
 {
-    ConsoleKey const& key = *devHost.console().key(expectation.key);
-    if (expectation.kind == ScriptStep::Expectation::Kind::Settings) {
-        return key.settings();
-    }
-    if (expectation.kind == ScriptStep::Expectation::Kind::Panel) {
-        return key.panelWidget() ? PanelUser::look(*key.panelWidget(), expectation.objectName)
-                                 : QJsonObject();
-    }
-    auto const face = key.face();
-    return {{u"title"_s, face.title}, {u"invalid"_s, face.invalid}, {u"icon"_s, face.icon}};
+    return u"%1:%2:%3: "_s.arg(fileName).arg(line).arg(column) + why;
 }
 
 void ScriptRunner::finish(Outcome outcome, QString const& problem)

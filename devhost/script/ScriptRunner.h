@@ -26,10 +26,11 @@ public:
         WrongScript = 2, //!< a line could not be understood or done
     };
 
-    explicit ScriptRunner(DevHost& host, QObject* parent = nullptr);
+    //! \a fileName: what the script is called where something is wrong with it.
+    ScriptRunner(DevHost& host, QString fileName, QObject* parent = nullptr);
 
-    //! Adds a line. A wrong one that is there at the start ends the run before its first step, and a later
-    //! one when its turn comes.
+    //! Adds a line. Wrong ones that are there at the start end the run before its first step, all of them
+    //! named, and a later one when its turn comes.
     void addLine(QString const& line, int lineNumber);
     //! No more lines will come: the run ends behind the last.
     void endOfScript();
@@ -44,8 +45,8 @@ signals:
     void stepStarted(ScriptStep const& step);
     //! An expectation held after \a elapsedMs.
     void expectationHeld(ScriptStep const& step, int elapsedMs);
-    //! The run is over. \a problem says for people what was expected and what came, or what is wrong with a
-    //! line.
+    //! The run is over. \a problem says for people what was expected and what came, or what is wrong with
+    //! which lines, "file:line:column: why" each.
     void finished(ScriptRunner::Outcome outcome, QString const& problem);
 
 private:
@@ -61,12 +62,14 @@ private:
     //! Goes on when what the current step waits for is there.
     void check();
     bool settleIfMet();
-    bool isMet(ScriptStep::Expectation const& expectation);
+    bool hasCome(ScriptStep::Expectation const& expectation);
     QString whatCame(ScriptStep::Expectation const& expectation) const;
-    QJsonObject keyState(ScriptStep::Expectation const& expectation) const;
+    //! "file:line:column: why"
+    QString told(int line, qsizetype column, QString const& why) const;
     void finish(Outcome outcome, QString const& problem = {});
 
     DevHost& devHost;
+    QString fileName;
     QQueue<Line> lines;
     bool started = false;
     bool complete = false;
@@ -76,6 +79,8 @@ private:
     std::optional<ScriptStep> current;
     QElapsedTimer since;
     QTimer timer;
+    //! Why the current step cannot be done yet.
+    QString lastProblem;
     //! A key's face tells of no change while nobody sees it, so it is looked at while a step waits for it.
     QTimer looking;
     int held = 0;

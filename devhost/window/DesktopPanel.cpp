@@ -2,42 +2,72 @@
 
 #include "devhost/host/DevHost.h"
 #include "devhost/window/DarkTheme.h"
-#include "devhost/window/GenerateDialog.h"
 #include "ui_DesktopPanel.h"
 
-#include <QSignalBlocker>
+#include <QAction>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QListView>
+#include <QSpinBox>
 
 #include <chrono>
+#include <utility>
 
 using namespace Qt::StringLiterals;
+using Part = DesktopControl::Part;
+
+namespace {
+
+//! What the window adds to a control.
+struct Look
+{
+    //! The control, or the beginning of the names of several.
+    QString control;
+    //! On a button.
+    QString shortText;
+    QString shortcut;
+};
+
+Look lookOf(DesktopControl const& control)
+{
+    bool const isInList = control.part != Part::Application && control.part != Part::Collections;
+    QString const verb = control.name.section(u'-', 0, 0);
+    for (auto const& look : {Look{u"stream"_s, {}, u"Ctrl+L"_s}, {u"record"_s, {}, u"Ctrl+R"_s},
+             {u"interrupt"_s, {}, u"Ctrl+I"_s}, {u"start"_s, DesktopPanel::tr("Start"), u"Ctrl+U"_s},
+             {u"stop"_s, DesktopPanel::tr("Quit"), u"Ctrl+U"_s},
+             {u"drop"_s, DesktopPanel::tr("Drop link"), u"Ctrl+D"_s}, {u"token"_s, {}, u"Ctrl+T"_s},
+             {u"generate"_s, DesktopPanel::tr("Generate…"), u"Ctrl+G"_s}, {u"scene"_s, u"▶"_s, {}},
+             {u"add"_s, u"+"_s, isInList ? u"Ins"_s : QString()}, {u"rename"_s, {}, u"F2"_s},
+             {u"remove"_s, u"−"_s, isInList ? u"Del"_s : QString()}}) {
+        if (look.control == verb) {
+            return look;
+        }
+    }
+    return {};
+}
+
+} // namespace
 
 DesktopPanel::DesktopPanel(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::DesktopPanel>())
 {
     ui->setupUi(this);
-    ui->listScenes->setModel(&scenes);
-    ui->listItems->setModel(&items);
-    ui->listAudio->setModel(&audio);
-
-    ui->btnLive->setDefaultAction(ui->actLive);
-    ui->btnRecord->setDefaultAction(ui->actRecord);
-    ui->btnRun->setDefaultAction(ui->actRun);
-    ui->btnDropLink->setDefaultAction(ui->actDropLink);
-    ui->btnGenerate->setDefaultAction(ui->actGenerate);
-    ui->btnAddCollection->setDefaultAction(ui->actAddCollection);
-    ui->btnRemoveCollection->setDefaultAction(ui->actRemoveCollection);
-    ui->btnSwitchScene->setDefaultAction(ui->actSwitchScene);
-    ui->btnAddScene->setDefaultAction(ui->actAddScene);
-    ui->btnRemoveScene->setDefaultAction(ui->actRemoveScene);
-    ui->btnAddItem->setDefaultAction(ui->actAddItem);
-    ui->btnRemoveItem->setDefaultAction(ui->actRemoveItem);
-    ui->btnAddAudio->setDefaultAction(ui->actAddAudio);
-    ui->btnRemoveAudio->setDefaultAction(ui->actRemoveAudio);
+    makeActions();
+    ui->btnLive->setDefaultAction(controlActions[u"stream"_s]);
+    ui->btnRecord->setDefaultAction(controlActions[u"record"_s]);
+    ui->btnRun->setDefaultAction(controlActions[u"stop"_s]);
+    ui->btnDropLink->setDefaultAction(controlActions[u"drop"_s]);
+    ui->btnGenerate->setDefaultAction(controlActions[u"generate"_s]);
+    ui->btnAddCollection->setDefaultAction(controlActions[u"add-collection"_s]);
+    ui->btnRemoveCollection->setDefaultAction(controlActions[u"remove-collection"_s]);
+    lastTabStop = ui->btnRemoveCollection;
+    makeList(Part::Scenes, EntryModel::Mark::Active, u"Scenes"_s, tr("Scenes"), 3);
+    makeList(Part::Items, EntryModel::Mark::Ticked, u"Items"_s, tr("Items"), 4);
+    makeList(Part::Audio, EntryModel::Mark::Ticked, u"Audio"_s, tr("Audio, ticked is muted"), 2);
+    setTabOrder(lastTabStop, ui->edtToken);
     for (auto* const button : findChildren<QToolButton*>()) {
         button->setAccessibleName(button->defaultAction()->text().remove(u'&'));
     }
-    offer(ui->listScenes, {ui->actSwitchScene, ui->actAddScene, ui->actRenameScene, ui->actRemoveScene});
-    offer(ui->listItems, {ui->actAddItem, ui->actRenameItem, ui->actRemoveItem});
-    offer(ui->listAudio, {ui->actAddAudio, ui->actRenameAudio, ui->actRemoveAudio});
 
     constexpr auto kFrame = std::chrono::milliseconds(16);
     refreshing.setSingleShot(true);
@@ -47,16 +77,81 @@ DesktopPanel::DesktopPanel(QWidget* parent) : QWidget(parent), ui(std::make_uniq
 
 DesktopPanel::~DesktopPanel() = default;
 
-void DesktopPanel::offer(QListView* list, QList<QAction*> const& actions)
+void DesktopPanel::makeActions()
 {
-    // The style draws the boxes of the ticks a shade darker than this, which must differ from the ground.
-    QPalette palette = list->palette();
-    palette.setColor(QPalette::Window, DarkTheme::kFaintText);
-    list->setPalette(palette);
-    for (auto* const action : actions) {
-        action->setShortcutContext(Qt::WidgetShortcut);
+    for (auto const& control : DesktopControls::all()) {
+        if (control.name == "collection"_L1) {
+            continue; // chosen in the box of collections
+        }
+        Look const look = lookOf(control);
+        QString title = control.title.section(u'|', 0, 0);
+        if (control.places.size() > 1 && control.part == Part::Application) {
+            title += u'…'; // it asks
+        }
+        auto* const action = new QAction(title, this);
+        action->setObjectName(control.name);
+        if (!look.shortText.isEmpty()) {
+            action->setIconText(look.shortText);
+        }
+        action->setShortcut(QKeySequence(look.shortcut));
+        action->setToolTip(look.shortcut.isEmpty()
+                               ? QString(title).remove(u'&')
+                               : tr("%1 (%2)").arg(QString(title).remove(u'&'), look.shortcut));
+        connect(action, &QAction::triggered, this, [this, &control] { trigger(control); });
+        controlActions.insert(control.name, action);
+        if (control.part == Part::Application || control.part == Part::Collections) {
+            addAction(action);
+        }
     }
-    list->addActions(actions);
+}
+
+void DesktopPanel::makeList(
+    Part part, EntryModel::Mark mark, QString const& name, QString const& heading, int stretch)
+{
+    auto* const view = new QListView(this);
+    List const made{new QLabel(heading, this), view, new EntryModel(mark, this)};
+    made.heading->setObjectName(u"lbl"_s + name);
+    made.heading->setProperty("heading", true);
+    made.heading->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    auto* const head = new QHBoxLayout;
+    constexpr int kGap = 2;
+    head->setSpacing(kGap);
+    head->addWidget(made.heading, 1);
+    for (auto const& control : DesktopControls::all()) {
+        if (control.part != part) {
+            continue;
+        }
+        auto* const action = controlActions[control.name];
+        action->setShortcutContext(Qt::WidgetShortcut);
+        view->addAction(action);
+        if (action->iconText() != action->text().remove(u'&')) {
+            auto* const button = new QToolButton(this);
+            button->setObjectName(u"btn-"_s + control.name);
+            button->setAutoRaise(true);
+            button->setDefaultAction(action);
+            head->addWidget(button);
+            setTabOrder(std::exchange(lastTabStop, button), button);
+        }
+    }
+    setTabOrder(std::exchange(lastTabStop, view), view);
+
+    view->setObjectName(u"list"_s + name);
+    view->setModel(made.model);
+    view->setAccessibleName(heading);
+    view->setFrameShape(QFrame::NoFrame);
+    view->setContextMenuPolicy(Qt::ActionsContextMenu);
+    view->setEditTriggers(QAbstractItemView::EditKeyPressed);
+    view->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    view->setUniformItemSizes(true);
+    constexpr int kLeastHeight = 56;
+    view->setMinimumHeight(kLeastHeight);
+    // The style draws the boxes of the ticks a shade darker than this, which must differ from the ground.
+    QPalette palette = view->palette();
+    palette.setColor(QPalette::Window, DarkTheme::kFaintText);
+    view->setPalette(palette);
+    ui->lists->addLayout(head);
+    ui->lists->addWidget(view, stretch);
+    lists.insert(part, made);
 }
 
 void DesktopPanel::watch(DevHost& host)
@@ -76,9 +171,33 @@ void DesktopPanel::watch(DevHost& host)
     connect(&desktop(), &StandInModel::changed, this, &DesktopPanel::refreshSoon);
     connect(&host.standIn(), &StreamlabsStandIn::clientCountChanged, this, &DesktopPanel::refreshSoon);
     connect(&host.standIn(), &StreamlabsStandIn::runningChanged, this, &DesktopPanel::refreshSoon);
-    connectActions();
     connectLists();
     refresh();
+}
+
+void DesktopPanel::connectLists()
+{
+    auto const edits = [this](Part part, QString const& rename, QString const& tick, QString const& untick) {
+        auto const* const model = list(part).model;
+        connect(model, &EntryModel::renameAsked, this,
+            [this, rename](QString const& id, QString const& name) { run(rename, {id, name}); });
+        connect(model, &EntryModel::tickAsked, this,
+            [this, tick, untick](QString const& id, bool on) { run(on ? tick : untick, {id}); });
+    };
+    edits(Part::Scenes, u"rename-scene"_s, {}, {});
+    edits(Part::Items, u"rename-item"_s, u"show"_s, u"hide"_s);
+    edits(Part::Audio, u"rename-audio"_s, u"mute"_s, u"unmute"_s);
+    auto const* const view = list(Part::Scenes).view;
+    connect(view, &QListView::activated, controlActions[u"scene"_s], &QAction::trigger);
+    connect(view->selectionModel(), &QItemSelectionModel::currentChanged, this,
+        [this](QModelIndex const& current) {
+            shownSceneIndex = current;
+            refreshSoon();
+        });
+    connect(ui->boxCollection, &QComboBox::activated, this,
+        [this](int row) { run(u"collection"_s, {ui->boxCollection->itemData(row).toString()}); });
+    connect(
+        ui->edtToken, &QLineEdit::editingFinished, this, [this] { run(u"token"_s, {ui->edtToken->text()}); });
 }
 
 void DesktopPanel::focusFirst()
@@ -91,154 +210,129 @@ StandInModel& DesktopPanel::desktop() const
     return devHost->standIn().model();
 }
 
-void DesktopPanel::check(bool done)
+DesktopPanel::List const& DesktopPanel::list(Part part) const
 {
-    if (!done) {
-        emit refused(tr("Streamlabs Desktop cannot do that now."));
-    }
+    return *lists.constFind(part);
+}
+
+QString DesktopPanel::chosen(Part part) const
+{
+    return list(part).model->idAt(list(part).view->currentIndex());
+}
+
+QString DesktopPanel::shownScene() const
+{
+    return list(Part::Scenes).model->idAt(shownSceneIndex);
 }
 
 // ---- What its user does
 
-void DesktopPanel::connectActions()
+void DesktopPanel::trigger(DesktopControl const& control)
 {
-    // A button shows what is, not what was clicked: the refresh sets it right.
-    connect(ui->actLive, &QAction::triggered, this, [this] {
-        check(desktop().toggleStreaming());
-        refreshSoon();
-    });
-    connect(ui->actRecord, &QAction::triggered, this, [this] {
-        check(desktop().toggleRecording());
-        refreshSoon();
-    });
-    connect(ui->actInterrupt, &QAction::triggered, this, [this] { check(desktop().interruptStream()); });
-    connect(ui->actRun, &QAction::triggered, this, [this] { run(!devHost->standIn().isRunning()); });
-    connect(ui->actDropLink, &QAction::triggered, this, [this] { devHost->standIn().drop(); });
-    connect(ui->actToken, &QAction::triggered, this, [this] {
+    if (control.places.contains(DesktopPlaces::kToken)) {
         ui->edtToken->setFocus(Qt::ShortcutFocusReason);
         ui->edtToken->selectAll();
-    });
-    connect(ui->edtToken, &QLineEdit::editingFinished, this,
-        [this] { devHost->standIn().setToken(ui->edtToken->text()); });
-    connect(ui->actGenerate, &QAction::triggered, this, &DesktopPanel::generate);
-    connect(ui->actDemo, &QAction::triggered, this,
-        [this] { replaceContents([this] { desktop().loadDemo(); }); });
-    connect(ui->boxCollection, &QComboBox::activated, this,
-        [this](int row) { check(desktop().switchCollection(ui->boxCollection->itemData(row).toString())); });
-    connect(ui->actAddCollection, &QAction::triggered, this, [this] {
-        check(desktop().addCollection(tr("Collection %1").arg(desktop().collections().size() + 1)));
-    });
-    connect(ui->actRemoveCollection, &QAction::triggered, this,
-        [this] { check(desktop().removeCollection(desktop().activeCollectionId())); });
-
-    connect(ui->actAddScene, &QAction::triggered, this, &DesktopPanel::addScene);
-    connect(ui->actAddItem, &QAction::triggered, this, &DesktopPanel::addItem);
-    connect(ui->actAddAudio, &QAction::triggered, this, &DesktopPanel::addAudio);
-    connect(ui->actSwitchScene, &QAction::triggered, this, &DesktopPanel::switchScene);
-    connect(ui->actRemoveScene, &QAction::triggered, this,
-        [this] { check(desktop().removeScene(scenes.idAt(ui->listScenes->currentIndex()))); });
-    connect(ui->actRemoveItem, &QAction::triggered, this,
-        [this] { check(desktop().removeItem(items.idAt(ui->listItems->currentIndex()))); });
-    connect(ui->actRemoveAudio, &QAction::triggered, this,
-        [this] { check(desktop().removeAudioSource(audio.idAt(ui->listAudio->currentIndex()))); });
-    auto const renames = [](QAction* action, QListView* list) {
-        connect(action, &QAction::triggered, list, [list] {
-            if (list->currentIndex().isValid()) {
-                list->edit(list->currentIndex());
-            }
-        });
-    };
-    renames(ui->actRenameScene, ui->listScenes);
-    renames(ui->actRenameItem, ui->listItems);
-    renames(ui->actRenameAudio, ui->listAudio);
-}
-
-void DesktopPanel::connectLists()
-{
-    connect(ui->listScenes, &QListView::activated, this, &DesktopPanel::switchScene);
-    connect(ui->listScenes->selectionModel(), &QItemSelectionModel::currentChanged, this,
-        [this](QModelIndex const& current) {
-            shownSceneIndex = current;
-            refreshSoon();
-        });
-    connect(&scenes, &EntryModel::renameAsked, this,
-        [this](QString const& id, QString const& name) { check(desktop().renameScene(id, name)); });
-    connect(&items, &EntryModel::renameAsked, this,
-        [this](QString const& id, QString const& name) { check(desktop().renameItem(id, name)); });
-    connect(&items, &EntryModel::tickAsked, this,
-        [this](QString const& id, bool on) { check(desktop().setItemVisible(id, on)); });
-    connect(&audio, &EntryModel::renameAsked, this,
-        [this](QString const& id, QString const& name) { check(desktop().renameAudioSource(id, name)); });
-    connect(&audio, &EntryModel::tickAsked, this,
-        [this](QString const& id, bool on) { check(desktop().setMuted(id, on)); });
-}
-
-void DesktopPanel::run(bool on)
-{
-    if (!on) {
-        devHost->standIn().stop();
-    } else if (!devHost->startStandIn()) {
-        emit refused(tr("Another program has taken the port meanwhile."));
+    } else if (control.places.contains(DesktopPlaces::kScenes)) {
+        askForNumbers(control);
+    } else if (control.name.startsWith("rename-"_L1)) {
+        if (auto* const view = list(control.part).view; view->currentIndex().isValid()) {
+            view->edit(view->currentIndex());
+        }
+    } else {
+        QStringList words;
+        for (auto const& place : control.places) {
+            words.append(wordFor(control, place));
+        }
+        run(control.name, words);
+        if (control.places.contains(DesktopPlaces::kName) && lists.contains(control.part)) {
+            editLast(list(control.part).view);
+        }
     }
-    refreshSoon();
 }
 
-// Clients learn of it as of a restart of the application, for there are no events for it.
-void DesktopPanel::replaceContents(std::function<void()> const& replace)
+QString DesktopPanel::wordFor(DesktopControl const& control, QString const& place)
 {
-    bool const wasRunning = devHost->standIn().isRunning();
-    devHost->standIn().stop();
-    replace();
-    activeScene.clear();
-    if (wasRunning) {
-        run(true);
+    if (place == DesktopPlaces::kScene) {
+        return shownScene();
     }
-    refreshSoon();
+    if (place == DesktopPlaces::kItem || place == DesktopPlaces::kAudio) {
+        return chosen(control.part);
+    }
+    if (place == DesktopPlaces::kCollection) {
+        return desktop().activeCollectionId();
+    }
+    if (place == DesktopPlaces::kName) {
+        switch (control.part) {
+        case Part::Scenes:
+            return tr("Scene %1").arg(list(control.part).model->rowCount() + 1);
+        case Part::Items:
+            return tr("Item %1").arg(list(control.part).model->rowCount() + 1);
+        case Part::Audio:
+            return tr("Audio %1").arg(list(control.part).model->rowCount() + 1);
+        default:
+            return tr("Collection %1").arg(desktop().collections().size() + 1);
+        }
+    }
+    QString const status =
+        control.name == "stream"_L1 ? desktop().streamingStatus() : desktop().recordingStatus();
+    return status == "offline"_L1 ? u"on"_s : u"off"_s;
 }
 
-void DesktopPanel::generate()
+void DesktopPanel::run(QString const& control, QStringList const& words)
 {
-    auto* const dialog = new GenerateDialog(this);
+    if (words.contains(QString()) && control != "token"_L1) {
+        emit refused(tr("Nothing is chosen."));
+    } else if (QString const problem =
+                   DesktopControls::run(*DesktopControls::find(control), devHost->standIn(), words);
+        !problem.isEmpty()) {
+        emit refused(tr("Streamlabs Desktop: %1.").arg(problem));
+    }
+    refreshSoon(); // the widgets show what is, not what was clicked
+}
+
+void DesktopPanel::askForNumbers(DesktopControl const& control)
+{
+    auto* const dialog = new QDialog(this);
+    dialog->setObjectName(u"numbers"_s);
+    dialog->setWindowTitle(QString(control.title).remove(u'&'));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    connect(dialog, &QDialog::accepted, this, [this, dialog] {
-        replaceContents(
-            [&] { desktop().generate(dialog->scenes(), dialog->items(), dialog->audioSources()); });
+    auto* const form = new QFormLayout(dialog);
+    QList<QSpinBox*> numbers;
+    for (auto const& place : control.places) {
+        QString label = place.toLower().replace(u'_', u' ');
+        label[0] = label[0].toUpper();
+        auto* const number = new QSpinBox;
+        number->setRange(place == DesktopPlaces::kScenes ? 1 : 0, StandInModel::kMostObjects);
+        number->setValue(place == DesktopPlaces::kAudioSources ? 10 : 40);
+        number->setAccelerated(true);
+        form->addRow(u'&' + label, number);
+        numbers.append(number);
+    }
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    form->addRow(buttons);
+    connect(buttons, &QDialogButtonBox::accepted, dialog, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+    connect(dialog, &QDialog::accepted, this, [this, name = control.name, numbers] {
+        QStringList words;
+        for (auto const* const number : numbers) {
+            words.append(number->cleanText());
+        }
+        activeScene.clear();
+        run(name, words);
     });
+    numbers.constFirst()->selectAll();
     dialog->open();
 }
 
-void DesktopPanel::addScene()
+void DesktopPanel::editLast(QListView* view)
 {
-    check(desktop().addScene(tr("Scene %1").arg(scenes.rowCount() + 1)));
-    editLast(ui->listScenes);
-}
-
-void DesktopPanel::addItem()
-{
-    check(desktop().addItem(shownScene(), tr("Item %1").arg(items.rowCount() + 1)));
-    editLast(ui->listItems);
-}
-
-void DesktopPanel::addAudio()
-{
-    check(desktop().addAudioSource(tr("Audio %1").arg(audio.rowCount() + 1)));
-    editLast(ui->listAudio);
-}
-
-void DesktopPanel::switchScene()
-{
-    check(desktop().switchScene(scenes.idAt(ui->listScenes->currentIndex())));
-}
-
-void DesktopPanel::editLast(QListView* list)
-{
-    int const before = list->model()->rowCount();
+    int const before = view->model()->rowCount();
     refresh();
-    if (int const rows = list->model()->rowCount(); rows > before) {
-        auto const last = list->model()->index(rows - 1, 0);
-        list->setFocus();
-        list->setCurrentIndex(last);
-        list->edit(last);
+    if (int const rows = view->model()->rowCount(); rows > before) {
+        auto const last = view->model()->index(rows - 1, 0);
+        view->setFocus();
+        view->setCurrentIndex(last);
+        view->edit(last);
     }
 }
 
@@ -257,51 +351,54 @@ void DesktopPanel::refresh()
     if (!devHost || !devHost->usesStandIn()) {
         return;
     }
-    refreshOutputs();
+    refreshApplication();
     refreshCollections();
 
-    scenes.setEntries(desktop().sceneEntries());
+    auto const& scenes = list(Part::Scenes);
+    scenes.model->setEntries(desktop().sceneEntries());
     if (QString const active = desktop().activeSceneId(); active != activeScene) {
         activeScene = active;
-        ui->listScenes->setCurrentIndex(scenes.indexOf(active));
+        scenes.view->setCurrentIndex(scenes.model->indexOf(active));
     } else if (!shownSceneIndex.isValid()) {
-        ui->listScenes->setCurrentIndex(scenes.indexOf(active));
+        scenes.view->setCurrentIndex(scenes.model->indexOf(active));
     }
-    items.setEntries(desktop().nodeEntries(shownScene()));
-    audio.setEntries(desktop().audioEntries());
-    ui->lblItems->setText(
-        shownSceneIndex.isValid() ? tr("Shown in %1").arg(shownSceneIndex.data().toString()) : tr("Items"));
-    ui->lblScenes->setText(desktop().isLoading() ? tr("Scenes are being loaded …") : tr("Scenes"));
+    list(Part::Items).model->setEntries(desktop().nodeEntries(shownScene()));
+    list(Part::Audio).model->setEntries(desktop().audioEntries());
+    list(Part::Items)
+        .heading->setText(shownSceneIndex.isValid() ? tr("Shown in %1").arg(shownSceneIndex.data().toString())
+                                                    : tr("Items"));
+    scenes.heading->setText(desktop().isLoading() ? tr("Scenes are being loaded …") : tr("Scenes"));
 }
 
-void DesktopPanel::showOutput(QToolButton* button, QLabel* label, QString const& status)
+void DesktopPanel::refreshOutput(
+    QString const& control, QToolButton* button, QLabel* label, QString const& status)
 {
     bool const on = status != "offline"_L1;
-    button->defaultAction()->setChecked(on);
+    auto* const action = controlActions[control];
+    action->setText(DesktopControls::find(control)->title.section(u'|', on ? 1 : 0, on ? 1 : 0));
+    action->setEnabled(devHost->standIn().isRunning());
     QPalette palette;
     if (on) {
         palette.setColor(QPalette::Button, DarkTheme::kOnAir);
     }
     button->setPalette(palette);
-    label->setText(status);
+    label->setText(devHost->standIn().isRunning() ? status : QString());
 }
 
-void DesktopPanel::refreshOutputs()
+void DesktopPanel::refreshApplication()
 {
     auto& standIn = devHost->standIn();
     QString const streaming = desktop().streamingStatus();
-    QString const recording = desktop().recordingStatus();
-    QString const offline = u"offline"_s;
-    ui->actLive->setText(streaming == offline ? tr("Go &live") : tr("End the &stream"));
-    ui->actRecord->setText(recording == offline ? tr("&Record") : tr("Stop the &recording"));
-    showOutput(ui->btnLive, ui->lblLive, streaming);
-    showOutput(ui->btnRecord, ui->lblRecord, recording);
-    ui->actInterrupt->setEnabled(streaming == "live"_L1);
+    refreshOutput(u"stream"_s, ui->btnLive, ui->lblLive, streaming);
+    refreshOutput(u"record"_s, ui->btnRecord, ui->lblRecord, desktop().recordingStatus());
+    controlActions[u"interrupt"_s]->setEnabled(streaming == "live"_L1);
 
     bool const running = standIn.isRunning();
-    ui->actRun->setText(running ? tr("Q&uit the application") : tr("Start the &application"));
-    ui->actRun->setIconText(running ? tr("Quit") : tr("Start"));
-    ui->actDropLink->setEnabled(standIn.clientCount() > 0);
+    controlActions[u"start"_s]->setEnabled(!running);
+    controlActions[u"stop"_s]->setEnabled(running);
+    ui->btnRun->setDefaultAction(controlActions[running ? u"stop"_s : u"start"_s]);
+    ui->btnRun->setAccessibleName(ui->btnRun->defaultAction()->text().remove(u'&'));
+    controlActions[u"drop"_s]->setEnabled(standIn.clientCount() > 0);
     ui->lblApplication->setText(
         !running                        ? tr("Stand-in, not running")
         : standIn.authorizedCount() > 0 ? tr("Stand-in on port %1, linked").arg(standIn.port())
@@ -318,17 +415,16 @@ void DesktopPanel::refreshCollections()
     auto* const box = ui->boxCollection;
     bool same = box->count() == collections.size();
     for (int row = 0; same && row < box->count(); ++row) {
-        QJsonObject const collection = collections.at(row).toObject();
-        same = box->itemData(row).toString() == collection.value("id"_L1).toString() &&
-               box->itemText(row) == collection.value("name"_L1).toString();
+        auto const collection = collections.at(row);
+        same = collection[u"id"_s] == box->itemData(row).toString() &&
+               collection[u"name"_s] == box->itemText(row);
     }
     if (!same) {
         box->clear();
-        for (auto const& value : collections) {
-            QJsonObject const collection = value.toObject();
-            box->addItem(collection.value("name"_L1).toString(), collection.value("id"_L1).toString());
+        for (auto const& collection : collections) {
+            box->addItem(collection[u"name"_s].toString(), collection[u"id"_s].toString());
         }
     }
     box->setCurrentIndex(box->findData(desktop().activeCollectionId()));
-    ui->actRemoveCollection->setEnabled(collections.size() > 1);
+    controlActions[u"remove-collection"_s]->setEnabled(collections.size() > 1);
 }

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "devhost/fakes/DesktopControls.h"
 #include "devhost/window/EntryModel.h"
 
+#include <QHash>
+#include <QMap>
 #include <QTimer>
 #include <QWidget>
 
@@ -18,7 +21,8 @@ class DesktopPanel;
 }
 
 //! The other application beside the console: what the stand-in for Streamlabs Desktop shows, and what its
-//! user does in it. With a running Streamlabs Desktop only a line that says so.
+//! user does in it, each of the `DesktopControls`. With a running Streamlabs Desktop only a line that says
+//! so.
 //!
 //! Its `actions` are what a menu can offer.
 class DesktopPanel : public QWidget
@@ -42,35 +46,44 @@ signals:
     void refused(QString const& why);
 
 private:
+    //! Entries under a heading, with buttons and a context menu of what can be done with them.
+    struct List
+    {
+        QLabel* heading = nullptr;
+        QListView* view = nullptr;
+        EntryModel* model = nullptr;
+    };
+
     StandInModel& desktop() const;
-    void connectActions();
+    void makeActions();
+    void makeList(DesktopControl::Part part, EntryModel::Mark mark, QString const& name,
+        QString const& heading, int stretch);
     void connectLists();
-    //! Buttons and context menu of one list: their keys work in that list only.
-    void offer(QListView* list, QList<QAction*> const& actions);
+
+    //! What an action is for: takes the words from what is chosen here, or asks for them.
+    void trigger(DesktopControl const& control);
+    void run(QString const& control, QStringList const& words);
+    QString wordFor(DesktopControl const& control, QString const& place);
+    void askForNumbers(DesktopControl const& control);
+    //! Shows what was added, ready to get its name.
+    void editLast(QListView* list);
 
     //! One refresh for all that happens within a frame of the screen.
     void refreshSoon();
-    void refreshOutputs();
-    static void showOutput(QToolButton* button, QLabel* label, QString const& status);
+    void refreshOutput(QString const& control, QToolButton* button, QLabel* label, QString const& status);
+    void refreshApplication();
     void refreshCollections();
 
-    void run(bool on);
-    void replaceContents(std::function<void()> const& replace);
-    void generate();
-    void addScene();
-    void addItem();
-    void addAudio();
-    void switchScene();
-    //! Shows what was added, ready to get its name.
-    void editLast(QListView* list);
-    void check(bool done);
-    QString shownScene() const { return scenes.idAt(shownSceneIndex); }
+    List const& list(DesktopControl::Part part) const;
+    QString chosen(DesktopControl::Part part) const;
+    QString shownScene() const;
 
     std::unique_ptr<Ui::DesktopPanel> ui;
     DevHost* devHost = nullptr;
-    EntryModel scenes{EntryModel::Mark::Active};
-    EntryModel items{EntryModel::Mark::Ticked};
-    EntryModel audio{EntryModel::Mark::Ticked};
+    //! By the name of the control.
+    QHash<QString, QAction*> controlActions;
+    QMap<DesktopControl::Part, List> lists;
+    QWidget* lastTabStop = nullptr;
     //! The scene whose items are listed.
     QPersistentModelIndex shownSceneIndex;
     QString activeScene;

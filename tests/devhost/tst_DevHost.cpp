@@ -59,32 +59,39 @@ void tst_DevHost::parsesLines_data()
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("error"); // a part of it; empty: the line is good
 
-    for (auto const* good : {"", "   ", "# log", "log it's \"{", "task x", R"(task x {"a":{"b":"}"}})",
-             "host connect", "expect t", R"(expect t {"a":1} within 5)", "expect t within 0",
-             "expect-led STREAM on", "\texpect-led\tRECORD off within 9", "desktop start",
-             R"(desktop rename-scene "a b" "ä\u00e4 \"")", "wait 0", "quit"}) {
+    for (auto const* good : {"", "   ", "# log", "log it's \"{", "task queryScenes",
+             R"(task queryScenes {"a":{"b":"}"}})", "host connect", "expect onQueryScenes",
+             R"(expect onQueryScenes {"list":[{"nodes":[{"visible":true}]}]} within 5)",
+             "expect onQueryScenes within 0", "expect-led STREAM on", "\texpect-led\tRECORD off within 9",
+             "desktop start", R"(desktop rename-scene "a b" "ä\u00e4 \"")", "wait 0", "quit"}) {
         QTest::addRow("good: %s", good) << QString::fromUtf8(good) << QString();
     }
     auto const bad = [](char const* line, char const* error) {
         QTest::addRow("bad: %s", line) << QString::fromUtf8(line) << QString::fromUtf8(error);
     };
-    bad("task", "NAME is missing");
-    bad(R"(task {"a":1})", "NAME is missing");
-    bad(R"(task x{"a":1})", "column 7: a blank is missing");
-    bad("task x y", "there is more on the line");
-    bad(R"(task x {"a":})", "column 8:");
-    bad(R"(  task x {"a":1)", "column 10: this has no end");
+    bad("task", "5 TASK is missing");
+    bad(R"(task {"a":1})", "6 TASK is missing");
+    bad(R"(task x{"a":1})", "7 a blank is missing");
+    bad("task queryScenes y", "18 there is more on the line");
+    bad("task dance", "6 \"dance\" is no TASK, but these are: queryAuthState,");
+    bad("expect dance", "8 \"dance\" is no TASK, but these are: onQuery");
+    bad(R"(task x {"a":})", "8 ");
+    bad(R"(  task x {"a":1)", "10 this has no end");
     bad("settings 0", "JSON is missing");
     bad("expect-key 0 within 5", "JSON is missing");
     bad("expect-panel 0 btnRefresh", "JSON is missing");
     bad(R"(task "x)", "this has no end");
     bad("host sing", "\"sing\" is not connect|disconnect|reconnect");
-    bad("expect t within", "MS is missing");
-    bad("expect t within soon", "\"soon\" is not a number");
+    bad("expect onQueryScenes within", "28 MS is missing");
+    bad("expect onQueryScenes within soon", "29 \"soon\" is not a number");
     bad("expect-led BLINK on", "\"BLINK\" is not STREAM|RECORD");
     bad("expect-led STREAM maybe", "\"maybe\" is not on|off");
-    bad("desktop dance", "\"dance\" is no control");
-    bad("desktop scene", "SCENE is missing");
+    bad("desktop dance", "9 \"dance\" is no CONTROL");
+    bad("desktop scene", "14 SCENE is missing (desktop scene SCENE)");
+    bad(R"(expect-key 0 {"title":"","titel":""})",
+        R"(26 "titel" is no member, but these are: icon, invalid, title)");
+    bad(R"(expect onQueryScenes {"list":[{"nodes":[{"nme":""}]}]})", R"(42 "nme" is no member)");
+    bad(R"(expect-panel 0 x {"txt":""})", R"("txt" is no member)");
     bad("wait -1", "not a number of milliseconds");
 }
 
@@ -94,7 +101,8 @@ void tst_DevHost::parsesLines()
     QFETCH(QString, error);
     auto const result = ScriptParser::parse(line, 7);
     QCOMPARE(result.error.isEmpty(), error.isEmpty());
-    QVERIFY2(result.error.contains(error), qPrintable(result.error));
+    QString const told = u"%1 %2"_s.arg(result.column).arg(result.error);
+    QVERIFY2(told.contains(error), qPrintable(told));
     bool const isStep = error.isEmpty() && !line.trimmed().isEmpty() && !line.startsWith(u'#');
     QCOMPARE(result.step.has_value(), isStep);
     if (isStep) {
@@ -183,11 +191,15 @@ void tst_DevHost::runs_data()
     row("nothing of the kind came", {}, "expect onQueryCollections within 300", 1,
         "came: nothing with this task, but");
     row("the LED stays dark", {}, "expect onQueryScenes\nexpect-led STREAM on within 100", 1,
-        "line 2: expect-led STREAM on");
-    row("wrong line", {}, "log a\n\nmake coffee\n", 2, "line 3: \"make\" is no command");
+        "test.script:2:1: expect-led STREAM on");
+    row("wrong lines", {}, "log a\n\nmake coffee\ndesktop scene Nowhere\ntask dance\n", 2,
+        "test.script:3:1: \"make\" is no command");
+    row("and the last of them", {}, "log a\n\nmake coffee\ndesktop scene Nowhere\ntask dance\n", 2,
+        "test.script:5:6: \"dance\" is no TASK");
     row("no such scene", {}, "desktop scene Nowhere", 2,
-        "line 1: desktop scene Nowhere: the stand-in cannot do that");
-    row("wrong line behind the end", {}, "desktop scene Nowhere\nquit\nmake coffee", 2, "line 3: \"make\"");
+        "test.script:1:1: desktop scene Nowhere: \"Nowhere\" is none of \"Starting Soon");
+    row("wrong line behind the end", {}, "desktop scene Nowhere\nquit\nmake coffee", 2,
+        "test.script:3:1: \"make\"");
     row("script without a name", {u"--script"_s, QString()}, {}, 2, "--script needs a file");
     row("no such script", {u"--script"_s, u"/nowhere"_s}, {}, 2, "The script /nowhere cannot be read.");
     row("unknown option", {u"--dance"_s}, {}, 2, "dance");
@@ -208,6 +220,14 @@ void tst_DevHost::runs_data()
     row("tour of a real application", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s}, {}, 2,
         "needs a --script");
     row("no folder", {u"--config-dir"_s, QString()}, "quit", 2, "--config-dir needs a folder");
+    row("waits for what can be chosen", {},
+        "desktop stop\nplace mute\ndesktop start\nchoose 0 dropdownAudioList Mic/Aux\n"
+        "expect-settings 0 {\"audio_source_name\":\"Mic/Aux\"}",
+        0, "Done: 1");
+    row("cannot be chosen", {},
+        "place mute\nexpect onQueryAudioList {\"list\":[{}]}\nchoose 0 dropdownAudioList No within 50", 1,
+        "but \"Desktop Audio\", \"Mic/Aux\"");
+    row("is not there", {}, "place mute\ntype 0 no x within 0", 1, "but lineEdtPluginTitle");
     row("after many lists", {},
         "expect onQueryAudioList\ndesktop stream on\nexpect-led STREAM on\n" +
             QByteArray("desktop drag Webcam\n").repeated(300) +
@@ -220,8 +240,6 @@ void tst_DevHost::runs_data()
             "task toggleRecordingStatus\nexpect-led RECORD off\n"
             "expect onQueryRecordingStatus {\"recordingStatus\":\"recording\"} within 0",
         1, "came last with this task: {\"recordingStatus\":");
-    row("a task that there is not", {}, "expect onQueryAudioList\ntask dance\nwait 200", 0,
-        "[onServiceTask] TODO \"dance\"");
     row("a wrong token", {}, "expect onQueryAudioList\nhost reconnect wrong\nwait 500", 0,
         "the stand-in refuses a client: its token is wrong");
     row("control of a real application", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s},

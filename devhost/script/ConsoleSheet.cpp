@@ -1,4 +1,4 @@
-#include "devhost/host/ConsoleSheet.h"
+#include "devhost/script/ConsoleSheet.h"
 
 #include "devhost/host/Console.h"
 
