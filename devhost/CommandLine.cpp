@@ -72,6 +72,10 @@ QString CommandLine::read(QStringList const& arguments)
     QCommandLineOption const scenes(u"scenes"_s, u"Give the stand-in this many scenes …"_s, u"N"_s);
     QCommandLineOption const items(u"items"_s, u"… with this many items each …"_s, u"N"_s);
     QCommandLineOption const audio(u"audio"_s, u"… and this many audio sources."_s, u"N"_s);
+    QCommandLineOption const checkOption(u"check"_s,
+        u"Look this package library over and report: exports, configuration, labels in each language, "
+        "every action, images and memory. Exit code 1 when something is amiss."_s,
+        u"FILE"_s);
     QCommandLineOption const json(u"json"_s, u"Print one JSON object per line instead of text."_s);
     QCommandLineOption const verboseOption(u"verbose"_s, u"Print the package's log as well."_s);
     QCommandLineOption const help({u"h"_s, u"help"_s}, u"Show this."_s);
@@ -79,8 +83,9 @@ QString CommandLine::read(QStringList const& arguments)
     parser.setApplicationDescription(u"Loads the LUMEN action package as the console's host does and drives "
                                      u"Streamlabs Desktop, or a stand-in "
                                      "for it, through it."_s);
-    parser.addOptions({headlessOption, plugin, scriptOption, pictureOption, desktopPort, desktopTokenFile,
-        desktopToken, configDir, language, scenes, items, audio, json, verboseOption, help});
+    parser.addOptions(
+        {headlessOption, plugin, checkOption, scriptOption, pictureOption, desktopPort, desktopTokenFile,
+            desktopToken, configDir, language, scenes, items, audio, json, verboseOption, help});
     if (!parser.parse(arguments)) {
         return parser.errorText();
     }
@@ -107,7 +112,7 @@ QString CommandLine::read(QStringList const& arguments)
     };
 
     constexpr int kMostPort = 65535;
-    constexpr int kMostObjects = 100000;
+    constexpr int kMostObjects = StandInModel::kMostObjects;
     if (parser.isSet(desktopTokenFile) && parser.isSet(desktopToken)) {
         return u"--desktop-token-file and --desktop-token are two ways to say one thing."_s;
     }
@@ -132,6 +137,15 @@ QString CommandLine::read(QStringList const& arguments)
         if (host.desktop) {
             return u"--scenes, --items and --audio are for the stand-in, and --desktop-port is without it."_s;
         }
+        auto const objects = StandInModel::objectCount(size->scenes, size->items, size->audio);
+        if (problem.isEmpty() && objects > kMostObjects) {
+            return u"%1 scenes with %2 items each and %3 audio sources are %4 in all; the stand-in takes %5."_s
+                .arg(size->scenes)
+                .arg(size->items)
+                .arg(size->audio)
+                .arg(objects)
+                .arg(kMostObjects);
+        }
     }
     if (!problem.isEmpty()) {
         return problem;
@@ -144,7 +158,11 @@ QString CommandLine::read(QStringList const& arguments)
         return u"--config-dir needs a folder."_s;
     }
 
-    headless = parser.isSet(headlessOption);
+    check = parser.value(checkOption);
+    if (parser.isSet(checkOption) && (check.isEmpty() || parser.isSet(scriptOption) || host.desktop)) {
+        return u"--check needs a file, and neither a script nor Streamlabs Desktop."_s;
+    }
+    headless = parser.isSet(headlessOption) || !check.isEmpty();
     bool const tour = headless && !parser.isSet(scriptOption);
     if (tour && host.desktop) {
         return u"Without a display a running Streamlabs Desktop needs a --script: "

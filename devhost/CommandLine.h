@@ -24,6 +24,8 @@ struct CommandLine
     bool headless = false;
     //! File of the script, or - for standard input; empty for none.
     QString script;
+    //! The package library to be looked over, in the place of all else; empty for none.
+    QString check;
     //! Where a picture of the window goes; empty for none.
     QString picture;
     //! Whether it was asked for, and a picture that cannot be written is a failure.

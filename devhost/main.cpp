@@ -141,6 +141,22 @@ void Run::fail(int code, QString const& why)
     }
 }
 
+//! Looks a package library over. The exit code.
+int check(CommandLine const& options)
+{
+    EventReport report(options.format, options.verbose);
+    QStringList amiss;
+    for (auto const& finding : PackageCheck::run(options.check, options.host.configDir)) {
+        report.tell(finding);
+        if (!finding.good) {
+            amiss.append(finding.what);
+        }
+    }
+    int const exitCode = amiss.isEmpty() ? 0 : 1;
+    report.finish(exitCode, {}, amiss.isEmpty() ? QString() : u"Amiss: %1"_s.arg(amiss.join(u", "_s)));
+    return exitCode;
+}
+
 //! Qt ends the program where there is none.
 bool hasDisplay()
 {
@@ -194,6 +210,9 @@ int main(int argc, char* argv[])
     if (mustAnswer && QApplication::platformName() == "offscreen"_L1) {
         std::fprintf(stderr, "The display does not answer. lumen-devhost --headless needs none.\n");
         return kExitUsage;
+    }
+    if (!commandLine.check.isEmpty()) {
+        return check(commandLine);
     }
     DarkTheme::apply(app);
     return Run(commandLine).execute();

@@ -109,7 +109,7 @@ void StandInModel::loadDemo()
 bool StandInModel::generate(int scenes, int itemsPerScene, int audioSources)
 {
     scenes = qMax(scenes, 1);
-    if (qint64(scenes) * (1 + itemsPerScene) + audioSources > kMostObjects) {
+    if (objectCount(scenes, itemsPerScene, audioSources) > kMostObjects) {
         return false;
     }
     clear();

@@ -76,6 +76,10 @@ public:
     //! `kMostObjects` scenes, items and audio sources.
     bool generate(int scenes, int itemsPerScene, int audioSources);
     static constexpr int kMostObjects = 60000;
+    static qint64 objectCount(qint64 scenes, qint64 itemsPerScene, qint64 audioSources)
+    {
+        return scenes * (1 + itemsPerScene) + audioSources;
+    }
     //!@}
 
     //! \name Settings

@@ -221,13 +221,25 @@ void EventReport::note(QString const& text)
     }
 }
 
-void EventReport::finish(int exitCode, int held, QString const& problem)
+void EventReport::tell(PackageCheck::Finding const& finding)
 {
     if (outputFormat == Format::Json) {
-        print(u"finished"_s, {{u"exit"_s, exitCode}, {u"held"_s, held}, {u"problem"_s, problem}});
+        print(u"check"_s, {{u"what"_s, finding.what}, {u"good"_s, finding.good}, {u"text"_s, finding.text}});
+    } else {
+        print(u"%1  %2  %3"_s.arg(finding.good ? u"good "_s : u"AMISS"_s)
+                .arg(finding.what, -32)
+                .arg(finding.text));
+    }
+}
+
+void EventReport::finish(int exitCode, std::optional<int> held, QString const& problem)
+{
+    if (outputFormat == Format::Json) {
+        print(u"finished"_s, {{u"exit"_s, exitCode}, {u"held"_s, held.value_or(0)}, {u"problem"_s, problem}});
     } else if (problem.isEmpty()) {
-        print(u"\nDone: %1 expectations held in %2 s."_s.arg(held).arg(
-            static_cast<double>(total.elapsed()) / 1000, 0, 'f', 1));
+        print(
+            u"\nDone: %1 in %2 s."_s.arg(held ? u"%1 expectations held"_s.arg(*held) : u"nothing is amiss"_s)
+                .arg(static_cast<double>(total.elapsed()) / 1000, 0, 'f', 1));
     } else {
         std::fflush(stdout);
         std::fprintf(stderr, "\n%s\n", qPrintable(problem));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "devhost/host/PackageCheck.h"
 #include "devhost/script/ScriptRunner.h"
 
 #include <QElapsedTimer>
@@ -20,6 +21,7 @@ class DevHost;
 //! {"event": "key", "index", "title", "invalid": bool} (a face, when it changes), {"event": "settings-page",
 //! "page": number}, {"event": "log", "level", "category", "text"},
 //! {"event": "step", "line": number, "text"}, {"event": "held", "line": number, "ms": number},
+//! {"event": "check", "what", "good": bool, "text"} (of a package that is looked over),
 //! {"event": "finished", "exit": number, "held": number, "problem"}.
 //!
 //! For people, log lines of the library are left out unless wanted, and go to standard error.
@@ -40,8 +42,9 @@ public:
 
     //! A line of the program itself for people; JSON has {"event": "note", "text"}.
     void note(QString const& text);
-    //! The last line of a run.
-    void finish(int exitCode, int held, QString const& problem);
+    void tell(PackageCheck::Finding const& finding);
+    //! The last line of a run. \a held: how many expectations; none when there was no script.
+    void finish(int exitCode, std::optional<int> held, QString const& problem);
 
 private:
     void onPublication(QJsonObject const& payload);

@@ -245,6 +245,18 @@ void tst_DevHost::runs_data()
     row("control of a real application", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s},
         "desktop stop", 2, "a running Streamlabs Desktop is used");
     row("no library", {u"--plugin"_s, u"/nowhere/lib"_s}, {}, 2, "/nowhere/lib");
+    QString const faulty = QStringLiteral(LUMEN_TEST_FAULTY_LIBRARY);
+    row("check", {u"--check"_s, QStringLiteral(LUMEN_TEST_LIBRARY)}, {}, 0, "Done: nothing is amiss");
+    row("check of no package", {u"--check"_s, QStringLiteral(LUMEN_TEST_QT_LIBRARY)}, {}, 1,
+        "Amiss: library");
+    row("check and script", {u"--check"_s, faulty}, "quit", 2, "neither a script");
+    for (char const* amiss : {"no \"category\"; no \"title\"; no \"icon\"; no version; action 0 has no",
+             "faulty.one is there twice", "labels, ko_KR                     no text for LAB_ONE",
+             "it has no panel", "it has 1 titles and 2 icons", ":/nowhere.png is missing",
+             ":/qt-project.org is no picture", "AMISS  faulty.none                       it cannot be made",
+             "AMISS  memory"}) {
+        row(amiss, {u"--check"_s, faulty}, {}, 1, amiss);
+    }
     row("not a package", {u"--plugin"_s, QStringLiteral(LUMEN_TEST_QT_LIBRARY)}, {}, 2,
         "exports no function \"sdk\"");
 }
