@@ -124,6 +124,7 @@ void RelayServer::acceptClients()
         connect(client, &QWebSocket::disconnected, this, [this, client] {
             clients.removeOne(client);
             int const number = numbers.take(client);
+            names.remove(number);
             if (client->closeCode() == QWebSocketProtocol::CloseCodeTooMuchData) {
                 qCWarning(devHostLog)
                     << "relay: client" << number << "has ended over a message that was too large";
@@ -181,18 +182,18 @@ QString RelayServer::handle(QWebSocket* client, QJsonObject const& command)
         if (subject.isEmpty()) {
             return u"no \"subject\""_s;
         }
-        subscribe(client, {subject});
+        subscribe(client, {subject}, command);
         acknowledge({{u"task"_s, task}, {u"subject"_s, subject}});
     } else if (task == kSubscribeSubjects) {
         QJsonArray const subjects = command.value("subjects"_L1).toArray();
-        QStringList names;
+        QStringList wanted;
         for (auto const& subject : subjects) {
-            names.append(subject.toString());
+            wanted.append(subject.toString());
         }
-        if (!command.value("subjects"_L1).isArray() || names.contains(QString())) {
-            return u"\"subjects\" is not a list of names"_s;
+        if (!command.value("subjects"_L1).isArray() || wanted.contains(QString())) {
+            return u"\"subjects\" is not a list of wanted"_s;
         }
-        subscribe(client, names);
+        subscribe(client, wanted, command);
         acknowledge({{u"task"_s, task}, {u"subjects"_s, subjects}});
     } else if (task == kUpdateFunctionKeyLedAppControl) {
         QString const app = command.value("appName"_L1).toString();
@@ -217,10 +218,14 @@ QString RelayServer::handle(QWebSocket* client, QJsonObject const& command)
     return {};
 }
 
-void RelayServer::subscribe(QWebSocket* client, QStringList const& subjects)
+void RelayServer::subscribe(QWebSocket* client, QStringList const& subjects, QJsonObject const& command)
 {
     if (!client) {
         return; // the host hears everything through the signals
+    }
+    if (QString const category = command.value("category"_L1).toString(); !category.isEmpty()) {
+        names.insert(numbers.value(client),
+            (category.section(u'.', -1) + u' ' + command.value("id"_L1).toString()).trimmed());
     }
     for (auto const& subject : subjects) {
         auto& subscribers = subscribersOf[subject];

@@ -48,6 +48,9 @@ public:
     //! The number of clients that get what is published on \a subject.
     int subscriberCount(QString const& subject) const;
 
+    //! What a client has called itself in a subscription, "category" and "id"; empty when it has not.
+    QString clientName(int number) const { return names.value(number); }
+
     //! Whether a new client is acknowledged at once (the default) or has to ask for it.
     void setAcknowledgesAtOnce(bool atOnce) { acknowledgesAtOnce = atOnce; }
 
@@ -87,7 +90,7 @@ private:
     QString handle(QWebSocket* client, QJsonObject const& command);
     //! Logs and answers \a what is not understood.
     void reject(QWebSocket* client, QJsonValue const& task, QString const& problem, QString const& what);
-    void subscribe(QWebSocket* client, QStringList const& subjects);
+    void subscribe(QWebSocket* client, QStringList const& subjects, QJsonObject const& command);
     void send(QWebSocket* client, QJsonObject const& message);
     //! Nothing is sent to a client that is gone.
     void sendText(QWebSocket* client, QString const& text);
@@ -96,6 +99,7 @@ private:
     QWebSocketServer upgrader;
     QList<QWebSocket*> clients;
     QHash<QWebSocket*, int> numbers;
+    QHash<int, QString> names;
     int lastNumber = 0;
     QHash<QString, QList<QWebSocket*>> subscribersOf;
     QHash<QString, CommandHandler> handlers;

@@ -13,12 +13,12 @@ TrafficModel::TrafficModel(QObject* parent) : QAbstractTableModel(parent)
     takingIn.callOnTimeout(this, &TrafficModel::takeIn);
 }
 
-void TrafficModel::add(QString const& way, QString const& text, qsizetype length)
+void TrafficModel::add(QString const& way, QString const& task, QString const& text, qsizetype length)
 {
     if (waiting.size() == kMostLines) {
         waiting.removeFirst();
     }
-    waiting.append({QTime::currentTime(), way, text.left(kLongestText), length});
+    waiting.append({QTime::currentTime(), way, task, text.left(kLongestText), length});
     if (!takingIn.isActive()) {
         takingIn.start();
     }
@@ -75,6 +75,8 @@ QVariant TrafficModel::data(QModelIndex const& index, int role) const
         return line.time.toString(u"HH:mm:ss.zzz"_s);
     case WayColumn:
         return line.way;
+    case TaskColumn:
+        return line.task;
     default:
         constexpr qsizetype kLongestRow = 300; // a view lays out all of what it gets
         return line.text.left(kLongestRow);
@@ -86,5 +88,5 @@ QVariant TrafficModel::headerData(int section, Qt::Orientation orientation, int 
     if (role != Qt::DisplayRole || orientation != Qt::Horizontal) {
         return {};
     }
-    return section == TimeColumn ? tr("Time") : section == WayColumn ? tr("From and to") : tr("Message");
+    return QStringList{tr("Time"), tr("From and to"), tr("Task"), tr("Message")}.value(section);
 }

@@ -13,7 +13,7 @@ class TrafficModel : public QAbstractTableModel
     Q_OBJECT
 
 public:
-    enum Column { TimeColumn, WayColumn, MessageColumn, ColumnCount };
+    enum Column { TimeColumn, WayColumn, TaskColumn, MessageColumn, ColumnCount };
     //! How many messages are kept at least while there are more.
     static constexpr int kMostLines = 2000;
     //! How much of a message is kept, in characters.
@@ -23,9 +23,9 @@ public:
 
     explicit TrafficModel(QObject* parent = nullptr);
 
-    //! Adds a message soon, together with others. \a way: who sent it to whom. \a text: the message, or the
-    //! beginning of one of \a length characters.
-    void add(QString const& way, QString const& text, qsizetype length);
+    //! Adds a message soon, together with others. \a way: who sent it to whom. \a task: what it is about.
+    //! \a text: the message, or the beginning of one of \a length characters.
+    void add(QString const& way, QString const& task, QString const& text, qsizetype length);
     void clear();
 
     int rowCount(QModelIndex const& parent = {}) const override;
@@ -38,6 +38,7 @@ private:
     {
         QTime time;
         QString way;
+        QString task;
         QString text;
         qsizetype length = 0;
     };

@@ -5,6 +5,8 @@
 
 #include <QFontDatabase>
 #include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -37,9 +39,11 @@ TrafficView::TrafficView(QWidget* parent) : QWidget(parent), ui(std::make_unique
     ui->details->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     int const digits = fontMetrics().horizontalAdvance(u"00:00:00.000"_s);
     int const names = fontMetrics().horizontalAdvance(u"Streamlabs Desktop → service"_s);
+    int const tasks = fontMetrics().horizontalAdvance(u"onQueryRecordingStatus"_s);
     constexpr int kPadding = 16;
     ui->lines->setColumnWidth(TrafficModel::TimeColumn, digits + kPadding);
     ui->lines->setColumnWidth(TrafficModel::WayColumn, names + kPadding);
+    ui->lines->setColumnWidth(TrafficModel::TaskColumn, tasks + kPadding);
     ui->split->setStretchFactor(0, 3);
     ui->split->setStretchFactor(1, 2);
 
@@ -52,16 +56,16 @@ TrafficView::TrafficView(QWidget* parent) : QWidget(parent), ui(std::make_unique
     connect(
         ui->lines->selectionModel(), &QItemSelectionModel::currentChanged, this, &TrafficView::showDetails);
     connect(&model, &TrafficModel::modelReset, this, &TrafficView::showCount);
-    connect(&filter, &QAbstractItemModel::rowsAboutToBeInserted, this, [this] {
-        auto const* const bar = ui->lines->verticalScrollBar();
-        atEnd = bar->value() == bar->maximum();
-    });
-    connect(&model, &QAbstractItemModel::rowsInserted, this, [this] {
-        showCount();
-        if (atEnd) {
-            ui->lines->scrollToBottom();
+    connect(&model, &QAbstractItemModel::rowsInserted, this, &TrafficView::showCount);
+    // The range follows the lines, if late: only when they have been laid out. The value is what one scrolls.
+    auto* const bar = ui->lines->verticalScrollBar();
+    connect(bar, &QScrollBar::rangeChanged, this, [this, bar](int, int end) {
+        if (follows) {
+            bar->setValue(end);
         }
     });
+    connect(
+        bar, &QScrollBar::valueChanged, this, [this, bar](int value) { follows = value == bar->maximum(); });
     showCount();
 }
 
@@ -88,18 +92,15 @@ void TrafficView::listen(bool on)
     if (!on || !devHost) {
         return;
     }
-    auto const client = [](int number) { return number == 0 ? tr("service") : tr("client %1").arg(number); };
     auto& relay = devHost->relay();
     auto& desktop = devHost->standIn().transport();
     connections = {
         connect(&relay, &RelayServer::messageReceived, this,
-            [this, client](int number, QString const& text) {
-                model.add(tr("%1 → relay").arg(client(number)), text, text.size());
-            }),
+            [this](
+                int client, QString const& text) { addMessage(tr("%1 → relay").arg(nameOf(client)), text); }),
         connect(&relay, &RelayServer::messageSent, this,
-            [this, client](int number, QString const& text) {
-                model.add(tr("relay → %1").arg(client(number)), text, text.size());
-            }),
+            [this](
+                int client, QString const& text) { addMessage(tr("relay → %1").arg(nameOf(client)), text); }),
         connect(&desktop, &SockJsServer::frameReceived, this,
             [this](int, QString const& frame) { addFrame(tr("service → Streamlabs Desktop"), frame); }),
         connect(&desktop, &SockJsServer::frameSent, this,
@@ -107,11 +108,51 @@ void TrafficView::listen(bool on)
     };
 }
 
+QString TrafficView::nameOf(int client) const
+{
+    if (client == 0) {
+        return tr("service");
+    }
+    QString const name = devHost->relay().clientName(client);
+    return name.isEmpty() ? tr("client %1").arg(client) : tr("client %1, %2").arg(client).arg(name);
+}
+
+QString TrafficView::taskOf(QString const& text)
+{
+    constexpr qsizetype kShort = TrafficModel::kLongestText;
+    if (text.size() >
+        kShort) { // a list, which is not read for its name: the one stands before it, the other behind
+        static QRegularExpression const answered(uR"(^\{"id":"?(\w+))"_s);
+        static QRegularExpression const published(uR"x("task":"(\w+)"\}$)x"_s);
+        auto const answer = answered.match(text.left(kShort));
+        return answer.hasMatch() ? asked.take(answer.captured(1))
+                                 : published.match(text.right(kShort)).captured(1);
+    }
+    QJsonObject const message = QJsonDocument::fromJson(text.toUtf8()).object();
+    if (message.contains("jsonrpc"_L1)) {
+        QString const id = message.value("id"_L1).toVariant().toString();
+        if (message.contains("method"_L1)) {
+            QString const method = message.value("method"_L1).toString();
+            asked.insert(id, method);
+            return method;
+        }
+        QString const event = message.value("result"_L1)[u"resourceId"_s].toString().section(u'.', -1);
+        return message.value("id"_L1).isNull() ? event : asked.take(id);
+    }
+    QString const event = message.value("event"_L1).toString();
+    return event.isEmpty() ? message.value("task"_L1).toString() : event;
+}
+
+void TrafficView::addMessage(QString const& way, QString const& text)
+{
+    model.add(way, taskOf(text), text, text.size());
+}
+
 void TrafficView::addFrame(QString const& way, QString const& frame)
 {
     constexpr qsizetype kEnough = 2 * TrafficModel::kLongestText; // at worst every character is escaped
     QString const text = unwrapped(frame.left(kEnough));
-    model.add(way, text, text.size() + std::max<qsizetype>(0, frame.size() - kEnough));
+    model.add(way, taskOf(text), text, text.size() + std::max<qsizetype>(0, frame.size() - kEnough));
 }
 
 void TrafficView::showDetails(QModelIndex const& current)

@@ -3,6 +3,7 @@
 #include "devhost/window/TrafficFilter.h"
 #include "devhost/window/TrafficModel.h"
 
+#include <QHash>
 #include <QWidget>
 
 #include <memory>
@@ -30,7 +31,11 @@ public:
 
 private:
     void listen(bool on);
+    void addMessage(QString const& way, QString const& text);
     void addFrame(QString const& way, QString const& frame);
+    QString nameOf(int client) const;
+    //! What a message is about: its task, method or event. Answers are about what was asked.
+    QString taskOf(QString const& text);
     void showDetails(QModelIndex const& current);
     void showCount();
 
@@ -39,6 +44,8 @@ private:
     TrafficFilter filter;
     DevHost* devHost = nullptr;
     QList<QMetaObject::Connection> connections;
-    //! The newest line was in sight before more came.
-    bool atEnd = true;
+    //! Methods that were asked for and not answered yet, by the id of the request.
+    QHash<QString, QString> asked;
+    //! Newer lines come into sight, until one scrolls up.
+    bool follows = true;
 };

@@ -29,6 +29,7 @@
 #include <QTest>
 #include <QToolButton>
 #include <QTreeView>
+#include <QWebSocket>
 
 #include <functional>
 #include <optional>
@@ -540,6 +541,35 @@ void tst_Window::showsTraffic()
     QTRY_VERIFY(shows(u"Streamlabs Desktop → service"_s, u"\"data\":\"live\""_s));
     QTRY_VERIFY(shows(u"Streamlabs Desktop → service"_s, u"\"data\":\"ending\""_s));
     QTRY_VERIFY(shows(u"relay → client 1"_s, u"\"streamingStatus\":\"ending\""_s));
+    // The newest stays in sight, unless one looks at an older one.
+    auto* const bar = find<QTreeView>("lines").verticalScrollBar();
+    QTRY_VERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
+    bar->setValue(0);
+    QVERIFY(goLive(true));
+    QTRY_VERIFY(shows(u"relay → client 1"_s, u"\"streamingStatus\":\"live\""_s));
+    QCOMPARE(bar->value(), 0);
+    QWebSocket namesItself;
+    connect(&namesItself, &QWebSocket::connected, &namesItself, [&] {
+        namesItself.sendTextMessage(
+            uR"({"task":"remote.command.subscribe.subject","subject":"s","id":"key-4","category":"a.b.scene"})"_s);
+    });
+    namesItself.open(QUrl(u"ws://127.0.0.1:%1"_s.arg(host->relay().port())));
+    auto const isAbout = [&](QString const& way, QString const& task) {
+        for (int row = 0; row < lines.rowCount(); ++row) {
+            if (lines.index(row, TrafficModel::WayColumn).data().toString().startsWith(way) &&
+                lines.index(row, TrafficModel::TaskColumn).data() == task) {
+                return true;
+            }
+        }
+        return false;
+    };
+    QTRY_VERIFY(isAbout(u"relay → client 2, scene key-4"_s, u"remote.command.subscribe.subject"_s));
+    host->sendTask(u"refreshScenes"_s, {});
+    QTRY_VERIFY(isAbout(u"client 1 → relay"_s, u"refreshScenes"_s));
+    QTRY_VERIFY(isAbout(u"relay → client 1"_s, u"onQueryScenes"_s));
+    QTRY_VERIFY(isAbout(u"service → Streamlabs Desktop"_s, u"getScenes"_s));
+    QTRY_VERIFY(isAbout(u"Streamlabs Desktop → service"_s, u"getScenes"_s)); // its answer
+    QVERIFY(isAbout(u"Streamlabs Desktop → service"_s, u"streamingStatusChange"_s));
     QVERIFY(shows(u"service → relay"_s, u"\"functionName\":\"STREAM\""_s));
     find<QTreeView>("lines").setCurrentIndex(lines
             .match(lines.index(0, TrafficModel::MessageColumn), Qt::DisplayRole, u"\"jsonrpc\""_s, 1,
@@ -571,14 +601,14 @@ void tst_Window::forgetsOldTraffic()
     QAbstractItemModelTester const tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     for (int round = 0; round < 3; ++round) {
         for (int i = 0; i < TrafficModel::kMostLines - 700; ++i) {
-            model.add(u"way"_s, u"%1.%2"_s.arg(round).arg(i), 5);
+            model.add(u"way"_s, {}, u"%1.%2"_s.arg(round).arg(i), 5);
         }
         QVERIFY(QSignalSpy(&model, &TrafficModel::rowsInserted).wait());
         QVERIFY(model.rowCount() <= TrafficModel::kMostLines);
     }
     QCOMPARE(model.index(0, TrafficModel::MessageColumn).data(), u"1.600"_s);
     model.clear();
-    model.add(u"way"_s, QString(TrafficModel::kLongestText + 1, u'x'), TrafficModel::kLongestText + 7);
+    model.add(u"way"_s, {}, QString(TrafficModel::kLongestText + 1, u'x'), TrafficModel::kLongestText + 7);
     QTRY_COMPARE(model.rowCount(), 1);
     auto const whole = model.index(0, 0).data(TrafficModel::kWholeTextRole).toString();
     QVERIFY(whole.endsWith(u"… and 7 more characters"_s));
