@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <algorithm>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
@@ -112,7 +113,7 @@ QString CommandLine::read(QStringList const& arguments)
     };
 
     constexpr int kMostPort = 65535;
-    constexpr int kMostObjects = StandInModel::kMostObjects;
+    constexpr int kMost = 1'000'000'000;
     if (parser.isSet(desktopTokenFile) && parser.isSet(desktopToken)) {
         return u"--desktop-token-file and --desktop-token are two ways to say one thing."_s;
     }
@@ -132,19 +133,20 @@ QString CommandLine::read(QStringList const& arguments)
         constexpr int kFewScenes = 5;
         constexpr int kFewItems = 10;
         constexpr int kFewAudio = 4;
-        size = {number(scenes, kFewScenes, 1, kMostObjects), number(items, kFewItems, 0, kMostObjects),
-            number(audio, kFewAudio, 0, kMostObjects)};
+        size = {number(scenes, kFewScenes, 1, kMost), number(items, kFewItems, 0, kMost),
+            number(audio, kFewAudio, 0, kMost)};
         if (host.desktop) {
             return u"--scenes, --items and --audio are for the stand-in, and --desktop-port is without it."_s;
         }
         auto const objects = StandInModel::objectCount(size->scenes, size->items, size->audio);
-        if (problem.isEmpty() && objects > kMostObjects) {
-            return u"%1 scenes with %2 items each and %3 audio sources are %4 in all; the stand-in takes %5."_s
-                .arg(size->scenes)
-                .arg(size->items)
-                .arg(size->audio)
-                .arg(objects)
-                .arg(kMostObjects);
+        if (problem.isEmpty() && objects > StandInModel::kMostObjects) {
+            return u"%1 scenes with %2 items each and %3 audio sources are %4 in all; the stand-in takes %5, "
+                   "which is %6 such scenes."_s.arg(size->scenes)
+                       .arg(size->items)
+                       .arg(size->audio)
+                       .arg(objects)
+                       .arg(StandInModel::kMostObjects)
+                       .arg(std::max(0, StandInModel::kMostObjects - size->audio) / (1 + size->items));
         }
     }
     if (!problem.isEmpty()) {

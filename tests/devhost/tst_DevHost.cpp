@@ -12,6 +12,8 @@
 #include <QTemporaryFile>
 #include <QTest>
 
+#include <iterator>
+
 using namespace Qt::StringLiterals;
 
 class tst_DevHost : public QObject
@@ -20,7 +22,6 @@ class tst_DevHost : public QObject
 
 private slots:
     void matchesJson();
-    void parsesLines_data();
     void parsesLines();
     void runs_data();
     void runs();
@@ -29,6 +30,16 @@ private slots:
     void usesARunningDesktop();
     void keepsKeysToTheirOwner();
 };
+
+namespace {
+
+QStringList linesOf(QString const& file)
+{
+    QFile lines(QStringLiteral(LUMEN_TEST_FOLDER) + u'/' + file);
+    return lines.open(QIODevice::ReadOnly) ? QString::fromUtf8(lines.readAll()).split(u'\n') : QStringList();
+}
+
+} // namespace
 
 void tst_DevHost::matchesJson()
 {
@@ -54,60 +65,23 @@ void tst_DevHost::matchesJson()
     }
 }
 
-void tst_DevHost::parsesLines_data()
-{
-    QTest::addColumn<QString>("line");
-    QTest::addColumn<QString>("error"); // a part of it; empty: the line is good
-
-    for (auto const* good : {"", "   ", "# log", "log it's \"{", "task queryScenes",
-             R"(task queryScenes {"a":{"b":"}"}})", "host connect", "expect onQueryScenes",
-             R"(expect onQueryScenes {"list":[{"nodes":[{"visible":true}]}]} within 5)",
-             "expect onQueryScenes within 0", "expect-led STREAM on", "\texpect-led\tRECORD off within 9",
-             "desktop start", R"(desktop rename-scene "a b" "ä\u00e4 \"")", "wait 0", "quit"}) {
-        QTest::addRow("good: %s", good) << QString::fromUtf8(good) << QString();
-    }
-    auto const bad = [](char const* line, char const* error) {
-        QTest::addRow("bad: %s", line) << QString::fromUtf8(line) << QString::fromUtf8(error);
-    };
-    bad("task", "5 TASK is missing");
-    bad(R"(task {"a":1})", "6 TASK is missing");
-    bad(R"(task x{"a":1})", "7 a blank is missing");
-    bad("task queryScenes y", "18 there is more on the line");
-    bad("task dance", "6 \"dance\" is no TASK, but these are: queryAuthState,");
-    bad("expect dance", "8 \"dance\" is no TASK, but these are: onQuery");
-    bad(R"(task x {"a":})", "8 ");
-    bad(R"(  task x {"a":1)", "10 this has no end");
-    bad("settings 0", "JSON is missing");
-    bad("expect-key 0 within 5", "JSON is missing");
-    bad("expect-panel 0 btnRefresh", "JSON is missing");
-    bad(R"(task "x)", "this has no end");
-    bad("host sing", "\"sing\" is not connect|disconnect|reconnect");
-    bad("expect onQueryScenes within", "28 MS is missing");
-    bad("expect onQueryScenes within soon", "29 \"soon\" is not a number");
-    bad("expect-led BLINK on", "\"BLINK\" is not STREAM|RECORD");
-    bad("expect-led STREAM maybe", "\"maybe\" is not on|off");
-    bad("desktop dance", "9 \"dance\" is no CONTROL");
-    bad("desktop scene", "14 SCENE is missing (desktop scene SCENE)");
-    bad(R"(expect-key 0 {"title":"","titel":""})",
-        R"(26 "titel" is no member, but these are: icon, invalid, title)");
-    bad(R"(expect onQueryScenes {"list":[{"nodes":[{"nme":""}]}]})", R"(42 "nme" is no member)");
-    bad(R"(expect-panel 0 x {"txt":""})", R"("txt" is no member)");
-    bad("wait -1", "not a number of milliseconds");
-}
-
 void tst_DevHost::parsesLines()
 {
-    QFETCH(QString, line);
-    QFETCH(QString, error);
-    auto const result = ScriptParser::parse(line, 7);
-    QCOMPARE(result.error.isEmpty(), error.isEmpty());
-    QString const told = u"%1 %2"_s.arg(result.column).arg(result.error);
-    QVERIFY2(told.contains(error), qPrintable(told));
-    bool const isStep = error.isEmpty() && !line.trimmed().isEmpty() && !line.startsWith(u'#');
-    QCOMPARE(result.step.has_value(), isStep);
-    if (isStep) {
-        QCOMPARE(result.step->lineNumber, 7);
+    int number = 0;
+    auto const lines = linesOf(u"lines.txt"_s);
+    for (auto line = lines.begin(); line != lines.end(); ++line) {
+        auto const result = ScriptParser::parse(*line, ++number);
+        bool const isWrong = std::next(line) != lines.end() && std::next(line)->startsWith(u'!');
+        QString const told = u"! %1 %2"_s.arg(result.column).arg(result.error);
+        QVERIFY2(result.error.isEmpty() != isWrong, qPrintable(*line + told));
+        bool const isStep = !isWrong && !line->trimmed().isEmpty() && !line->startsWith(u'#');
+        QVERIFY2(result.step.has_value() == isStep, qPrintable(*line));
+        QVERIFY(!isStep || result.step->lineNumber == number);
+        if (isWrong) {
+            QVERIFY2(told.startsWith(*++line), qPrintable(told));
+        }
     }
+    QVERIFY(number > 40);
 }
 
 namespace {
@@ -124,14 +98,11 @@ struct Run
 // The script that README.md shows.
 QByteArray linesOfReadme()
 {
-    QFile file(QStringLiteral(LUMEN_TEST_README));
+    QStringList const all = linesOf(u"../../README.md"_s);
     QByteArray lines;
-    if (file.open(QIODevice::ReadOnly)) {
-        bool isScript = false;
-        for (QByteArray const& line : file.readAll().split('\n')) {
-            isScript = isScript ? line.isEmpty() || line.startsWith("    ") : line == "lines such as";
-            lines += isScript && line.startsWith("    ") ? line + '\n' : QByteArray();
-        }
+    for (auto line = all.begin() + all.indexOf("lines such as"_L1) + 1;
+        line != all.end() && (line->isEmpty() || line->startsWith("    "_L1)); ++line) {
+        lines += line->toUtf8() + '\n';
     }
     return lines;
 }
@@ -166,110 +137,52 @@ void tst_DevHost::runs_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QByteArray>("script"); // null: none
     QTest::addColumn<int>("exitCode");
-    QTest::addColumn<QString>("says");
+    QTest::addColumn<QStringList>("says");
 
-    auto const row = [](char const* name, QStringList const& arguments, QByteArray const& script,
-                         int exitCode, char const* says) {
-        QTest::newRow(name) << arguments << script << exitCode << QString::fromUtf8(says);
-    };
-    row("help", {u"--help"_s}, {}, 0, "desktop rename-scene SCENE NAME");
-    row("tour", {}, {}, 0, "Done:");
-    row("the lines of README.md", {}, linesOfReadme(), 0, "Done: 3 expectations held");
-    row("no place for a picture", {u"--picture"_s, u"/nowhere/a.png"_s}, "expect onQueryScenes", 1,
-        "The picture /nowhere/a.png cannot be written.");
-    row("picture", {u"--picture"_s, u"lumen-console.png"_s}, "expect onQueryScenes", 0,
-        "picture: lumen-console.png");
-    row("empty script", {}, "\n# nothing\n", 0, "Done: 0 expectations");
-    row("all holds", {},
-        "expect onQueryScenes {\"list\":[{}]}\nexpect-led STREAM off\nquit\ndesktop scene Nowhere", 0,
-        "Done: 2 expectations held");
-    row("size of the model", {u"--scenes"_s, u"3"_s, u"--items"_s, u"2"_s, u"--audio"_s, u"1"_s},
-        "expect onQueryScenes {\"list\":[{\"name\":\"Scene 3\",\"nodes\":[{},{}]}]}", 0,
-        "3 scenes with 6 nodes");
-    row("something else came", {}, "expect onQueryStreamingStatus {\"streamingStatus\":\"live\"} within 300",
-        1, "came last with this task: {\"streamingStatus\":\"offline\",\"task\":\"onQueryStreamingStatus\"}");
-    row("nothing of the kind came", {}, "expect onQueryCollections within 300", 1,
-        "came: nothing with this task, but");
-    row("the LED stays dark", {}, "expect onQueryScenes\nexpect-led STREAM on within 100", 1,
-        "test.script:2:1: expect-led STREAM on");
-    row("wrong lines", {}, "log a\n\nmake coffee\ndesktop scene Nowhere\ntask dance\n", 2,
-        "test.script:3:1: \"make\" is no command");
-    row("and the last of them", {}, "log a\n\nmake coffee\ndesktop scene Nowhere\ntask dance\n", 2,
-        "test.script:5:6: \"dance\" is no TASK");
-    row("no such scene", {}, "desktop scene Nowhere", 2,
-        "test.script:1:1: desktop scene Nowhere: \"Nowhere\" is none of \"Starting Soon");
-    row("wrong line behind the end", {}, "desktop scene Nowhere\nquit\nmake coffee", 2,
-        "test.script:3:1: \"make\"");
-    row("script without a name", {u"--script"_s, QString()}, {}, 2, "--script needs a file");
-    row("no such script", {u"--script"_s, u"/nowhere"_s}, {}, 2, "The script /nowhere cannot be read.");
-    row("unknown option", {u"--dance"_s}, {}, 2, "dance");
-    row("stray word", {u"dance"_s}, {}, 2, "What is \"dance\"?");
-    row("no number", {u"--scenes"_s, u"many"_s}, {}, 2, "--scenes takes a number from 1");
-    row("port without a token", {u"--desktop-port"_s, u"59650"_s}, {}, 2, "go together");
-    row("token without a port", {u"--desktop-token-file"_s, QStringLiteral(LUMEN_TEST_README)}, {}, 2,
-        "go together");
-    row("two tokens",
-        {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s, u"--desktop-token-file"_s, u"f"_s}, {}, 2,
-        "two ways");
-    row("no such token file", {u"--desktop-port"_s, u"1"_s, u"--desktop-token-file"_s, u"/nowhere"_s}, {}, 2,
-        "The token file /nowhere cannot be read");
-    row("empty token file", {u"--desktop-port"_s, u"1"_s, u"--desktop-token-file"_s, u"/dev/null"_s}, {}, 2,
-        "The token file /dev/null cannot be read or is empty");
-    row("port and size", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s, u"--audio"_s, u"2"_s},
-        {}, 2, "are for the stand-in");
-    row("tour of a real application", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s}, {}, 2,
-        "needs a --script");
-    row("no folder", {u"--config-dir"_s, QString()}, "quit", 2, "--config-dir needs a folder");
-    row("waits for what can be chosen", {},
-        "desktop stop\nplace mute\ndesktop start\nchoose 0 dropdownAudioList Mic/Aux\n"
-        "expect-settings 0 {\"audio_source_name\":\"Mic/Aux\"}",
-        0, "Done: 1");
-    row("cannot be chosen", {},
-        "place mute\nexpect onQueryAudioList {\"list\":[{}]}\nchoose 0 dropdownAudioList No within 50", 1,
-        "but \"Desktop Audio\", \"Mic/Aux\"");
-    row("is not there", {}, "place mute\ntype 0 no x within 0", 1, "but lineEdtPluginTitle");
-    row("after many lists", {},
-        "expect onQueryAudioList\ndesktop stream on\nexpect-led STREAM on\n" +
-            QByteArray("desktop drag Webcam\n").repeated(300) +
-            "desktop record on\nexpect-led RECORD on\n"
-            "expect onQueryStreamingStatus {\"streamingStatus\":\"starting\"}",
-        0, "Done: 4");
-    row("after more than is kept", {},
-        "expect onQueryAudioList\ntask toggleRecordingStatus\nexpect-led RECORD on\n" +
-            QByteArray("task queryStreamingStatus\n").repeated(2000) +
-            "task toggleRecordingStatus\nexpect-led RECORD off\n"
-            "expect onQueryRecordingStatus {\"recordingStatus\":\"recording\"} within 0",
-        1, "came last with this task: {\"recordingStatus\":");
-    row("a wrong token", {}, "expect onQueryAudioList\nhost reconnect wrong\nwait 500", 0,
-        "the stand-in refuses a client: its token is wrong");
-    row("control of a real application", {u"--desktop-port"_s, u"1"_s, u"--desktop-token"_s, u"t"_s},
-        "desktop stop", 2, "a running Streamlabs Desktop is used");
-    row("no library", {u"--plugin"_s, u"/nowhere/lib"_s}, {}, 2, "/nowhere/lib");
-    QString const faulty = QStringLiteral(LUMEN_TEST_FAULTY_LIBRARY);
-    row("check", {u"--check"_s, QStringLiteral(LUMEN_TEST_LIBRARY)}, {}, 0, "Done: nothing is amiss");
-    row("check of no package", {u"--check"_s, QStringLiteral(LUMEN_TEST_QT_LIBRARY)}, {}, 1,
-        "Amiss: library");
-    row("check and script", {u"--check"_s, faulty}, "quit", 2, "neither a script");
-    for (char const* amiss : {"no \"category\"; no \"title\"; no \"icon\"; no version; action 0 has no",
-             "faulty.one is there twice", "labels, ko_KR                     no text for LAB_ONE",
-             "it has no panel", "it has 1 titles and 2 icons", ":/nowhere.png is missing",
-             ":/qt-project.org is no picture", "AMISS  faulty.none                       it cannot be made",
-             "AMISS  memory"}) {
-        row(amiss, {u"--check"_s, faulty}, {}, 1, amiss);
+    QTest::newRow("the lines of README.md")
+        << QStringList() << linesOfReadme() << 0 << QStringList{u"Done: 3 expectations held"_s};
+    for (QString const& run : linesOf(u"runs.txt"_s).join(u'\n').split(u"\n== "_s).sliced(1)) {
+        QStringList const lines = run.split(u'\n', Qt::SkipEmptyParts);
+        QStringList arguments;
+        QByteArray script;
+        int exitCode = -1;
+        QStringList says;
+        for (QString const& line : lines.sliced(1)) {
+            if (line.startsWith("$ "_L1)) {
+                arguments = line.sliced(2).split(u' ');
+                arguments.replaceInStrings(u"\"\""_s, QString());
+                arguments.replaceInStrings(u"README"_s, QStringLiteral(LUMEN_TEST_FOLDER "/../../README.md"));
+                arguments.replaceInStrings(u"FAULTY"_s, QStringLiteral(LUMEN_TEST_FAULTY_LIBRARY));
+                arguments.replaceInStrings(u"LIBRARY"_s, QStringLiteral(LUMEN_TEST_LIBRARY));
+                arguments.replaceInStrings(u"QT"_s, QStringLiteral(LUMEN_TEST_QT_LIBRARY));
+            } else if (line.startsWith("= "_L1)) {
+                exitCode = line.sliced(2).toInt();
+            } else if (line.startsWith(": "_L1)) {
+                says.append(line.sliced(2));
+            } else {
+                bool const repeats = line.startsWith(u'*');
+                QString const text = repeats ? line.section(u' ', 1) : line;
+                script += (text + u'\n')
+                              .toUtf8()
+                              .repeated(repeats ? line.sliced(1).section(u' ', 0, 0).toInt() : 1);
+            }
+        }
+        QTest::newRow(qPrintable(lines.first())) << arguments << script << exitCode << says;
     }
-    row("not a package", {u"--plugin"_s, QStringLiteral(LUMEN_TEST_QT_LIBRARY)}, {}, 2,
-        "exports no function \"sdk\"");
 }
 
 void tst_DevHost::runs()
 {
     QFETCH(QStringList, arguments);
     QFETCH(QByteArray, script);
-    QFETCH(int, exitCode);
-    QFETCH(QString, says);
+    QFETCH(QStringList, says);
     Run const result = run(arguments, script);
-    QVERIFY2(result.exitCode == exitCode, qPrintable(result.out + result.err));
-    QVERIFY2((result.out + result.err).contains(says), qPrintable(result.out + result.err));
+    QString const said = result.out + result.err;
+    QTEST(result.exitCode, "exitCode");
+    QVERIFY(!says.isEmpty());
+    for (auto const& part : says) {
+        QVERIFY2(said.contains(part), qPrintable(part + u" is not in:\n"_s + said));
+    }
     QCOMPARE(!result.picture.isNull(), result.out.contains("The window's picture: "_L1));
 }
 

@@ -8,7 +8,6 @@
 #include <QSignalSpy>
 #include <QTcpSocket>
 #include <QTest>
-#include <QWebSocket>
 
 #include <optional>
 
@@ -24,6 +23,11 @@ QByteArray const upgrade = "Upgrade: websocket\r\nConnection: Upgrade\r\n"
 struct RawClient
 {
     explicit RawClient(quint16 port) { socket.connectToHost(u"127.0.0.1"_s, port); }
+    //! Asks for an upgrade.
+    RawClient(quint16 port, QByteArray fields) : RawClient(port)
+    {
+        socket.write(requestLine + fields.replace("PORT", QByteArray::number(port)) + upgrade + "\r\n");
+    }
 
     //! The status in the answer, or nothing when there is none.
     QByteArray status()
@@ -65,29 +69,29 @@ private slots:
     {
         QTest::addColumn<QByteArray>("fields"); // PORT stands for the server's
         QTest::addColumn<QByteArray>("status");
-        for (auto const* good : {"Host: 127.0.0.1:PORT\r\n", "hOsT:LocalHost:PORT \r\n",
-                 "Host: [::1]:PORT\r\n", "Host: 127.9.9.9:PORT\r\n", "Host: localhost:PORT\r\nOrigin:\r\n",
-                 "X-Origin: http://a\r\nHost: localhost:PORT\r\n"}) {
-            QTest::newRow(QByteArray(good).simplified().constData()) << QByteArray(good) << QByteArray("101");
+        std::pair<QByteArray, QByteArrayList> const expected[] = {
+            {"101", {"Host: 127.0.0.1:PORT\r\n", "hOsT:LocalHost:PORT \r\n", "Host: [::1]:PORT\r\n",
+                        "Host: 127.9.9.9:PORT\r\n", "Host: localhost:PORT\r\nOrigin:\r\n",
+                        "X-Origin: http://a\r\nHost: localhost:PORT\r\n"}},
+            {"403",
+                {"", "Host:\r\n", "Host: localhost\r\n", "Host: localhost:1\r\n", "Host: PORT\r\n",
+                    "Host: :PORT\r\n", "Host: evil.example:PORT\r\n", "Host: localhost.evil.example:PORT\r\n",
+                    "Host: 127.0.0.1.evil.example:PORT\r\n", "Host: 192.168.0.1:PORT\r\n",
+                    "Host: 0.0.0.0:PORT\r\n", "Host: localhost:PORT\r\nHost: localhost:PORT\r\n",
+                    "Host: localhost:PORT\r\nOrigin: http://localhost:PORT\r\n",
+                    "Host: localhost:PORT\r\noRIGIN:null\r\n",
+                    "Origin: \r\nHost: localhost:PORT\r\nOrigin: \r\n"}},
+            {"400",
+                {"Host: localhost:PORT\r\nX: y\nOrigin: http://a\r\n",
+                    "Host: localhost:PORT\r\nX: y\rZ: z\r\n", "Host: localhost:PORT\r\nOrigin : http://a\r\n",
+                    "Host: localhost:PORT\r\n Origin: http://a\r\n", "Host: localhost:PORT\r\nOrigin\r\n"}},
+            {"431", {"Host: localhost:PORT\r\nX: " + QByteArray(17000, 'x') + "\r\n"}}};
+        for (auto const& [status, heads] : expected) {
+            for (auto const& fields : heads) {
+                QTest::addRow("%s: %s", status.constData(), fields.left(60).simplified().constData())
+                    << fields << status;
+            }
         }
-        for (auto const* bad :
-            {"", "Host:\r\n", "Host: localhost\r\n", "Host: localhost:1\r\n", "Host: PORT\r\n",
-                "Host: :PORT\r\n", "Host: evil.example:PORT\r\n", "Host: localhost.evil.example:PORT\r\n",
-                "Host: 127.0.0.1.evil.example:PORT\r\n", "Host: 192.168.0.1:PORT\r\n",
-                "Host: 0.0.0.0:PORT\r\n", "Host: localhost:PORT\r\nHost: localhost:PORT\r\n",
-                "Host: localhost:PORT\r\nOrigin: http://localhost:PORT\r\n",
-                "Host: localhost:PORT\r\noRIGIN:null\r\n",
-                "Origin: \r\nHost: localhost:PORT\r\nOrigin: \r\n"}) {
-            QTest::newRow(QByteArray(bad).simplified().constData()) << QByteArray(bad) << QByteArray("403");
-        }
-        for (auto const* malformed : {"Host: localhost:PORT\r\nX: y\nOrigin: http://a\r\n",
-                 "Host: localhost:PORT\r\nX: y\rZ: z\r\n", "Host: localhost:PORT\r\nOrigin : http://a\r\n",
-                 "Host: localhost:PORT\r\n Origin: http://a\r\n", "Host: localhost:PORT\r\nOrigin\r\n"}) {
-            QTest::newRow(QByteArray(malformed).simplified().constData())
-                << QByteArray(malformed) << QByteArray("400");
-        }
-        QTest::addRow("large") << "Host: localhost:PORT\r\nX: " + QByteArray(17000, 'x') + "\r\n"
-                               << QByteArray("431");
     }
 
     void judges()
@@ -95,24 +99,9 @@ private slots:
         QFETCH(QByteArray, fields);
         QFETCH(QByteArray, status);
         for (quint16 const port : {relay.port(), standIn.port()}) {
-            RawClient client(port);
-            QByteArray const head =
-                requestLine + QByteArray(fields).replace("PORT", QByteArray::number(port)) + upgrade + "\r\n";
-            client.socket.write(head);
+            RawClient client(port, fields);
             QCOMPARE(client.status(), status);
             QVERIFY(status == "101" || client.ends());
-        }
-    }
-
-    void letsOurClientsIn()
-    {
-        for (auto const& [origin, isWelcome] : {std::pair(u""_s, true), {u"http://localhost"_s, false}}) {
-            QWebSocket client(origin);
-            client.open(QUrl(u"ws://localhost:%1"_s.arg(relay.port())));
-            QTRY_VERIFY(relay.clientCount() == 1 || client.state() == QAbstractSocket::UnconnectedState);
-            QCOMPARE(relay.clientCount() == 1, isWelcome);
-            client.abort();
-            QTRY_COMPARE(relay.clientCount(), 0);
         }
     }
 
@@ -153,9 +142,7 @@ private slots:
     {
         for (auto const& [port, line] : {std::pair(relay.port(), u"warning: relay: client"_s),
                  {standIn.port(), u"warning: the stand-in: a connection has ended"_s}}) {
-            RawClient client(port);
-            client.socket.write(
-                requestLine + "Host: localhost:" + QByteArray::number(port) + "\r\n" + upgrade + "\r\n");
+            RawClient client(port, "Host: localhost:PORT\r\n");
             QCOMPARE(client.status(), "101");
             client.socket.write(QByteArray::fromHex("81ff000000000400000100000000"));
             QVERIFY(client.ends());
@@ -168,9 +155,7 @@ private slots:
     {
         for (quint16 const port : {relay.port(), standIn.port()}) {
             for (int i = 0; i < 20; ++i) {
-                RawClient client(port);
-                client.socket.write(
-                    requestLine + "Host: localhost:" + QByteArray::number(port) + "\r\n" + upgrade + "\r\n");
+                RawClient client(port, "Host: localhost:PORT\r\n");
                 QVERIFY(client.socket.waitForConnected());
                 client.socket.flush();
                 i % 2 == 0 ? client.socket.abort() : client.socket.close();
