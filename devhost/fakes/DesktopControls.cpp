@@ -14,7 +14,7 @@ using Part = DesktopControl::Part;
 using Words = QStringList const&;
 using Desktop = StreamlabsStandIn&;
 
-bool isOn(QString const& word)
+bool meansOn(QString const& word)
 {
     return word == "on"_L1;
 }
@@ -57,9 +57,9 @@ std::span<DesktopControl const> DesktopControls::all()
     static QString const onOff = u"on|off"_s;
     static std::array const controls = std::to_array<DesktopControl>({
         {u"stream"_s, Part::Application, {onOff}, u"Go &live|End the &stream"_s,
-            [](Desktop d, Words w) { return d.isRunning() && d.model().setStreaming(isOn(w[0])); }},
+            [](Desktop d, Words w) { return d.isRunning() && d.model().setStreaming(meansOn(w[0])); }},
         {u"record"_s, Part::Application, {onOff}, u"&Record|Stop the &recording"_s,
-            [](Desktop d, Words w) { return d.isRunning() && d.model().setRecording(isOn(w[0])); }},
+            [](Desktop d, Words w) { return d.isRunning() && d.model().setRecording(meansOn(w[0])); }},
         {u"interrupt"_s, Part::Application, {}, u"&Interrupt a live stream, which reconnects"_s,
             [](Desktop d, Words) { return d.isRunning() && d.model().interruptStream(); }},
         {u"start"_s, Part::Application, {}, u"Start the &application"_s,

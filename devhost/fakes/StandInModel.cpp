@@ -358,13 +358,6 @@ QString StandInModel::sceneId(QString const& target) const
     return scene ? scene->id : QString();
 }
 
-QString StandInModel::itemId(QString const& target) const
-{
-    Collection const* const collection = loaded();
-    Node const* const item = collection ? collection->findNode(target, Kind::Item) : nullptr;
-    return item ? item->id : QString();
-}
-
 QString StandInModel::audioSourceId(QString const& target) const
 {
     Collection const* const collection = loaded();

@@ -109,7 +109,6 @@ public:
     QString activeSceneId() const;
     //! The id of a target given by id or name.
     QString sceneId(QString const& target) const;
-    QString itemId(QString const& target) const;
     QString audioSourceId(QString const& target) const;
     //! {"id", "name", "nodes": [item or folder, …]}
     QJsonArray scenes() const;
