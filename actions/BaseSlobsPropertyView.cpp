@@ -26,6 +26,7 @@ QString panelStyle()
 BaseSlobsPropertyView { background: rgb(40,40,40); }
 #txtSceneListTitle, #txtSceneItemListTitle, #txtAudioListTitle { color: rgb(161,161,161); font: bold 12px; }
 #txtWarningMessage { color: #ffb84d; font-size: 12px; }
+#txtChoiceHint { color: rgb(161,161,161); font-size: 12px; }
 BaseSlobsPropertyView > QComboBox { background: #1e1e1e; color: white; font: bold 12px; border: none; border-radius: 3px; padding: 0 7px; }
 BaseSlobsPropertyView > QComboBox:focus { border: 1px solid #ff9900; padding: 0 6px; }
 BaseSlobsPropertyView > QComboBox::drop-down { border: none; width: 24px; }
@@ -130,7 +131,8 @@ QString BaseSlobsPropertyView::nameOf(
     return choice == choices.end() ? fallback : choice->name;
 }
 
-bool BaseSlobsPropertyView::fillChoices(QComboBox* box, QList<Choice> choices, Choice const& configured)
+BaseSlobsPropertyView::Selection BaseSlobsPropertyView::fillChoices(
+    QComboBox* box, QList<Choice> choices, Choice const& configured)
 {
     bool const missing =
         !configured.id.isEmpty() && std::ranges::find(choices, configured.id, &Choice::id) == choices.end();
@@ -156,7 +158,9 @@ bool BaseSlobsPropertyView::fillChoices(QComboBox* box, QList<Choice> choices, C
         box->setCurrentIndex(
             configured.id.isEmpty() ? 0 : static_cast<int>(std::distance(choices.begin(), chosen)));
     }
-    return !missing;
+    return missing                                         ? Selection::Missing
+           : configured.id.isEmpty() && !choices.isEmpty() ? Selection::Nothing
+                                                           : Selection::Fine;
 }
 
 // ---- The login pane
@@ -187,9 +191,16 @@ void BaseSlobsPropertyView::onStreamlabsStateChanged(bool isAuthorized, QString 
     showPane();
 }
 
-void BaseSlobsPropertyView::showInvalidSelection(bool isInvalid)
+void BaseSlobsPropertyView::registerChoiceHint(QLabel* label)
 {
-    selectionIsInvalid = isInvalid;
+    choiceHint = label;
+    choiceHint->clear();
+    choiceHint->hide();
+}
+
+void BaseSlobsPropertyView::showSelection(Selection newSelection)
+{
+    selection = newSelection;
     showPane();
 }
 
@@ -201,12 +212,17 @@ void BaseSlobsPropertyView::showPane()
     QString text;
     if (!link.isUp()) {
         text = tr("LAB_PLUGIN_LAUNCH_STLOBS");
-    } else if (selectionIsInvalid) {
+    } else if (selection == Selection::Missing) {
         text = tr("LAB_INVALID_SELECTION");
     }
     loginLabel->setText(text);
     Visibility::set(loginLabel, !text.isEmpty());
     Visibility::set(loginButton, !link.isUp());
+    if (choiceHint) {
+        bool const asks = text.isEmpty() && selection == Selection::Nothing;
+        choiceHint->setText(asks ? tr("LAB_NOTHING_CHOSEN") : QString());
+        Visibility::set(choiceHint, asks);
+    }
 }
 
 bool BaseSlobsPropertyView::event(QEvent* event)

@@ -43,6 +43,8 @@ public:
     //! The button and the label that ask for a login, hidden at first; in the panel or anywhere. Nothing
     //! unless both are given.
     void registerLoginPane(QPushButton* button, QLabel* label);
+    //! The label that says that nothing is chosen yet and how to choose, in the place of the warning.
+    void registerChoiceHint(QLabel* label);
     //! Appends an entry that is shown but cannot be chosen.
     static void addDisabledItemToLast(QComboBox* box, QString const& text, QVariant const& data);
 
@@ -86,13 +88,17 @@ protected:
     //! The name of the choice \a id, or \a fallback.
     static QString nameOf(QList<Choice> const& choices, QString const& id, QString const& fallback);
 
-    //! Fills \a box with \a choices and selects \a configured. Where that is missing it is appended as an
-    //! entry that cannot be chosen; where nothing is configured the first entry shows. False when it is
-    //! missing. A box that holds all that already is left alone.
-    bool fillChoices(QComboBox* box, QList<Choice> choices, Choice const& configured);
+    //! What a list says of what is configured: it is there (or there is nothing to choose from), nothing is
+    //! configured, or it is not in the list. Of two lists the greater counts.
+    enum class Selection { Fine, Nothing, Missing };
 
-    //! The warning below the lists that what is configured is not in them, while the link is there.
-    void showInvalidSelection(bool isInvalid);
+    //! Fills \a box with \a choices and selects \a configured. Where that is missing it is appended as an
+    //! entry that cannot be chosen; where nothing is configured the first entry shows. A box that holds all
+    //! that already is left alone.
+    Selection fillChoices(QComboBox* box, QList<Choice> choices, Choice const& configured);
+
+    //! The sentence below the lists about what is configured, while the link is there.
+    void showSelection(Selection newSelection);
 
     bool event(QEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -115,6 +121,7 @@ private:
     QPointer<BasePropertyWidget> frame;
     QPointer<QPushButton> loginButton;
     QPointer<QLabel> loginLabel;
-    bool selectionIsInvalid = false;
+    QPointer<QLabel> choiceHint;
+    Selection selection = Selection::Fine;
     QStringList stateNames;
 };

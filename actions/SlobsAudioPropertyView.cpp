@@ -17,6 +17,7 @@ SlobsAudioPropertyView::SlobsAudioPropertyView(QWidget* parent)
     ui->setupUi(this);
     init(ui->base);
     registerLoginPane(ui->btnGoAuth, ui->txtWarningMessage);
+    registerChoiceHint(ui->txtChoiceHint);
     connect(ui->dropdownAudioList, &QComboBox::activated, this, &SlobsAudioPropertyView::onAudioSourceChosen);
 }
 
@@ -41,11 +42,11 @@ void SlobsAudioPropertyView::onWidgetMessageReceived(QJsonObject const& message)
 
 void SlobsAudioPropertyView::refreshAudioList()
 {
-    bool const found = fillChoices(ui->dropdownAudioList, sources, {source.id, source.name});
-    if (!found) {
+    Selection const ofSource = fillChoices(ui->dropdownAudioList, sources, {source.id, source.name});
+    if (ofSource == Selection::Missing) {
         qDebug() << "FIXME: No audio source found in the list";
     }
-    showInvalidSelection(!found);
+    showSelection(ofSource);
 }
 
 void SlobsAudioPropertyView::onAudioSourceChosen()

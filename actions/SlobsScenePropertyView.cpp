@@ -14,6 +14,7 @@ SlobsScenePropertyView::SlobsScenePropertyView(QWidget* parent)
     ui->setupUi(this);
     init(ui->base);
     registerLoginPane(ui->btnGoAuth, ui->txtWarningMessage);
+    registerChoiceHint(ui->txtChoiceHint);
     connect(ui->dropdownSceneList, &QComboBox::activated, this, &SlobsScenePropertyView::onSceneChosen);
     connect(ui->btnRefresh, &QPushButton::clicked, this,
         [this] { emit sendToWidget(SlobsPanelMessages::toTask(SlobsPanelMessages::kRefreshScene)); });
@@ -40,8 +41,7 @@ void SlobsScenePropertyView::onWidgetMessageReceived(QJsonObject const& message)
 
 void SlobsScenePropertyView::refreshSceneList()
 {
-    bool const found = fillChoices(ui->dropdownSceneList, scenes, {scene.id, scene.name});
-    showInvalidSelection(!found);
+    showSelection(fillChoices(ui->dropdownSceneList, scenes, {scene.id, scene.name}));
 }
 
 void SlobsScenePropertyView::retranslateUi()

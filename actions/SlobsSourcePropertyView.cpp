@@ -21,6 +21,7 @@ SlobsSourcePropertyView::SlobsSourcePropertyView(QWidget* parent)
     ui->setupUi(this);
     init(ui->base);
     registerLoginPane(ui->btnGoAuth, ui->txtWarningMessage);
+    registerChoiceHint(ui->txtChoiceHint);
     connect(ui->dropdownSceneList, &QComboBox::activated, this, &SlobsSourcePropertyView::onSceneChosen);
     connect(
         ui->dropdownSceneItemList, &QComboBox::activated, this, &SlobsSourcePropertyView::onSceneItemChosen);
@@ -50,12 +51,12 @@ void SlobsSourcePropertyView::refreshLists()
 {
     auto const choices = toChoices(scenes, &Scene::id);
     scene.name = nameOf(choices, scene.id, scene.name);
-    bool const sceneFound = fillChoices(ui->dropdownSceneList, choices, {scene.id, scene.name});
-    bool const itemFound = refreshSceneItemList();
-    showInvalidSelection(!sceneFound || !itemFound);
+    Selection const ofScene = fillChoices(ui->dropdownSceneList, choices, {scene.id, scene.name});
+    Selection const ofItem = refreshSceneItemList();
+    showSelection(std::max(ofScene, ofItem));
 }
 
-bool SlobsSourcePropertyView::refreshSceneItemList()
+BaseSlobsPropertyView::Selection SlobsSourcePropertyView::refreshSceneItemList()
 {
     auto const shown =
         std::ranges::find(std::as_const(scenes), ui->dropdownSceneList->currentData().toString(), &Scene::id);

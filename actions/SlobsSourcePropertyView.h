@@ -28,7 +28,7 @@ protected:
 private:
     void refreshLists();
     //! False when the chosen item is gone.
-    bool refreshSceneItemList();
+    Selection refreshSceneItemList();
     void onSceneChosen();
     void onSceneItemChosen();
 

@@ -27,7 +27,11 @@
     </message>
     <message>
         <source>LAB_INVALID_SELECTION</source>
-        <translation>Die gewählte Szene oder Quelle existiert nicht mehr. Wähle eine andere aus der Liste.</translation>
+        <translation>Der gewählte Eintrag ist nicht in der aktuellen Szenensammlung. Er kann in einer anderen sein oder gelöscht.</translation>
+    </message>
+    <message>
+        <source>LAB_NOTHING_CHOSEN</source>
+        <translation>Noch ist nichts gewählt. Wähle einen Eintrag, auch den angezeigten, dann gilt er für diese Taste.</translation>
     </message>
 </context>
 <context>

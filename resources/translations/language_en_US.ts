@@ -27,7 +27,11 @@
     </message>
     <message>
         <source>LAB_INVALID_SELECTION</source>
-        <translation>The chosen scene or source no longer exists. Choose another one from the list.</translation>
+        <translation>The chosen entry is not in the scene collection that is in use. It may be in another one, or have been deleted.</translation>
+    </message>
+    <message>
+        <source>LAB_NOTHING_CHOSEN</source>
+        <translation>Nothing is chosen yet. Choose an entry, even the one that is shown, and this key uses it.</translation>
     </message>
 </context>
 <context>

@@ -27,7 +27,11 @@
     </message>
     <message>
         <source>LAB_INVALID_SELECTION</source>
-        <translation>選択したシーンまたはソースはもう存在しません。リストから選択し直してください。</translation>
+        <translation>選択した項目は現在のシーンコレクションにありません。別のコレクションにあるか、削除された可能性があります。</translation>
+    </message>
+    <message>
+        <source>LAB_NOTHING_CHOSEN</source>
+        <translation>まだ何も選択されていません。表示中の項目でも、リストから選ぶとこのキーに設定されます。</translation>
     </message>
 </context>
 <context>

@@ -27,7 +27,11 @@
     </message>
     <message>
         <source>LAB_INVALID_SELECTION</source>
-        <translation>선택한 장면 또는 소스가 더 이상 존재하지 않습니다. 목록에서 다시 선택하세요.</translation>
+        <translation>선택한 항목이 현재 장면 컬렉션에 없습니다. 다른 컬렉션에 있거나 삭제되었을 수 있습니다.</translation>
+    </message>
+    <message>
+        <source>LAB_NOTHING_CHOSEN</source>
+        <translation>아직 아무것도 선택되지 않았습니다. 표시된 항목이라도 목록에서 선택하면 이 키에 적용됩니다.</translation>
     </message>
 </context>
 <context>

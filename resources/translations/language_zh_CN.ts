@@ -27,7 +27,11 @@
     </message>
     <message>
         <source>LAB_INVALID_SELECTION</source>
-        <translation>所选场景或来源已不存在，请从列表中重新选择。</translation>
+        <translation>所选项目不在当前场景集合中，可能在其他集合中，也可能已被删除。</translation>
+    </message>
+    <message>
+        <source>LAB_NOTHING_CHOSEN</source>
+        <translation>尚未选择任何项目。从列表中选择一项（包括当前显示的一项）后，此按键即会使用它。</translation>
     </message>
 </context>
 <context>

@@ -27,7 +27,11 @@
     </message>
     <message>
         <source>LAB_INVALID_SELECTION</source>
-        <translation>所選的場景或來源已不存在，請從清單中重新選擇。</translation>
+        <translation>所選項目不在目前的場景集合中，可能在其他集合中，也可能已被刪除。</translation>
+    </message>
+    <message>
+        <source>LAB_NOTHING_CHOSEN</source>
+        <translation>尚未選擇任何項目。從清單中選擇一項（包括目前顯示的一項）後，此按鍵即會使用它。</translation>
     </message>
 </context>
 <context>
