@@ -191,7 +191,7 @@ QString RelayServer::handle(QWebSocket* client, QJsonObject const& command)
             wanted.append(subject.toString());
         }
         if (!command.value("subjects"_L1).isArray() || wanted.contains(QString())) {
-            return u"\"subjects\" is not a list of wanted"_s;
+            return u"\"subjects\" is not a list of names"_s;
         }
         subscribe(client, wanted, command);
         acknowledge({{u"task"_s, task}, {u"subjects"_s, subjects}});
