@@ -59,7 +59,6 @@ void check(QJsonObject const& message)
 //! The text that is being handled, innermost last.
 QList<QByteArrayView> handled;
 QByteArrayView inside;
-std::array<SlobsAgent, 2>* agents = nullptr;
 
 void receive(SlobsAgent& agent, QByteArrayView text)
 {
@@ -69,14 +68,14 @@ void receive(SlobsAgent& agent, QByteArrayView text)
     handled.removeLast();
 }
 
-void onMessage(QJsonObject const& message)
+void onMessage(SlobsAgent& other, QJsonObject const& message)
 {
 
     auto const alone = QJsonDocument::fromJson(QString::fromUtf8(handled.last()).toUtf8()).object();
     Fuzz::require(message == alone, "a message is parsed as if alone");
     check(message);
     if (!inside.isEmpty()) {
-        receive(agents->back(), std::exchange(inside, {}));
+        receive(other, std::exchange(inside, {}));
         check(message);
     }
 }
@@ -87,11 +86,11 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 {
     using namespace SlobsAgentPrivate;
     std::array<SlobsAgent, 2> both;
-    agents = &both;
     for (auto& agent : both) {
         for (auto const& task : {kQueryScenesResult, kQueryCollectionsResult, kQueryAudioListResult,
                  kQueryStreamingStatusResult, kQueryRecordingStatusResult, kQueryAuthStateResult}) {
-            agent.addRccEventHandler(task, onMessage);
+            agent.addRccEventHandler(
+                task, [&other = both.back()](QJsonObject const& message) { onMessage(other, message); });
         }
     }
     inside = {};

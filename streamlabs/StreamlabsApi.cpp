@@ -19,6 +19,9 @@ struct Member
     Value Record::* place;
 };
 
+template <typename Record, typename Value>
+Member(QLatin1StringView, Value Record::*) -> Member<Record, Value>;
+
 constexpr std::tuple kSourceMembers{Member{"id"_L1, &Source::id}, Member{"name"_L1, &Source::name},
     Member{"parentId"_L1, &Source::parentId}, Member{"sceneId"_L1, &Source::sceneId},
     Member{"sceneItemId"_L1, &Source::sceneItemId}, Member{"sceneNodeType"_L1, &Source::sceneNodeType},
