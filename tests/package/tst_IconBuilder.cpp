@@ -173,6 +173,12 @@ private slots:
             }
             ++row;
         }
+        // A palette holds no colours between its own, and yet they are what scaling makes.
+        for (auto const mode : {Fill, Fit, Stretch}) {
+            auto const exact = halves({401, 399});
+            QCOMPARE(IconTransform::apply(exact.convertToFormat(indexed), mode).convertToFormat(argb),
+                IconTransform::apply(exact, mode));
+        }
     }
 
     void refusesUnknownModes()

@@ -80,6 +80,7 @@ QImage filled(QImage const& picture, QSize const& face)
         seen.rheight() += (source.height() - seen.height()) & 1;
         source = source.copy(centered(seen, source.size()));
     }
+    source.convertTo(faceFormat(source)); // scaled within a palette, what is between two colours is lost
     auto const scaled = source.scaled(face, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
     return scaled.copy(centered(face, scaled.size()));
 }
@@ -105,7 +106,8 @@ QImage IconTransform::apply(QImage const& picture, Mode mode, QSize const& face)
             [&](QPainter& painter) { painter.drawImage(centered(scaled.size(), face), scaled); });
     }
     case Mode::Stretch:
-        return picture.scaled(face, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        return picture.convertToFormat(faceFormat(picture))
+            .scaled(face, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     case Mode::Tile: {
         auto const tile = cut(picture, {}, face);
         return painted(
