@@ -250,7 +250,10 @@ void Soak::listDeeds()
 
         {3, u"drop"_s, [this] { devHost.standIn().drop(); }},
         {1, u"stop"_s, [this] { devHost.standIn().stop(); }},
-        {2, u"start"_s, [this] { devHost.standIn().isRunning() || devHost.standIn().start(devHost.standIn().lastPort()); }},
+        {2, u"start"_s,
+            [this] {
+                devHost.standIn().isRunning() || devHost.standIn().start(devHost.standIn().lastPort());
+            }},
         {1, u"other contents"_s, [this] { replaceContents(); }},
         {1, u"other token"_s, refused},
         {1, u"connect, wrong token"_s, [this] { connectWith(u"wrong"_s); }},

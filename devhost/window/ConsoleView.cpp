@@ -39,6 +39,16 @@ ConsoleView::ConsoleView(QWidget* parent)
     });
     connect(ui->btnPreviousPage, &QAbstractButton::clicked, this, [this] { turnPage(-1); });
     connect(ui->btnNextPage, &QAbstractButton::clicked, this, [this] { turnPage(1); });
+    for (auto* const mode : {ui->btnModeEdit, ui->btnModeLive}) {
+        mode->setStyleSheet(u"QToolButton:checked { background: %1; color: black; font-weight: bold; }"_s.arg(
+            DarkTheme::kAccent.name()));
+    }
+    connect(ui->btnModeLive, &QAbstractButton::toggled, this, [this](bool live) {
+        for (auto* const view : views) {
+            view->setLive(live);
+        }
+        emit liveChanged(live);
+    });
     setSize(columnCount, rowCount);
 }
 
@@ -131,6 +141,7 @@ void ConsoleView::arrange()
 KeyView* ConsoleView::makeView()
 {
     auto* const view = new KeyView(ui->body);
+    view->setLive(isLive());
     connect(view, &KeyView::chosen, this, [this, view] { setCurrent(view->index()); });
     connect(view, &KeyView::arrowPressed, this, [this](int key) { setCurrent(neighbour(key)); });
     connect(view, &KeyView::moveAsked, this, [this](int key) {
@@ -238,6 +249,16 @@ void ConsoleView::removeCurrent()
     }
 }
 
+void ConsoleView::setLive(bool live)
+{
+    (live ? ui->btnModeLive : ui->btnModeEdit)->setChecked(true);
+}
+
+bool ConsoleView::isLive() const
+{
+    return ui->btnModeLive->isChecked();
+}
+
 void ConsoleView::pressCurrent()
 {
     if (auto* const key = watched ? watched->key(current()) : nullptr) {
@@ -270,6 +291,7 @@ void ConsoleView::store(QSettings& settings) const
 {
     settings.setValue(u"console/size"_s, QSize(columnCount, rowCount));
     settings.setValue(u"console/current"_s, current());
+    settings.setValue(u"console/live"_s, isLive());
 }
 
 void ConsoleView::restore(QSettings const& settings)
@@ -279,4 +301,5 @@ void ConsoleView::restore(QSettings const& settings)
         setSize(size.width(), size.height());
     }
     setCurrent(settings.value(u"console/current"_s, current()).toInt());
+    setLive(settings.value(u"console/live"_s, isLive()).toBool());
 }

@@ -38,6 +38,9 @@ public:
     void focusCurrent();
     //! Puts an action on the next free key, from the current one on. False when there is none.
     bool place(QString const& actionId);
+    //! Live: a click presses a key, and does nothing else; otherwise it chooses one and presses nothing.
+    void setLive(bool live);
+    bool isLive() const;
     void pressCurrent();
     void removeCurrent();
     void turnPage(int by);
@@ -52,6 +55,7 @@ signals:
     void currentChanged(int index);
     //! There is another size or page.
     void arranged();
+    void liveChanged(bool live);
 
 private:
     int keysPerPage() const { return columnCount * rowCount; }

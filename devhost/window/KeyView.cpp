@@ -29,7 +29,7 @@ bool isPressKey(int key)
 KeyView::KeyView(QWidget* parent) : QWidget(parent)
 {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    setFocusPolicy(Qt::ClickFocus);
+    updateFocusPolicy();
     setAcceptDrops(true);
 }
 
@@ -76,8 +76,26 @@ void KeyView::setKey(int index, ConsoleKey* key, QString const& label)
 void KeyView::setCurrent(bool current)
 {
     isCurrent = current;
-    setFocusPolicy(current ? Qt::StrongFocus : Qt::ClickFocus);
+    updateFocusPolicy();
     update();
+}
+
+void KeyView::setLive(bool live)
+{
+    letGo(false);
+    isLive = live;
+    setCursor(live ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    updateFocusPolicy();
+}
+
+// A key that is pressed with the mouse keeps its hands off the focus, which would choose it.
+void KeyView::updateFocusPolicy()
+{
+    if (isLive) {
+        setFocusPolicy(isCurrent ? Qt::TabFocus : Qt::NoFocus);
+    } else {
+        setFocusPolicy(isCurrent ? Qt::StrongFocus : Qt::ClickFocus);
+    }
 }
 
 void KeyView::describe()
@@ -117,22 +135,30 @@ void KeyView::letGo(bool triggers)
 
 void KeyView::mousePressEvent(QMouseEvent* event)
 {
-    emit chosen();
-    if (event->button() == Qt::LeftButton) {
+    mayDrag = !isLive && event->button() == Qt::LeftButton;
+    if (!isLive) {
+        emit chosen();
+    } else if (event->button() == Qt::LeftButton) {
         hold(kMouse);
     }
 }
 
 void KeyView::mouseMoveEvent(QMouseEvent* event)
 {
-    if (heldBy == kMouse && !rect().contains(event->position().toPoint())) {
+    if (rect().contains(event->position().toPoint())) {
+        return;
+    }
+    if (heldBy == kMouse) {
         letGo(false);
+    }
+    if (std::exchange(mayDrag, false)) {
         startDrag();
     }
 }
 
 void KeyView::mouseReleaseEvent(QMouseEvent* event)
 {
+    mayDrag = false;
     if (heldBy == kMouse && event->button() == Qt::LeftButton) {
         letGo(rect().contains(event->position().toPoint()));
     }
@@ -145,21 +171,23 @@ void KeyView::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Right:
     case Qt::Key_Up:
     case Qt::Key_Down:
-        if (event->modifiers().testFlags(Qt::ControlModifier | Qt::ShiftModifier)) {
-            emit moveAsked(key);
-        } else {
+        if (!event->modifiers().testFlags(Qt::ControlModifier | Qt::ShiftModifier)) {
             emit arrowPressed(key);
+        } else if (!isLive) {
+            emit moveAsked(key);
         }
         break;
     case Qt::Key_Delete:
     case Qt::Key_Backspace:
-        emit removeAsked();
+        if (!isLive) {
+            emit removeAsked();
+        }
         break;
     case Qt::Key_Escape:
         letGo(false);
         break;
     default:
-        if (!isPressKey(key)) {
+        if (!isPressKey(key) || !isLive) {
             QWidget::keyPressEvent(event);
         } else if (!event->isAutoRepeat()) {
             hold(key);
@@ -200,6 +228,9 @@ void KeyView::hideEvent(QHideEvent* event)
 
 void KeyView::contextMenuEvent(QContextMenuEvent* event)
 {
+    if (isLive) {
+        return;
+    }
     emit chosen();
     emit menuAsked(
         event->reason() == QContextMenuEvent::Keyboard ? mapToGlobal(rect().center()) : event->globalPos());
@@ -221,10 +252,10 @@ void KeyView::startDrag()
     drag->exec(Qt::MoveAction);
 }
 
-bool KeyView::canTake(QDropEvent const* event)
+bool KeyView::canTake(QDropEvent const* event) const
 {
     // A key of another window is none of this console.
-    return event->source() &&
+    return !isLive && event->source() &&
            (event->mimeData()->hasFormat(actionMimeType()) || event->mimeData()->hasFormat(keyMimeType()));
 }
 

@@ -8,8 +8,9 @@ class QDropEvent;
 
 //! One position of the console: the live face of the key that is there, or an empty place.
 //!
-//! It adopts the face and passes the user's press on to the key: down at once, triggered when it is let go
-//! inside. Left with the button held down, the key is released without triggering and dragged from there.
+//! It adopts the face. While it is live it passes the user's press on to the key: down at once, triggered
+//! when it is let go inside, released without triggering when it is left. Otherwise a click chooses it, and
+//! it can be moved, dragged and removed.
 class KeyView : public QWidget
 {
     Q_OBJECT
@@ -25,6 +26,7 @@ public:
     int index() const { return position; }
     //! Framed; the Tab key leads to the current key only, and the arrow keys to the others.
     void setCurrent(bool current);
+    void setLive(bool live);
     bool isHeld() const { return heldBy != kNothing; }
     //! The face says something else now.
     void describe();
@@ -68,7 +70,8 @@ private:
     void hold(int by);
     void letGo(bool triggers);
     void startDrag();
-    static bool canTake(QDropEvent const* event);
+    bool canTake(QDropEvent const* event) const;
+    void updateFocusPolicy();
     void setDropTarget(bool target);
 
     int position = 0;
@@ -78,5 +81,8 @@ private:
     //! The mouse, a key of the keyboard, or nothing.
     int heldBy = kNothing;
     bool isCurrent = false;
+    bool isLive = false;
+    //! The button went down here: the key goes along when the mouse leaves.
+    bool mayDrag = false;
     bool dropTarget = false;
 };

@@ -95,6 +95,9 @@ void MainWindow::connectMenus()
     connect(ui->actSavePicture, &QAction::triggered, this, &MainWindow::askForPicture);
     connect(ui->actQuit, &QAction::triggered, this, &QWidget::close);
 
+    connect(ui->actLive, &QAction::toggled, ui->console, &ConsoleView::setLive);
+    connect(ui->console, &ConsoleView::liveChanged, ui->actLive, &QAction::setChecked);
+    connect(ui->console, &ConsoleView::liveChanged, this, [this] { storing.start(); });
     connect(ui->actPress, &QAction::triggered, ui->console, &ConsoleView::pressCurrent);
     connect(ui->actEditTitle, &QAction::triggered, this, [this] {
         ui->tabs->setCurrentWidget(ui->inspector);

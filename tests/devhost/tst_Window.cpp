@@ -264,6 +264,11 @@ void tst_Window::pressesAKey_data()
     row("space", true, [](tst_Window& t) { t.key("key0", Qt::Key_Space); });
     row("enter", true, [](tst_Window& t) { t.key("key0", Qt::Key_Enter); });
     row("menu", true, [](tst_Window& t) { t.trigger("actPress"); });
+    row("mouse while one edits", false, [](tst_Window& t) {
+        t.trigger("actLive");
+        t.click("key0");
+        t.key("key0", Qt::Key_Space);
+    });
     row("right button", false, [](tst_Window& t) { QTest::mouseClick(&t.keyView(0), Qt::RightButton); });
     row("held key repeats", true, [](tst_Window& t) {
         for (bool const repeats : {false, true, true}) {
@@ -302,11 +307,13 @@ void tst_Window::pressesAKey()
     QFETCH(bool, triggers);
     QVERIFY(host->console().place(0, host->console().actionIdOf(u"stream"_s)));
     trigger("actGoConsole");
+    trigger("actLive");
     QTRY_VERIFY(!face(0).invalid);
     QSignalSpy statuses(&desktop(), &StandInModel::apiEvent);
 
     press(*this);
     QVERIFY(!keyView(0).isHeld());
+    QCOMPARE(find<ConsoleView>("console").current(), 0);
     if (triggers) {
         QTRY_COMPARE(desktop().streamingStatus(), u"live"_s);
         QTRY_COMPARE(find<QLabel>("lblLive").text(), u"live"_s);
