@@ -548,8 +548,10 @@ void tst_Window::showsTraffic()
     auto* const bar = find<QTreeView>("lines").verticalScrollBar();
     QTRY_VERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
     bar->setValue(0);
+    int const rangeBefore = bar->maximum();
     QVERIFY(goLive(true));
     QTRY_VERIFY(shows(u"relay → client 1"_s, u"\"streamingStatus\":\"live\""_s));
+    QTRY_VERIFY(bar->maximum() > rangeBefore); // once the new ones have been laid out
     QCOMPARE(bar->value(), 0);
     QWebSocket namesItself;
     connect(&namesItself, &QWebSocket::connected, &namesItself, [&] {
