@@ -15,6 +15,8 @@
 #include <QJsonArray>
 #include <QTranslator>
 
+#include <utility>
+
 #if defined(__GLIBC__)
 #include <malloc.h>
 #endif
@@ -31,7 +33,7 @@ qint64 heapInUse()
 {
 #if defined(__GLIBC__) && __GLIBC_PREREQ(2, 33)
     auto const info = mallinfo2();
-    return static_cast<qint64>(info.uordblks + info.hblkhd);
+    return static_cast<qint64>(info.uordblks) + static_cast<qint64>(info.hblkhd);
 #else
     return -1;
 #endif
@@ -40,7 +42,7 @@ qint64 heapInUse()
 class Check
 {
 public:
-    explicit Check(QString const& configDir) : folder(configDir) {}
+    explicit Check(QString configDir) : folder(std::move(configDir)) {}
 
     void run(QString const& file);
     QList<PackageCheck::Finding> findings;

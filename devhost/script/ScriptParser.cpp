@@ -538,7 +538,7 @@ ScriptParser::Result ScriptParser::parse(QString const& line, int lineNumber)
     QList<Token> tokens;
     if (command->name == "log"_L1) {
         tokens = {{line.sliced(end).trimmed(), {}}}; // a text is a text, quotes and braces included
-    } else if (auto const wrong = tokenize(line, end, tokens); !wrong.error.isEmpty()) {
+    } else if (auto wrong = tokenize(line, end, tokens); !wrong.error.isEmpty()) {
         return wrong;
     }
 

@@ -66,7 +66,7 @@ private:
     QString wordFor(DesktopControl const& control, QString const& place);
     void askForNumbers(DesktopControl const& control);
     //! Shows what was added, ready to get its name.
-    void editLast(QListView* list);
+    void editLast(QListView* view);
 
     //! One refresh for all that happens within a frame of the screen.
     void refreshSoon();

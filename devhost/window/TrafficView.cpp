@@ -44,7 +44,7 @@ TrafficView::TrafficView(QWidget* parent) : QWidget(parent), ui(std::make_unique
     ui->lines->setColumnWidth(TrafficModel::TimeColumn, digits + kPadding);
     ui->lines->setColumnWidth(TrafficModel::WayColumn, names + kPadding);
     ui->lines->setColumnWidth(TrafficModel::TaskColumn, tasks + kPadding);
-    ui->split->setStretchFactor(0, 3);
+    ui->split->setStretchFactor(0, 5);
     ui->split->setStretchFactor(1, 2);
 
     connect(ui->edtFilter, &QLineEdit::textChanged, this, [this](QString const& words) {
