@@ -132,7 +132,7 @@ QString TrafficView::taskOf(QString const& text)
     if (message.contains("jsonrpc"_L1)) {
         QString const id = message.value("id"_L1).toVariant().toString();
         if (message.contains("method"_L1)) {
-            QString const method = message.value("method"_L1).toString();
+            QString method = message.value("method"_L1).toString();
             asked.insert(id, method);
             return method;
         }
