@@ -180,7 +180,12 @@ QString CommandLine::read(QStringList const& arguments)
                          ? QDir(parser.value(configDir)).absolutePath()
                          : QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation);
     if (!QDir().mkpath(host.configDir)) {
-        return u"The folder %1 cannot be made."_s.arg(host.configDir);
+        // A home that cannot be written to is no reason against a look.
+        temporaryFolder = std::make_shared<QTemporaryDir>();
+        if (host.keepsKeys || parser.isSet(configDir) || !temporaryFolder->isValid()) {
+            return u"The folder %1 cannot be made."_s.arg(host.configDir);
+        }
+        host.configDir = temporaryFolder->path();
     }
     if (parser.isSet(language)) {
         host.language = parser.value(language);

@@ -5,7 +5,9 @@
 
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 
+#include <memory>
 #include <optional>
 
 //! What the program is asked to do.
@@ -20,6 +22,8 @@ struct CommandLine
     };
 
     DevHost::Options host;
+    //! What `host.configDir` is where nothing is kept and the home cannot be written to.
+    std::shared_ptr<QTemporaryDir> temporaryFolder;
     //! Whether there is a display to show the window on.
     bool headless = false;
     //! File of the script, or - for standard input; empty for none.

@@ -5,6 +5,8 @@
 #include "relay/ZoRemoteCommands.h"
 
 #include <QCoreApplication>
+#include <QHostAddress>
+#include <QTcpSocket>
 
 #include <utility>
 
@@ -38,6 +40,16 @@ bool DevHost::start(Options const& options)
     }
     if (!relayServer.listen()) {
         problem = tr("The relay cannot listen.");
+        return false;
+    }
+    // Where the interface is down, everything would wait for ever and say nothing.
+    constexpr int kPatience = 3000;
+    QTcpSocket probe;
+    probe.connectToHost(QHostAddress::LocalHost, relayServer.port());
+    if (!probe.waitForConnected(kPatience)) {
+        problem =
+            tr("Nothing can be reached on 127.0.0.1 (%1). Is the loopback interface up? (ip link set lo up)")
+                .arg(probe.errorString());
         return false;
     }
     if (!pluginHost.load({options.pluginFile.isEmpty() ? builtPluginFile() : options.pluginFile,

@@ -1,11 +1,11 @@
 #include "devhost/script/ScriptParser.h"
 
-#include "actions/SlobsAgent.h"
 #include "devhost/fakes/DesktopControls.h"
 #include "devhost/fakes/JsonMatch.h"
 #include "devhost/host/DevHost.h"
 #include "devhost/script/ConsoleSheet.h"
 #include "devhost/script/PanelUser.h"
+#include "streamlabs/SlobsMessages.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -248,16 +248,16 @@ QStringList tasks()
 //! One publication of each kind, with all of its members.
 QMap<QString, QJsonObject> publications()
 {
-    SlobsAgent::Scene scene;
-    scene.nodes.append(SlobsAgent::Source());
-    SlobsAgent::CollectionSchema collection;
+    SlobsMessages::Scene scene;
+    scene.nodes.append(SlobsMessages::Source());
+    SlobsMessages::CollectionSchema collection;
     collection.scenes.append(scene);
     collection.sources.append(decltype(collection.sources)::value_type());
     QMap<QString, QJsonObject> samples;
-    for (QJsonObject const& sample : {SlobsAgent::toAuthState(false, {}, 0),
-             SlobsAgent::toStreamingStatus({}), SlobsAgent::toRecordingStatus({}),
-             SlobsAgent::toSceneList(QList{scene}, {}), SlobsAgent::toCollectionList({collection}),
-             SlobsAgent::toAudioList({SlobsAgent::AudioSource()})}) {
+    for (QJsonObject const& sample : {SlobsMessages::toAuthState(false, {}, 0),
+             SlobsMessages::toStreamingStatus({}), SlobsMessages::toRecordingStatus({}),
+             SlobsMessages::toSceneList(QList{scene}, {}), SlobsMessages::toCollectionList({collection}),
+             SlobsMessages::toAudioList({SlobsMessages::AudioSource()})}) {
         samples.insert(sample[u"task"_s].toString(), sample);
     }
     return samples;
