@@ -54,18 +54,21 @@ void HostSettingsDialog::setLinked(bool linked)
     showStatus();
 }
 
-QString HostSettingsDialog::status() const
+// Whether it does not run or does not let us in is not published: both are the end of the link.
+void HostSettingsDialog::showStatusOn(QLabel& label) const
 {
-    return hasLink ? tr("Linked to Streamlabs Desktop")
-           : off   ? tr("Disconnected")
-                   : tr("Not linked: not running, or wrong port or token");
+    QPalette palette = label.palette();
+    palette.setColor(QPalette::WindowText, hasLink ? DarkTheme::kGood
+                                           : off   ? DarkTheme::kFaintText
+                                                   : DarkTheme::kAccent);
+    label.setPalette(palette);
+    label.setText(hasLink ? tr("● Linked to Streamlabs Desktop")
+                  : off   ? tr("○ Disconnected")
+                          : tr("▲ Not linked: not running, or wrong port or token"));
 }
 
 void HostSettingsDialog::showStatus()
 {
-    QPalette palette = ui->lblStatus->palette();
-    palette.setColor(QPalette::WindowText, hasLink ? DarkTheme::kGood : DarkTheme::kFaintText);
-    ui->lblStatus->setPalette(palette);
-    ui->lblStatus->setText(status());
+    showStatusOn(*ui->lblStatus);
     emit statusChanged();
 }

@@ -5,6 +5,7 @@
 #include <memory>
 
 class DevHost;
+class QLabel;
 
 namespace Ui {
 class HostSettingsDialog;
@@ -20,9 +21,8 @@ public:
     explicit HostSettingsDialog(DevHost& host, QWidget* parent = nullptr);
     ~HostSettingsDialog() override;
 
-    bool isLinked() const { return hasLink; }
-    //! How the link stands, in words.
-    QString status() const;
+    //! Shows how the link stands on \a label: in words, by a symbol, and in a colour.
+    void showStatusOn(QLabel& label) const;
 
 public slots:
     void connectDesktop();

@@ -2,7 +2,6 @@
 
 #include "devhost/host/DevHost.h"
 #include "devhost/host/PackageActions.h"
-#include "devhost/window/DarkTheme.h"
 #include "devhost/window/HostSettingsDialog.h"
 #include "ui_MainWindow.h"
 
@@ -154,11 +153,7 @@ void MainWindow::openSettings()
 
 void MainWindow::showLink()
 {
-    QPalette palette = link->palette();
-    palette.setColor(
-        QPalette::WindowText, hostSettings->isLinked() ? DarkTheme::kGood : DarkTheme::kFaintText);
-    link->setPalette(palette);
-    link->setText(u"● "_s + hostSettings->status());
+    hostSettings->showStatusOn(*link);
 }
 
 void MainWindow::tell(QString const& text)
