@@ -17,7 +17,10 @@
 
 #include <utility>
 
-#if defined(__GLIBC__)
+#if defined(__SANITIZE_ADDRESS__)
+// GCC brings the function without its header.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#elif defined(__GLIBC__)
 #include <malloc.h>
 #endif
 
@@ -31,7 +34,9 @@ constexpr QSize kMenuImage(32, 32);
 //! Bytes of the heap that are in use, or -1 where the system does not tell.
 qint64 heapInUse()
 {
-#if defined(__GLIBC__) && __GLIBC_PREREQ(2, 33)
+#if defined(__SANITIZE_ADDRESS__)
+    return static_cast<qint64>(__sanitizer_get_current_allocated_bytes()); // its heap is not glibc's
+#elif defined(__GLIBC__) && __GLIBC_PREREQ(2, 33)
     auto const info = mallinfo2();
     return static_cast<qint64>(info.uordblks) + static_cast<qint64>(info.hblkhd);
 #else
