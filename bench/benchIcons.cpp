@@ -197,7 +197,7 @@ QList<BenchRow> convertAnimation()
         .unit = u"ms"_s,
         .ours = ourTime,
         .floor = plainTime,
-        .limit = 1.0 / 15});
+        .limit = 1.0 / 8});
     // The better the quality the more decibels, so floor and ours change places.
     rows.append({.what = what + u": decibels of the plain sequence's frames"_s,
         .floorIs = u"decibels of ours (PSNR of the shown frames)"_s,

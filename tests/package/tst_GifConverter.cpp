@@ -8,6 +8,7 @@
 #include <QRegularExpression>
 #include <QTest>
 
+#include <array>
 #include <cmath>
 #include <list>
 #include <Magick++.h>
@@ -164,24 +165,43 @@ private slots:
 
     void resizesAsWellAsImageMagick()
     {
-        // A ball over a shaded ground, at the second frame beside a hole.
-        Frames frames;
-        for (int i = 0; i < 2; ++i) {
-            QImage image(64, 48, QImage::Format_RGBA8888);
-            for (int y = 0; y < 48; ++y) {
-                for (int x = 0; x < 64; ++x) {
-                    double const r = std::hypot(x - 20 - 9 * i, y - 20) / 20;
-                    image.setPixel(x, y,
-                        r < 1              ? qRgb(int(255 * r), 90, int(200 - 150 * r))
-                        : i == 1 && x > 45 ? 0
-                                           : qRgb(3 * x, 5 * y, 255 - 2 * x - y));
+        // A ball over a shaded ground, at the second frame beside a hole: the mean of what lies in each
+        // pixel.
+        auto const draw = [](int i, QSize const& size) {
+            constexpr int kSamples = 8;
+            QImage image(size, QImage::Format_RGBA8888);
+            for (int y = 0; y < size.height(); ++y) {
+                for (int x = 0; x < size.width(); ++x) {
+                    std::array<int, 4> sum{};
+                    for (int sample = 0; sample < kSamples * kSamples; ++sample) {
+                        double const u = (x + (sample % kSamples + 0.5) / kSamples) * 64 / size.width();
+                        double const v = (y + (sample / kSamples + 0.5) / kSamples) * 48 / size.height();
+                        double const r = std::hypot(u - 20 - 9 * i, v - 20) / 20;
+                        QColor const color = r < 1 ? QColor(int(255 * r), 90, int(200 - 150 * r))
+                                             : i == 1 && u > 45
+                                                 ? QColor(0, 0, 0, 0)
+                                                 : QColor(int(3 * u), int(5 * v), int(255 - 2 * u - v));
+                        sum[0] += color.red() * color.alpha() / 255;
+                        sum[1] += color.green() * color.alpha() / 255;
+                        sum[2] += color.blue() * color.alpha() / 255;
+                        sum[3] += color.alpha() / 255;
+                    }
+                    int const seen = qMax(sum[3], 1);
+                    bool const isOpaque = 2 * sum[3] >= kSamples * kSamples;
+                    image.setPixel(x, y, isOpaque ? qRgb(sum[0] / seen, sum[1] / seen, sum[2] / seen) : 0);
                 }
             }
-            frames.emplace_back(64, 48, "RGBA", Magick::CharPixel, image.constBits()).magick("GIF");
+            return image;
+        };
+        Frames frames;
+        for (int i = 0; i < 2; ++i) {
+            frames.emplace_back(64, 48, "RGBA", Magick::CharPixel, draw(i, {64, 48}).constBits())
+                .magick("GIF");
         }
         auto const file = write(frames);
         auto resized = played(file, {30, 20});
-        auto const wanted = shown(resized);
+        QSize const size = shown(resized).first().size();
+        QList const wanted{draw(0, size), draw(1, size)};
         auto const floor = shown(played(write(resized)));
 
         // In place.

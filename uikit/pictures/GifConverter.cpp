@@ -2,7 +2,6 @@
 
 #include "uikit/pictures/GifColors.h"
 #include "uikit/pictures/GifFile.h"
-#include "uikit/pictures/Resampler.h"
 
 #include <QColor>
 #include <QDebug>
@@ -128,9 +127,10 @@ private:
 };
 
 //! GIF knows no half-transparent pixels: each becomes opaque or wholly transparent, and those all alike.
-QImage resized(QImage const& shown, Resampler const& resampler)
+QImage resized(QImage const& shown, QSize const& size)
 {
-    auto image = complete(resampler.scaled(shown).convertToFormat(QImage::Format_ARGB32));
+    auto image = complete(shown.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+            .convertToFormat(QImage::Format_ARGB32));
     for (int y = 0; y < image.height(); ++y) {
         auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
         for (int x = 0; x < image.width(); ++x) {
@@ -203,7 +203,7 @@ public:
         }
 
         bool const isWhole = isFirst || pending.disposal == GifFile::Disposal::Background;
-        bytes = encoded(colors.reduce(isWhole ? shown : changes(shown)), shown.size());
+        bytes = encoded(GifColors::reduce(isWhole ? shown : changes(shown)), shown.size());
         // ImageMagick has just written it, in one piece.
         pending = GifFile::read(bytes).value().frames.front();
         pending.delay = delay;
@@ -256,7 +256,6 @@ private:
 
     QIODevice& device;
     std::optional<quint16> loops;
-    GifColors colors;
     QImage previous;
     QByteArray bytes;
     GifFile::Frame pending; // points into bytes
@@ -325,7 +324,6 @@ bool convertOrThrow(
     }
     prepareMagick();
     Canvas canvas(file->canvas);
-    Resampler const resampler(file->canvas, target);
     Writer writer(output, file->loops);
     // Two frames are decoded ahead and one is scaled while another is drawn or written.
     constexpr qsizetype kAhead = 2;
@@ -353,7 +351,7 @@ bool convertOrThrow(
         decoding.pop_front();
         decode(done + kAhead);
         scaling.emplace_back(
-            run([&, shown = canvas.draw(frame, picture)] { return resized(shown, resampler); }), frame.delay);
+            run([&, shown = canvas.draw(frame, picture)] { return resized(shown, target); }), frame.delay);
         if (scaling.size() > 1) {
             writeFirst();
         }
