@@ -174,8 +174,10 @@ private slots:
                 for (int x = 0; x < size.width(); ++x) {
                     std::array<int, 4> sum{};
                     for (int sample = 0; sample < kSamples * kSamples; ++sample) {
-                        double const u = (x + (sample % kSamples + 0.5) / kSamples) * 64 / size.width();
-                        double const v = (y + (sample / kSamples + 0.5) / kSamples) * 48 / size.height();
+                        int const row = sample / kSamples;
+                        int const column = sample % kSamples;
+                        double const u = (x + (column + 0.5) / kSamples) * 64 / size.width();
+                        double const v = (y + (row + 0.5) / kSamples) * 48 / size.height();
                         double const r = std::hypot(u - 20 - 9 * i, v - 20) / 20;
                         QColor const color = r < 1 ? QColor(int(255 * r), 90, int(200 - 150 * r))
                                              : i == 1 && u > 45
