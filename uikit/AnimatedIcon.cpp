@@ -1,21 +1,18 @@
 #include "uikit/AnimatedIcon.h"
 
+#include "uikit/pictures/PictureFile.h"
+
 #include <QDebug>
 #include <QEvent>
-#include <QFile>
-#include <QFileInfo>
-#include <QImageReader>
 #include <QPainter>
 #include <QPixmap>
 #include <QStyle>
-#include <QtEndian>
 
 #include <algorithm>
 #include <utility>
 
 namespace {
 
-constexpr QSize kKeyFace{150, 108};
 constexpr double kKeyFaceRatio = 1.3888888;
 
 QSize fittedByRatio(QSize const& picture, QSize const& box, double boxRatio)
@@ -36,23 +33,6 @@ QSize fittedByRatio(QSize const& picture, QSize const& box, double boxRatio)
     return size.expandedTo({1, 1});
 }
 
-//! The logical screen of a GIF file, which all of its frames are drawn on. Where it is larger than 32,767
-//! pixels Qt states the first frame's side instead. See "Graphics Interchange Format, version 89a", section
-//! 18.
-QSize gifScreen(QString const& path)
-{
-    constexpr qsizetype kWidthAt = 6;
-    constexpr qsizetype kHeightAt = 8;
-    constexpr qsizetype kEnd = 10;
-    QFile file(path);
-    QByteArray const head = file.open(QIODevice::ReadOnly) ? file.read(kEnd) : QByteArray();
-    if (head.size() < kEnd || !head.startsWith("GIF8")) {
-        return {};
-    }
-    return {qFromLittleEndian<quint16>(head.constData() + kWidthAt),
-        qFromLittleEndian<quint16>(head.constData() + kHeightAt)};
-}
-
 } // namespace
 
 AnimatedIcon::AnimatedIcon(QLabel* label) : QObject(label), target(label)
@@ -62,18 +42,6 @@ AnimatedIcon::AnimatedIcon(QLabel* label) : QObject(label), target(label)
 
 AnimatedIcon::~AnimatedIcon() = default;
 
-QSize AnimatedIcon::canvasSize(QString const& path, qint64 maxPixels)
-{
-    if (!QFileInfo(path).isFile()) {
-        return {};
-    }
-    QSize const size = QImageReader(path).size().expandedTo(gifScreen(path));
-    if (size.isEmpty() || qint64{size.width()} * size.height() > maxPixels) {
-        return {};
-    }
-    return size;
-}
-
 QSize AnimatedIcon::fitted(QSize const& picture, QSize const& box)
 {
     return fittedByRatio(picture, box, static_cast<double>(box.width()) / std::max(1, box.height()));
@@ -81,7 +49,7 @@ QSize AnimatedIcon::fitted(QSize const& picture, QSize const& box)
 
 QSize AnimatedIcon::fittedToKeyFace(QSize const& picture)
 {
-    return fittedByRatio(picture, kKeyFace, kKeyFaceRatio);
+    return fittedByRatio(picture, IconTransform::kFace, kKeyFaceRatio);
 }
 
 bool AnimatedIcon::play(QString const& path, QSize const& box, qint64 maxPixels)
@@ -92,8 +60,8 @@ bool AnimatedIcon::play(QString const& path, QSize const& box, qint64 maxPixels)
         return true;
     }
     Scene next{.movie = std::make_unique<QMovie>(), .box = box, .size = {}};
-    QSize const canvas = canvasSize(path, maxPixels);
-    next.size = box == kKeyFace ? fittedToKeyFace(canvas) : fitted(canvas, box);
+    QSize const canvas = PictureFile::size(path, maxPixels);
+    next.size = box == IconTransform::kFace ? fittedToKeyFace(canvas) : fitted(canvas, box);
     next.movie->setCacheMode(QMovie::CacheNone);
     next.movie->setFileName(path);
     next.movie->setScaledSize(inDevicePixels(next.size));

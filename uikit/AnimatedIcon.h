@@ -26,10 +26,6 @@ public:
     explicit AnimatedIcon(QLabel* label);
     ~AnimatedIcon() override;
 
-    //! Width and height that the file's header states; nothing is decoded.
-    //! Invalid when the file is missing, a folder, not a picture, empty, or beyond \a maxPixels.
-    static QSize canvasSize(QString const& path, qint64 maxPixels = kMaxPixels);
-
     //! The largest size with the ratio of \a picture inside \a box, cut to whole pixels, at least 1 x 1.
     //! A picture of exactly the box's ratio gets the box.
     static QSize fitted(QSize const& picture, QSize const& box);

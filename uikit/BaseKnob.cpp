@@ -1,7 +1,7 @@
 #include "uikit/BaseKnob.h"
 
 #include "ui_BaseKnob.h"
-#include "uikit/MekMixerHelper.h"
+#include "uikit/pictures/PictureFile.h"
 
 #include <QPainter>
 #include <QPaintEvent>
@@ -55,7 +55,8 @@ void BaseKnob::setMaxValue(int maximum)
 
 void BaseKnob::setKnobIcon(QString const& path)
 {
-    QPixmap const icon = MekMixerHelper::readIcon(path, ui->lblIcon->size(), devicePixelRatioF());
+    QPixmap const icon =
+        PictureFile::pixmap(path, ui->lblIcon->size(), devicePixelRatioF(), PictureFile::Fit::Face);
     if (!icon.isNull()) {
         ui->lblIcon->setPixmap(icon);
     }

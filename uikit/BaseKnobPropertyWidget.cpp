@@ -2,7 +2,7 @@
 
 #include "ui_BaseKnobPropertyWidget.h"
 #include "uikit/BaseKnobStateWidget.h"
-#include "uikit/MekMixerHelper.h"
+#include "uikit/pictures/PictureFile.h"
 
 #include <QDebug>
 #include <QEvent>
@@ -47,7 +47,8 @@ void BaseKnobPropertyWidget::setKnobTitleList(QList<QString> const& titles)
 
 void BaseKnobPropertyWidget::setIcon(QString const& path)
 {
-    QPixmap const icon = MekMixerHelper::readIcon(path, ui->lblIcon->size(), devicePixelRatioF());
+    QPixmap const icon =
+        PictureFile::pixmap(path, ui->lblIcon->size(), devicePixelRatioF(), PictureFile::Fit::Face);
     if (!icon.isNull()) {
         ui->lblIcon->setPixmap(icon);
     }

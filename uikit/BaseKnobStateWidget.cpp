@@ -1,8 +1,8 @@
 #include "uikit/BaseKnobStateWidget.h"
 
 #include "ui_BaseKnobStateWidget.h"
-#include "uikit/MekMixerHelper.h"
 #include "uikit/PageButtons.h"
+#include "uikit/pictures/PictureFile.h"
 
 #include <QAbstractButton>
 #include <QButtonGroup>
@@ -52,8 +52,7 @@ void BaseKnobStateWidget::updateIconView(QColor const& color)
     if (color == drawn) {
         return;
     }
-    QImage const knob =
-        MekMixerHelper::readPicture(u":/images/mainpage_btn_knob_n.svg"_s, devicePixelRatioF());
+    QImage const knob = PictureFile::sharp(u":/images/mainpage_btn_knob_n.svg"_s, devicePixelRatioF());
     if (knob.isNull()) {
         return;
     }

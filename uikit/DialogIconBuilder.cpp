@@ -103,7 +103,7 @@ void DialogIconBuilder::setupImage()
     if (isStill) {
         return;
     }
-    scaledSize = AnimatedIcon::fittedToKeyFace(AnimatedIcon::canvasSize(imagePath, GifConverter::kMaxPixels));
+    scaledSize = AnimatedIcon::fittedToKeyFace(PictureFile::size(imagePath, GifConverter::kMaxPixels));
     animation->play(imagePath, ui->imgIcon->size(), GifConverter::kMaxPixels);
 }
 

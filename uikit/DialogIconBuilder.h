@@ -1,7 +1,7 @@
 #pragma once
 
 #include "uikit/pictures/GifConversion.h"
-#include "uikit/pictures/IconTransform.h"
+#include "uikit/pictures/PictureFile.h"
 
 #include <QDialog>
 #include <QImage>
@@ -90,7 +90,7 @@ private:
     QImage image; // the transformed still picture; null for an animation
     QSize scaledSize;
     AnimatedIcon* animation = nullptr; // the preview's
-    IconPicture picture;
+    PictureFile picture;
     GifConversion conversion;
     QPoint pressPoint;
     bool isDragging = false;

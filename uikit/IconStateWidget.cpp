@@ -4,7 +4,7 @@
 #include "uikit/AnimatedIcon.h"
 #include "uikit/IconBuilder.h"
 #include "uikit/PageButtons.h"
-#include "uikit/pictures/IconTransform.h"
+#include "uikit/pictures/PictureFile.h"
 #include "uikit/Visibility.h"
 #include "uikit/ZoDisplayViewAttribute.h"
 #include "uikit/ZoDisplayViewLabelHandler.h"
@@ -15,9 +15,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QImageReader>
 #include <QPixmap>
-#include <QPixmapCache>
 #include <QPointer>
 #include <QStandardPaths>
 
@@ -136,26 +134,9 @@ void IconStateWidget::updateCurrentIcon(QString const& path)
 
 bool IconStateWidget::showPicture(QString const& path)
 {
-    double const ratio = ui->lblIcon->devicePixelRatioF();
-    QFileInfo const file(path);
-    // Many keys show the same few pictures.
-    QString const key = u"IconStateWidget %1 %2 %3 %4 %5"_s.arg(ui->lblIcon->width())
-                            .arg(ratio)
-                            .arg(file.size())
-                            .arg(file.lastModified().toMSecsSinceEpoch())
-                            .arg(path);
-    QPixmap pixmap;
-    if (!QPixmapCache::find(key, &pixmap) &&
-        AnimatedIcon::canvasSize(path, IconPicture::kMaxPixels).isValid()) {
-        QImageReader reader(path);
-        reader.setAutoTransform(true); // as the key face does
-        reader.setScaledSize((QSizeF(ui->lblIcon->size()) * ratio).toSize());
-        pixmap = QPixmap::fromImageReader(&reader);
-        pixmap.setDevicePixelRatio(ratio);
-        QPixmapCache::insert(key, pixmap);
-    }
+    QPixmap const pixmap = PictureFile::pixmap(
+        path, ui->lblIcon->size(), ui->lblIcon->devicePixelRatioF(), PictureFile::Fit::Stretch);
     if (pixmap.isNull()) {
-        qWarning() << "[IconStateWidget][updateCurrentIcon] Not a readable picture" << path;
         return false;
     }
     animation->stop();

@@ -2,13 +2,12 @@
 
 #include "ui_ZoBaseHotkeyWidget.h"
 #include "uikit/AnimatedIcon.h"
-#include "uikit/MekMixerHelper.h"
+#include "uikit/pictures/PictureFile.h"
 #include "uikit/ZoDisplayViewAttribute.h"
 #include "uikit/ZoDisplayViewLabelHandler.h"
 
 #include <QCryptographicHash>
 #include <QFileInfo>
-#include <QIcon>
 #include <QPainter>
 #include <QPixmapCache>
 #include <QStyle>
@@ -47,14 +46,8 @@ void showMask(QLabel* mask, QString const& path)
 {
     qreal const ratio = mask->devicePixelRatioF();
     if (mask->pixmap().isNull() || mask->pixmap().devicePixelRatio() != ratio) {
-        QString const key = u"ZoBaseHotkeyWidget %1 %2"_s.arg(ratio).arg(path);
-        QPixmap picture;
-        if (!QPixmapCache::find(key, &picture)) {
-            picture = QIcon(path).pixmap(mask->size(), ratio);
-            QPixmapCache::insert(key, picture);
-        }
         mask->setAlignment(Qt::AlignCenter);
-        mask->setPixmap(picture);
+        mask->setPixmap(PictureFile::pixmap(path, mask->size(), ratio, PictureFile::Fit::Face));
     }
     mask->show();
 }
@@ -76,40 +69,27 @@ ZoBaseHotkeyWidget::~ZoBaseHotkeyWidget() = default;
 void ZoBaseHotkeyWidget::setIconPixmap(QPixmap const& pixmap)
 {
     covered.reset();
-    shown = {};
+    shownPath.clear();
+    shownIdentity.clear();
     showPixmap(pixmap, true);
 }
 
 void ZoBaseHotkeyWidget::setIconAsset(QString const& path)
 {
     qreal const ratio = devicePixelRatioF();
-    Asset asset{.path = path, .modified = 0, .bytes = 0, .devicePixelRatio = ratio};
-    if (!path.startsWith(u':')) { // resources stay as they are
-        QFileInfo const file(path);
-        asset.modified = file.lastModified().toMSecsSinceEpoch();
-        asset.bytes = file.size();
-    }
-    if (!path.isEmpty() && asset == shown) {
+    QString const identity = QString::number(ratio) + u' ' + PictureFile::identity(path);
+    if (!path.isEmpty() && identity == shownIdentity) {
         uncover();
         return;
     }
     if (!isGif(path)) {
-        // Keys switch between the same few pictures all the time.
-        QString const key =
-            u"ZoBaseHotkeyWidget %1 %2 %3 %4"_s.arg(asset.modified).arg(asset.bytes).arg(ratio).arg(path);
-        QPixmap icon;
-        if (!QPixmapCache::find(key, &icon)) {
-            icon = MekMixerHelper::readIcon(path, ui->lblIcon->size(), ratio);
-            if (!icon.isNull()) {
-                QPixmapCache::insert(key, icon);
-            }
-        }
-        showPixmap(icon, true);
+        showPixmap(PictureFile::pixmap(path, ui->lblIcon->size(), ratio, PictureFile::Fit::Face), true);
     } else if (!play(path)) {
         showPixmap({}, true); // an empty face is honest, the picture of another state is not
     }
     covered.reset();
-    shown = asset;
+    shownPath = path;
+    shownIdentity = identity;
     // A host may have framed the label.
     QString const look = u"border:0px;background-color:#00000000;"_s;
     if (ui->lblIcon->styleSheet() != look) {
@@ -153,7 +133,7 @@ void ZoBaseHotkeyWidget::uncover()
         // Also for an animation: its file may have gone meanwhile.
         showPixmap(icon->pixmap, icon->isScaled);
         if (icon->isPlaying) {
-            play(shown.path);
+            play(shownPath);
         }
     }
 }
@@ -195,7 +175,7 @@ void ZoBaseHotkeyWidget::adjustView(ZoDisplayViewAttribute const& attribute)
 
 QImage ZoBaseHotkeyWidget::processHotkeyIcon(QImage const& image, QSize const& size)
 {
-    return MekMixerHelper::getProcessPluginIcon(image, size);
+    return IconTransform::onFace(image, size);
 }
 
 // With WA_StyledBackground Qt would stroke the rounded border anew under every change of an icon or a title.

@@ -50,7 +50,7 @@ public:
     //! Restyles the title.
     void adjustView(ZoDisplayViewAttribute const& attribute);
 
-    //! See MekMixerHelper::getProcessPluginIcon.
+    //! See IconTransform::onFace.
     static QImage processHotkeyIcon(QImage const& image, QSize const& size);
 
 protected:
@@ -59,16 +59,6 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    //! What an icon looks like depends on nothing else.
-    struct Asset
-    {
-        QString path;
-        qint64 modified = 0; // ms since the epoch
-        qint64 bytes = 0;
-        qreal devicePixelRatio = 1;
-
-        bool operator==(Asset const& other) const = default;
-    };
     //! The icon that a pressed picture hides.
     struct Covered
     {
@@ -85,6 +75,7 @@ private:
     std::unique_ptr<Ui::ZoBaseHotkeyWidget> ui;
     AnimatedIcon* animation = nullptr;
     QPixmap backdrop;
-    Asset shown;
+    QString shownPath;
+    QString shownIdentity; // what it looks like depends on nothing else
     std::unique_ptr<Covered> covered;
 };

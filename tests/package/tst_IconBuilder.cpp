@@ -196,7 +196,7 @@ private slots:
         QTest::addColumn<QString>("name");
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("warning");
-        auto const unreadable = u"^\\[IconPicture\\]\\[read\\]"_s;
+        auto const unreadable = u"^\\[PictureFile\\]\\[read\\]"_s;
         auto const unplayable = u"^\\[AnimatedIcon\\]\\[play\\]"_s;
         QByteArray good;
         QBuffer buffer(&good);

@@ -168,7 +168,7 @@ private slots:
             QPointer<QMovie> const before = label->movie();
             if (!isShown) {
                 QTest::ignoreMessage(
-                    QtWarningMsg, QRegularExpression(u"\\[(play|read|readPicture)\\] .*\"%1\""_s.arg(path)));
+                    QtWarningMsg, QRegularExpression(u"\\[(play|read|sharp)\\] .*\"%1\""_s.arg(path)));
             }
             face.setIconAsset(path);
             QVERIFY(!before);

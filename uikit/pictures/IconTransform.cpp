@@ -1,8 +1,5 @@
 #include "uikit/pictures/IconTransform.h"
 
-#include <QDebug>
-#include <QFileInfo>
-#include <QImageReader>
 #include <QPainter>
 
 namespace {
@@ -123,40 +120,25 @@ QImage IconTransform::apply(QImage const& picture, Mode mode, QSize const& face)
     return {};
 }
 
-QImage IconPicture::read(QString const& path, IconTransform::Mode mode)
+QImage IconTransform::onFace(QImage const& image, QSize const& size, qreal devicePixelRatio)
 {
-    QFileInfo const info(path);
-    if (path != file || info.lastModified() != changed) {
-        file = path;
-        changed = info.lastModified();
-        full = {};
-        eighth = {};
-    }
-    if (!full.isNull()) {
-        return full;
-    }
-    if (IconTransform::scales(mode) && !eighth.isNull()) {
-        return eighth;
-    }
-
-    QImageReader reader(path);
-    reader.setAutoTransform(true);
-    auto const size = reader.size();
-    if (qint64{size.width()} * size.height() > kMaxPixels) {
-        qWarning() << "[IconPicture][read]" << path << "is too large" << size;
+    if (size.isEmpty()) {
         return {};
     }
-    // Large enough that the eighth is still twice a face.
-    bool const isReduced = IconTransform::scales(mode) && reader.format() == "jpeg" &&
-                           size.width() >= 16 * IconTransform::kFace.width() &&
-                           size.height() >= 16 * IconTransform::kFace.width();
-    if (isReduced) {
-        reader.setScaledSize(size / 8);
+    QSize const device = (QSizeF(size) * devicePixelRatio).toSize();
+    QImage face;
+    if (image.isNull()) {
+        face = QImage(device, QImage::Format_ARGB32_Premultiplied);
+        face.fill(Qt::transparent);
+    } else if (QSizeF const own = image.deviceIndependentSize();
+        own.width() > size.width() || own.height() > size.height()) {
+        face = apply(image, Mode::Fill, device);
+    } else {
+        auto const picture = image.scaled((own * devicePixelRatio).toSize().expandedTo({1, 1}),
+            Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        // In a format that can be transparent around the picture.
+        face = apply(picture.convertToFormat(QImage::Format_ARGB32_Premultiplied), Mode::Center, device);
     }
-    auto& picture = isReduced ? eighth : full;
-    picture = reader.read();
-    if (picture.isNull()) {
-        qWarning() << "[IconPicture][read]" << path << reader.errorString();
-    }
-    return picture;
+    face.setDevicePixelRatio(devicePixelRatio);
+    return face;
 }

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <QDateTime>
 #include <QImage>
 #include <QSize>
-#include <QString>
 
 //! How a still picture fills a key face.
 namespace IconTransform {
@@ -19,6 +17,14 @@ enum class Mode { Fill, Fit, Stretch, Tile, Center };
 //! the picture's format knows no transparency.
 QImage apply(QImage const& picture, Mode mode, QSize const& face = kFace);
 
+//! \a image centred on a transparent canvas of \a size. One that is larger in either dimension is first
+//! scaled, ratio kept, until it covers the canvas, and loses what hangs over; a smaller one stays as it is. A
+//! null image gives an empty canvas.
+//!
+//! \a size counts in logical pixels, as does the image's own size; the canvas has \a devicePixelRatio times
+//! as many.
+QImage onFace(QImage const& image, QSize const& size, qreal devicePixelRatio = 1);
+
 //! The modes that scale the picture, so that its single pixels do not matter.
 constexpr bool scales(Mode mode)
 {
@@ -26,23 +32,3 @@ constexpr bool scales(Mode mode)
 }
 
 } // namespace IconTransform
-
-//! Reads the picture that is being edited, and keeps it, so that trying the modes does not decode it again.
-//!
-//! Of large JPEG photos the scaling modes get an eighth of the size, straight from the decoder: it takes a
-//! fraction of the time and looks the same on a key face. Pictures are turned upright as their file says.
-class IconPicture
-{
-public:
-    //! Largest picture that is decoded, in pixels.
-    static constexpr qint64 kMaxPixels = qint64{64} * 1024 * 1024;
-
-    //! Null when the file is missing, unreadable, no picture, or too large; all of these are logged.
-    QImage read(QString const& path, IconTransform::Mode mode);
-
-private:
-    QString file;
-    QDateTime changed;
-    QImage full;
-    QImage eighth;
-};
