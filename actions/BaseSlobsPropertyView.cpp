@@ -91,6 +91,13 @@ void BaseSlobsPropertyView::setupWidgetStates(
     frame->setCurrentId(current);
 }
 
+void BaseSlobsPropertyView::setDefaultIcons(QList<QString> const& icons)
+{
+    if (frame) {
+        frame->setDefaultIconList(icons);
+    }
+}
+
 void BaseSlobsPropertyView::setActionModeState()
 {
     if (frame) {

@@ -35,6 +35,8 @@ public:
     //! Titles and image paths per state; with at least two titles one page button each, of which \a current
     //! is chosen.
     void setupWidgetStates(QList<QString> const& titles, QList<QString> const& icons, int current);
+    //! The action's own image paths per state, to which the user can go back.
+    void setDefaultIcons(QList<QString> const& icons);
     //! Nothing in the frame can be changed, as inside of a multi-action. Every action starts like that; a
     //! host that has placed one on a key opens the frame's editors again.
     void setActionModeState();

@@ -343,6 +343,9 @@ void BaseSlobsWidget::setStates(QStringList const& titles, QStringList const& ic
 {
     d->settings.titles = titles;
     d->settings.icons = icons;
+    if (d->propertyView) {
+        d->propertyView->setDefaultIcons(icons);
+    }
 }
 
 // ---- Events of the host

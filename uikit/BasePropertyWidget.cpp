@@ -66,6 +66,12 @@ void BasePropertyWidget::setPluginIconList(QList<QString> const& icons)
     }
 }
 
+void BasePropertyWidget::setDefaultIconList(QList<QString> const& icons)
+{
+    defaultIconList = icons;
+    ui->iconStateWidget->setDefaultIcon(defaultIconList.value(currentIndex));
+}
+
 void BasePropertyWidget::setCurrentId(int id)
 {
     ui->iconStateWidget->clickButton(id);
@@ -193,6 +199,7 @@ void BasePropertyWidget::onIconIndexChanged(int index)
     if (currentIndex >= 0 && currentIndex < iconList.size()) {
         ui->iconStateWidget->updateCurrentIcon(iconList.at(currentIndex));
     }
+    ui->iconStateWidget->setDefaultIcon(defaultIconList.value(currentIndex));
     updateCurrentTitle();
 }
 

@@ -35,6 +35,8 @@ public:
     Q_INVOKABLE void setPluginTitleList(QList<QString> const& titles);
     //! One path per state. With at most one the page buttons are hidden.
     Q_INVOKABLE void setPluginIconList(QList<QString> const& icons);
+    //! The action's own path per state, to which the user can go back.
+    Q_INVOKABLE void setDefaultIconList(QList<QString> const& icons);
     //! Clicks the page button of state \a id; an unknown id does nothing.
     Q_INVOKABLE void setCurrentId(int id);
     Q_INVOKABLE void setIconChangeable(bool changeable);
@@ -88,6 +90,7 @@ private:
 
     std::unique_ptr<Ui::BasePropertyWidget> ui;
     QList<QString> iconList;
+    QList<QString> defaultIconList;
     QList<QString> titleList;
     qint32 currentIndex = 0;
     ZoDisplayViewAttribute viewAttribute;

@@ -11,7 +11,9 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QImageReader>
 #include <QListView>
+#include <QMessageBox>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QSaveFile>
@@ -84,9 +86,33 @@ QString DialogIconBuilder::getImagePath() const
     return imagePath;
 }
 
+bool DialogIconBuilder::openPicture(QString const& path)
+{
+    QString const before = getImagePath();
+    setImagePath(path);
+    if (hasPicture()) {
+        return true;
+    }
+    QPointer<DialogIconBuilder> const self(this);
+    // Not on the stack: the host may close everything meanwhile, this object and the box included.
+    QPointer<QMessageBox> const box(new QMessageBox(
+        QMessageBox::Warning, windowTitle(), tr("LAB_ICON_NO_PICTURE"), QMessageBox::Ok, this));
+    box->exec();
+    delete box;
+    if (self && !before.isEmpty()) {
+        setImagePath(before);
+    }
+    return false;
+}
+
 bool DialogIconBuilder::isGif() const
 {
-    return QFileInfo(imagePath).suffix().compare("gif"_L1, Qt::CaseInsensitive) == 0;
+    return PictureFile::suffix(imagePath).compare("gif"_L1, Qt::CaseInsensitive) == 0;
+}
+
+bool DialogIconBuilder::hasPicture() const
+{
+    return isGif() ? scaledSize.isValid() && !QImageReader(imagePath).read().isNull() : !image.isNull();
 }
 
 void DialogIconBuilder::setupImage()
@@ -150,7 +176,7 @@ void DialogIconBuilder::on_btnOpenFile_clicked()
     QString const file = isAccepted ? dialog->selectedFiles().value(0) : QString();
     delete dialog;
     if (!file.isEmpty()) {
-        setImagePath(file);
+        openPicture(file);
     }
 }
 
@@ -167,7 +193,7 @@ void DialogIconBuilder::on_btnOk_clicked()
     if (isGif()) {
         animation->stop();
         showConverting(true);
-        conversion.start(imagePath, iconFile(QFileInfo(imagePath).suffix()), scaledSize);
+        conversion.start(imagePath, iconFile(PictureFile::suffix(imagePath)), scaledSize);
         return;
     }
     copyImage();
@@ -181,7 +207,7 @@ void DialogIconBuilder::copyImage()
     if (imagePath.isEmpty()) {
         return;
     }
-    auto const copy = iconFile(QFileInfo(imagePath).suffix());
+    auto const copy = iconFile(PictureFile::suffix(imagePath));
     if (!QFile::copy(imagePath, copy)) {
         return;
     }

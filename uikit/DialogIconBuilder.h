@@ -27,6 +27,8 @@ class DialogIconBuilder;
 //! However else it ends (Cancel, Escape, `done`, deletion), the work is stopped first and what it had begun
 //! to write is removed.
 //!
+//! What a file is counts by its content. A still picture whose name tells another kind becomes a PNG file.
+//!
 //! Failures: a file that cannot be read is logged and not shown. That a copy or a file could not be written
 //! is not reported.
 class DialogIconBuilder : public QDialog
@@ -39,6 +41,9 @@ public:
 
     //! Begins with the picture at \a path. The preview stays as it is if there is no such file.
     void setImagePath(QString path);
+    //! The same, but when the file is no picture that can be shown the user is told, the picture before
+    //! stays, and false comes back.
+    bool openPicture(QString const& path);
     //! The picture as given until OK, the new file after it; empty after Cancel.
     QString getImagePath() const;
 
@@ -79,6 +84,7 @@ protected:
 
 private:
     bool isGif() const;
+    bool hasPicture() const;
     void setupImage();
     void copyImage();
     void onConversionFinished();

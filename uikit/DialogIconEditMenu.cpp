@@ -6,7 +6,7 @@
 
 namespace {
 
-enum Choice { kNothing = -1, kLocalDisk = 0, kIconBuilder = 1 };
+enum Choice { kNothing = -1, kLocalDisk = 0, kIconBuilder = 1, kReset = 2 };
 
 } // namespace
 
@@ -18,9 +18,16 @@ DialogIconEditMenu::DialogIconEditMenu(QWidget* parent)
              static_cast<QObject*>(ui->btnIconBuilder)}) {
         watched->installEventFilter(this);
     }
+    ui->btnReset->hide();
 }
 
 DialogIconEditMenu::~DialogIconEditMenu() = default;
+
+void DialogIconEditMenu::offerReset()
+{
+    setFixedHeight(ui->btnReset->geometry().bottom() + 1);
+    ui->btnReset->show();
+}
 
 bool DialogIconEditMenu::eventFilter(QObject* watched, QEvent* event)
 {
@@ -40,6 +47,11 @@ void DialogIconEditMenu::on_btnLocalDisk_clicked()
 void DialogIconEditMenu::on_btnIconBuilder_clicked()
 {
     done(kIconBuilder);
+}
+
+void DialogIconEditMenu::on_btnReset_clicked()
+{
+    done(kReset);
 }
 
 void DialogIconEditMenu::reject()

@@ -10,7 +10,8 @@ class DialogIconEditMenu;
 
 //! The small pop-up that asks where an icon comes from.
 //!
-//! `exec` answers 0 for a file on this computer and 1 for the online icon builder. Every other way out (the
+//! `exec` answers 0 for a file on this computer, 1 for the online icon builder, and 2 for the action's own
+//! icon, which is offered on request only. Every other way out (the
 //! pointer leaves the pop-up, Escape, closing or hiding it) answers -1: nothing was chosen.
 class DialogIconEditMenu : public QDialog
 {
@@ -20,11 +21,15 @@ public:
     explicit DialogIconEditMenu(QWidget* parent = nullptr);
     ~DialogIconEditMenu() override;
 
+    //! Offers the action's own icon as well; before the pop-up shows.
+    void offerReset();
+
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 public slots:
     void on_btnLocalDisk_clicked();
     void on_btnIconBuilder_clicked();
+    void on_btnReset_clicked();
     void reject() override;
 
 protected:

@@ -3,11 +3,12 @@
 #include "uikit/DialogIconBuilder.h"
 #include "uikit/DialogIconEditMenu.h"
 
-#include <utility>
-
-int IconBuilder::showIconEditMenu(QPoint negatedCorner)
+int IconBuilder::showIconEditMenu(QPoint negatedCorner, bool offersReset)
 {
     DialogIconEditMenu menu;
+    if (offersReset) {
+        menu.offerReset();
+    }
     // So placed the pointer, which is on the button, is inside the menu; the menu closes when it leaves.
     menu.move(-negatedCorner - QPoint(15, 5));
     menu.raise();
@@ -15,10 +16,13 @@ int IconBuilder::showIconEditMenu(QPoint negatedCorner)
     return menu.exec();
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 QString IconBuilder::getOpenFileName(QString path)
 {
     DialogIconBuilder builder;
-    builder.setImagePath(std::move(path));
+    if (!builder.openPicture(path)) {
+        return {};
+    }
     builder.activateWindow();
     builder.raise();
     return builder.exec() == QDialog::Accepted ? builder.getImagePath() : QString();

@@ -28,7 +28,7 @@ namespace {
 // Bottom line of the title in the preview, px.
 constexpr int kTitleBottom = 144;
 
-enum IconSource { LocalFile = 0, OnlineBuilder = 1 };
+enum IconSource { LocalFile = 0, OnlineBuilder = 1, OwnIcon = 2 };
 
 QString previewStyle()
 {
@@ -132,6 +132,11 @@ void IconStateWidget::updateCurrentIcon(QString const& path)
     shownPath = path;
 }
 
+void IconStateWidget::setDefaultIcon(QString const& path)
+{
+    defaultPath = path;
+}
+
 bool IconStateWidget::showPicture(QString const& path)
 {
     QPixmap const pixmap = PictureFile::pixmap(
@@ -197,12 +202,17 @@ void IconStateWidget::onSelectIconFile()
 {
     // The host may delete the panel while one of the dialogs is open, or over what it is told.
     QPointer<IconStateWidget> const self(this);
-    int const source = IconBuilder::showIconEditMenu(ui->btnSelect->mapFromGlobal(QPoint(0, 0)));
+    bool const canReset = !defaultPath.isEmpty() && defaultPath != shownPath;
+    int const source = IconBuilder::showIconEditMenu(ui->btnSelect->mapFromGlobal(QPoint(0, 0)), canReset);
     if (!self) {
         return;
     }
     if (source == OnlineBuilder) {
         emit buildIcon();
+        return;
+    }
+    if (source == OwnIcon) {
+        changeIcon(defaultPath);
         return;
     }
     if (source != LocalFile) {
@@ -218,11 +228,16 @@ void IconStateWidget::onSelectIconFile()
     }
     QString const path = IconBuilder::getOpenFileName(file);
     qDebug() << "[IconStateWidget][onSelectIconFile][imagePath]" << path;
-    if (!self || !QFile::exists(path)) {
-        return;
+    if (self && QFile::exists(path)) {
+        changeIcon(path);
     }
-    updateCurrentIcon(path);
-    emit iconPathChanged(std::max(0, pages->checkedId()), path);
+}
+
+void IconStateWidget::changeIcon(QString const& path)
+{
+    QString const chosen = path; // what is shown changes under whoever is told
+    updateCurrentIcon(chosen);
+    emit iconPathChanged(std::max(0, pages->checkedId()), chosen);
 }
 
 QString IconStateWidget::askForFile()

@@ -44,6 +44,9 @@ public:
     //! Shows the picture at \a path: a GIF keeps its aspect ratio, a still picture is stretched.
     Q_INVOKABLE void updateCurrentIcon(QString const& path);
 
+    //! The action's own picture for the state that is shown; empty: there is none to go back to.
+    Q_INVOKABLE void setDefaultIcon(QString const& path);
+
     //! Clicks the page button with \a id as the user would; an unknown id does nothing.
     Q_INVOKABLE void clickButton(int id);
     //! One page button per name with ids from 0, the first one selected, no signal. None when they do not fit
@@ -58,7 +61,7 @@ public:
     void initPushButtonMenu(std::function<void(QPushButton*)> const& initialise);
 
 signals:
-    //! The user chose a picture for the state \a index.
+    //! The user chose a picture for the state \a index, or went back to the action's own.
     void iconPathChanged(int index, QString const& path);
     //! A page button was clicked.
     void iconIndexChanged(int index);
@@ -77,10 +80,12 @@ protected:
 
 private:
     QString askForFile();
+    void changeIcon(QString const& path);
     bool showPicture(QString const& path);
 
     std::unique_ptr<Ui::IconStateWidget> ui;
     AnimatedIcon* animation = nullptr;
     QButtonGroup* const pages;
     QString shownPath;
+    QString defaultPath;
 };

@@ -121,6 +121,8 @@ void addTextSetting(GallerySheet& sheet)
     sheet.add(u"Icon source"_s, menu);
     hover(part(menu, u"btnIconBuilder"_s));
     sheet.add(u"… pointed at"_s, menu);
+    menu.offerReset();
+    sheet.add(u"… with another icon than the action's own"_s, menu);
 
     MekTooltipButton button;
     button.setText(u"Tooltip button"_s);

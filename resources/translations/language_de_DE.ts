@@ -72,6 +72,10 @@
         <source>LAB_FILTER_IMAGE_FILES</source>
         <translation>Bilddateien </translation>
     </message>
+    <message>
+        <source>LAB_ICON_NO_PICTURE</source>
+        <translation>Diese Datei lässt sich nicht als Bild anzeigen. Das Symbol bleibt, wie es ist.</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>
@@ -82,6 +86,10 @@
     <message>
         <source>LAB_ICON_EDIT_ICONBUILDER</source>
         <translation>Icon Builder</translation>
+    </message>
+    <message>
+        <source>LAB_ICON_EDIT_RESET</source>
+        <translation>Ursprüngliches Symbol</translation>
     </message>
 </context>
 <context>

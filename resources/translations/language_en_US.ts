@@ -72,6 +72,10 @@
         <source>LAB_FILTER_IMAGE_FILES</source>
         <translation>Image files </translation>
     </message>
+    <message>
+        <source>LAB_ICON_NO_PICTURE</source>
+        <translation>This file cannot be shown as a picture. The icon stays as it is.</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>
@@ -82,6 +86,10 @@
     <message>
         <source>LAB_ICON_EDIT_ICONBUILDER</source>
         <translation>Icon Builder</translation>
+    </message>
+    <message>
+        <source>LAB_ICON_EDIT_RESET</source>
+        <translation>Original icon</translation>
     </message>
 </context>
 <context>

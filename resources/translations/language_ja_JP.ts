@@ -72,6 +72,10 @@
         <source>LAB_FILTER_IMAGE_FILES</source>
         <translation>画像ファイル </translation>
     </message>
+    <message>
+        <source>LAB_ICON_NO_PICTURE</source>
+        <translation>このファイルは画像として表示できません。アイコンは変更されません。</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>
@@ -82,6 +86,10 @@
     <message>
         <source>LAB_ICON_EDIT_ICONBUILDER</source>
         <translation>アイコンビルダー</translation>
+    </message>
+    <message>
+        <source>LAB_ICON_EDIT_RESET</source>
+        <translation>元のアイコンに戻す</translation>
     </message>
 </context>
 <context>

@@ -72,6 +72,10 @@
         <source>LAB_FILTER_IMAGE_FILES</source>
         <translation>이미지 파일 </translation>
     </message>
+    <message>
+        <source>LAB_ICON_NO_PICTURE</source>
+        <translation>이 파일은 이미지로 표시할 수 없습니다. 아이콘은 그대로 유지됩니다.</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>
@@ -82,6 +86,10 @@
     <message>
         <source>LAB_ICON_EDIT_ICONBUILDER</source>
         <translation>아이콘 빌더</translation>
+    </message>
+    <message>
+        <source>LAB_ICON_EDIT_RESET</source>
+        <translation>원래 아이콘으로 되돌리기</translation>
     </message>
 </context>
 <context>

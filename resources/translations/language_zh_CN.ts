@@ -72,6 +72,10 @@
         <source>LAB_FILTER_IMAGE_FILES</source>
         <translation>图片文件 </translation>
     </message>
+    <message>
+        <source>LAB_ICON_NO_PICTURE</source>
+        <translation>此文件无法作为图片显示。图标保持不变。</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>
@@ -82,6 +86,10 @@
     <message>
         <source>LAB_ICON_EDIT_ICONBUILDER</source>
         <translation>图标制作工具</translation>
+    </message>
+    <message>
+        <source>LAB_ICON_EDIT_RESET</source>
+        <translation>恢复原始图标</translation>
     </message>
 </context>
 <context>

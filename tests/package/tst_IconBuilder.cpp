@@ -13,6 +13,7 @@
 #include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QMovie>
 #include <QPainter>
 #include <QProgressBar>
@@ -195,6 +196,7 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("suffix"); // of the icon
         QTest::addColumn<QString>("warning");
         auto const unreadable = u"^\\[PictureFile\\]\\[read\\]"_s;
         auto const unplayable = u"^\\[AnimatedIcon\\]\\[play\\]"_s;
@@ -202,28 +204,32 @@ private slots:
         QBuffer buffer(&good);
         QVERIFY(halves({4, 4}).save(&buffer, "PNG"));
         auto const gif = TestGif::gif({{}, {}});
-        QTest::newRow("wrongly named") << u"a.jpg"_s << good << QString();
-        QTest::newRow("an animation named otherwise") << u"a.png"_s << gif << QString();
-        QTest::newRow("an animation") << u"a.GIF"_s << gif << QString();
-        QTest::newRow("empty") << u"a.png"_s << QByteArray() << unreadable;
-        QTest::newRow("truncated") << u"a.png"_s << good.first(40) << unreadable;
-        QTest::newRow("gigantic") << u"a.png"_s << QByteArray("P6 32000 32000 255 rgb")
+        QTest::newRow("wrongly named") << u"a.jpg"_s << good << u"png"_s << QString();
+        QTest::newRow("a picture named as an animation") << u"a.gif"_s << good << u"png"_s << QString();
+        QTest::newRow("an animation named otherwise") << u"a.png"_s << gif << u"gif"_s << QString();
+        QTest::newRow("an animation") << u"a.GIF"_s << gif << u"GIF"_s << QString();
+        QTest::newRow("empty") << u"a.png"_s << QByteArray() << u"png"_s << unreadable;
+        QTest::newRow("truncated") << u"a.png"_s << good.first(40) << u"png"_s << unreadable;
+        QTest::newRow("gigantic") << u"a.png"_s << QByteArray("P6 32000 32000 255 rgb") << u"png"_s
                                   << unreadable + ".*is too large"_L1;
-        QTest::newRow("an empty animation") << u"a.gif"_s << QByteArray() << unplayable;
+        QTest::newRow("an empty animation") << u"a.gif"_s << QByteArray() << u"gif"_s << unplayable;
         QTest::newRow("a gigantic animation")
-            << u"a.gif"_s << TestGif::gif({{}}, 0, {60'000, 60'000}) << unplayable;
+            << u"a.gif"_s << TestGif::gif({{}}, 0, {60'000, 60'000}) << u"gif"_s << unplayable;
     }
 
-    //! What is missing leaves the preview as it was; what cannot be read empties it, with a word in the log,
-    //! and OK does not write the picture before it under the new name.
+    //! What is missing leaves the preview as it was. Of what cannot be read the user is told and the picture
+    //! before stays; a host that insists gets an empty preview, and OK does not write the picture before it
+    //! under the new name.
     void readsPictures()
     {
         QFETCH(QString, name);
         QFETCH(QByteArray, bytes);
+        QFETCH(QString, suffix);
         QFETCH(QString, warning);
         DialogIconBuilder builder;
         auto* const preview = child<QLabel>(builder, "imgIcon");
-        builder.setImagePath(picture(u"before.png"_s));
+        QString const before = picture(u"before.png"_s);
+        builder.setImagePath(before);
         for (auto const& nothing :
             {path(u"missing.png"_s), path(u"missing.gif"_s), folder->path(), QString()}) {
             builder.setImagePath(nothing);
@@ -231,17 +237,28 @@ private slots:
             QCOMPARE(preview->pixmap().size(), kFace);
         }
 
+        QString const file = folder->file(name, bytes);
+        bool const isGif = suffix.compare("gif"_L1, Qt::CaseInsensitive) == 0;
+        QString told;
         if (!warning.isEmpty()) {
+            builder.setImagePath(before);
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(warning));
+            answerInTurn({[&](QWidget* box) {
+                told = qobject_cast<QMessageBox*>(box)->text();
+                box->close();
+            }});
+            QVERIFY(!builder.openPicture(file));
+            QCOMPARE(told, u"LAB_ICON_NO_PICTURE"_s);
+            QCOMPARE(builder.getImagePath(), before);
+            QCOMPARE(preview->pixmap().size(), kFace);
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(warning));
+            builder.setImagePath(file);
+        } else {
+            QVERIFY(builder.openPicture(file));
         }
-        builder.setImagePath(folder->file(name, bytes));
-        bool const isGif = name.endsWith("gif"_L1, Qt::CaseInsensitive);
         QCOMPARE(preview->movie() || !preview->pixmap().isNull(), warning.isEmpty());
         QCOMPARE(child<QComboBox>(builder, "cbBuilderList")->isEnabled(), !isGif);
-        if (warning.isEmpty()) {
-            return;
-        }
-        if (isGif) {
+        if (isGif && !warning.isEmpty()) {
             QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^\\[GifConverter\\]"_s));
         }
         QSignalSpy const finished(&builder, &QDialog::finished);
@@ -249,7 +266,12 @@ private slots:
         QTRY_COMPARE(finished.size(), 1);
         QFile copy(builder.getImagePath());
         QVERIFY(copy.open(QIODevice::ReadOnly));
-        QCOMPARE(copy.readAll(), bytes);
+        QCOMPARE(QFileInfo(copy).suffix(), suffix);
+        if (warning.isEmpty()) {
+            QCOMPARE(QImageReader::imageFormat(&copy), suffix.toLower().toLatin1());
+        } else {
+            QCOMPARE(copy.readAll(), bytes);
+        }
     }
 
     void turnsPhotosUpright()

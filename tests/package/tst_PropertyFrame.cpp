@@ -14,6 +14,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QMovie>
 #include <QPointer>
 #include <QPushButton>
@@ -348,10 +349,19 @@ private slots:
             QCOMPARE(dialog->pos(), child<QWidget>("btnSelect")->mapToGlobal(QPoint(-15, -5)));
             QTest::keyClick(dialog, Qt::Key_Escape);
         };
-        row("a file", {local, file, ok}, "changing,changed,icon");
+        Answer const refuse = [](QWidget* box) {
+            QVERIFY(qobject_cast<QMessageBox*>(box));
+            box->close();
+        };
+        row("a file", {local, file, ok}, "changing,changed,icon,own");
         row("no file", {local, pick({}, folder.path())}, "changing");
         row("builder cancelled", {local, file, press(u"btnCancel"_s)}, "changing,changed");
         row("online", {press(u"btnIconBuilder"_s)}, "build");
+        Answer const text = [answer = pick(folder.file(u"text.png"_s, "text"))](QWidget* dialog) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"^\\[PictureFile\\]\\[read\\]"_s));
+            answer(dialog);
+        };
+        row("no picture", {local, text, refuse}, "changing,changed");
         row("menu closed", {[](QWidget* dialog) { dialog->close(); }}, "");
         row("escape", {escape}, "");
         row("deleted under the menu", {deleting(local)}, "");
@@ -364,6 +374,9 @@ private slots:
         QFETCH(QList<Answer>, answers);
         frame->generateButtonsByStateNames({u"a"_s, u"b"_s}, true);
         QVERIFY(QTest::qWaitForWindowActive(frame.get()));
+        QString const own = folder.picture(u"own.png"_s, {9, 9}, Qt::cyan);
+        frame->setPluginIconList({own, own});
+        frame->setDefaultIconList({{}, own});
         page(1)->click();
         QStringList order;
         auto* const host = frame.get();
@@ -379,12 +392,31 @@ private slots:
         connect(host, &PropertyLostDelegates::buildIcon, host, [&] { order += u"build"_s; });
         connect(host, &BasePropertyWidget::pluginIconChanged, host, [&](int index, QString const& path) {
             QCOMPARE(index, 1);
+            if (path == own) {
+                QCOMPARE(preview(), QColor(Qt::cyan));
+                order += u"own"_s;
+                return;
+            }
             QVERIFY(path.startsWith(folder.path(u"data/icon/"_s)) && QFile::exists(path));
             QCOMPARE(preview(), QColor(Qt::magenta));
             order += u"icon"_s;
         });
         answerInTurn(answers);
         child<QPushButton>("btnSelect")->click();
+        if (order.endsWith(u"icon"_s)) {
+            // Back to the action's own, which is offered while there is another one.
+            auto const offers = [](bool isOffered) {
+                return [isOffered](QWidget* menu) {
+                    auto* const reset = menu->findChild<QPushButton*>(u"btnReset"_s);
+                    QCOMPARE(reset->isVisible(), isOffered);
+                    isOffered ? reset->click() : menu->hide();
+                };
+            };
+            for (bool isOffered : {true, false}) {
+                answerInTurn({offers(isOffered)});
+                child<QPushButton>("btnSelect")->click();
+            }
+        }
         QTEST(order.join(u','), "outcome");
     }
 

@@ -91,7 +91,12 @@ private slots:
             {"frame", make<BasePropertyWidget>},
             {"knob", make<BaseKnobPropertyWidget>},
             {"text look", make<ZoDisplayViewTextSetting>},
-            {"icon source", make<DialogIconEditMenu>},
+            {"icon source",
+                [] {
+                    auto menu = std::make_unique<DialogIconEditMenu>();
+                    menu->offerReset();
+                    return menu;
+                }},
             {"icon builder", make<DialogIconBuilder>},
             {"stream", make<SlobsStreamPropertyView, false>},
             {"scene", make<SlobsScenePropertyView, false>},

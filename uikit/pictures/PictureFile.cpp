@@ -48,6 +48,17 @@ QSize PictureFile::size(QString const& path, qint64 maxPixels)
     return size.isEmpty() || pixelsOf(size) > maxPixels ? QSize() : size;
 }
 
+QString PictureFile::suffix(QString const& path)
+{
+    QString named = QFileInfo(path).suffix();
+    QByteArray const format = QFileInfo(path).isFile() ? QImageReader(path).format() : QByteArray();
+    QString const kind = named.toLower() == "jpg"_L1 ? u"jpeg"_s : named.toLower();
+    if (format.isEmpty() || kind == QLatin1StringView(format)) {
+        return named;
+    }
+    return format == "gif" ? u"gif"_s : u"png"_s;
+}
+
 QString PictureFile::identity(QString const& path)
 {
     if (path.startsWith(u':')) {

@@ -28,6 +28,10 @@ public:
     //! \a maxPixels.
     static QSize size(QString const& path, qint64 maxPixels = kMaxPixels);
 
+    //! The suffix that tells what the file is: its own, unless its content is a picture of another kind; then
+    //! "gif", or "png" for all still pictures.
+    static QString suffix(QString const& path);
+
     //! Another one when the file at \a path has changed; resources stay as they are.
     static QString identity(QString const& path);
 
