@@ -17,6 +17,7 @@ public:
     static void modifyPropertyWidgetLabel(QLabel* label, int bottom, ZoDisplayViewAttribute const& attribute);
 
     //! Sets a text that is wider than its label in narrower letters of the same height, down to two thirds of
-    //! their width; what is wider still is cut off. Both of the above do it as well.
+    //! their width. What is wider still is the label's to end (see TitleLabel). Both of the above do it as
+    //! well.
     static void fitText(QLabel* label);
 };

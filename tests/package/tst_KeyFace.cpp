@@ -217,6 +217,29 @@ private slots:
         QCOMPARE(pixel(&face, {75, 54}), QColor(Qt::yellow));
     }
 
+    //! Narrower first, then with an end that shows that something is missing, at whichever side it begins.
+    void longTitles()
+    {
+        ZoBaseHotkeyWidget face;
+        face.show();
+        auto const drawn = [&](QString const& title) {
+            face.setIconTitle(title);
+            return child(&face, "lblTitle")->grab().toImage();
+        };
+        for (auto const side : {Qt::AlignLeft, Qt::AlignHCenter, Qt::AlignRight}) {
+            ZoDisplayViewAttribute look;
+            look.horAlignment = side;
+            face.adjustView(look);
+            QString const shrunk = u"Main scene"_s;
+            QVERIFY(drawn(shrunk + u'x') != drawn(shrunk + u'y'));
+            QString const cut = u"Scene and much more than fits"_s;
+            QVERIFY(drawn(cut + u'x') == drawn(cut + u'y'));
+            QVERIFY(drawn(u'x' + cut) != drawn(u'y' + cut));
+            face.setIconTitle(cut);
+            QCOMPARE(child(&face, "lblTitle")->text(), cut);
+        }
+    }
+
     void masks()
     {
         ZoBaseHotkeyWidget face;
