@@ -2,15 +2,14 @@
 
 #include "actions/SlobsPanelMessages.h"
 #include "uikit/BasePropertyWidget.h"
+#include "uikit/ChoiceBox.h"
 #include "uikit/Visibility.h"
 
-#include <QComboBox>
 #include <QEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QStandardItemModel>
-#include <QStyledItemDelegate>
 
 #include <algorithm>
 #include <utility>
@@ -139,7 +138,7 @@ QString BaseSlobsPropertyView::nameOf(
 }
 
 BaseSlobsPropertyView::Selection BaseSlobsPropertyView::fillChoices(
-    QComboBox* box, QList<Choice> choices, Choice const& configured)
+    ChoiceBox* box, QList<Choice> choices, Choice const& configured)
 {
     bool const missing =
         !configured.id.isEmpty() && std::ranges::find(choices, configured.id, &Choice::id) == choices.end();
@@ -159,6 +158,7 @@ BaseSlobsPropertyView::Selection BaseSlobsPropertyView::fillChoices(
         if (missing) {
             addDisabledItemToLast(box, configured.name, configured.id);
         }
+        box->tellApart();
     }
     if (!choices.isEmpty()) {
         auto const chosen = std::ranges::find(choices, configured.id, &Choice::id);
@@ -235,12 +235,6 @@ void BaseSlobsPropertyView::showPane()
 bool BaseSlobsPropertyView::event(QEvent* event)
 {
     Visibility::styleUpon(event, this, &panelStyle);
-    if (event->type() == QEvent::Polish) {
-        // Only a styled delegate lets the style sheet reach the entries of a list. Setting it makes the list.
-        for (auto* box : findChildren<QComboBox*>(Qt::FindDirectChildrenOnly)) {
-            box->setItemDelegate(new QStyledItemDelegate(box));
-        }
-    }
     return QWidget::event(event);
 }
 

@@ -14,6 +14,7 @@
 #include <optional>
 
 class BasePropertyWidget;
+class ChoiceBox;
 class QComboBox;
 class QLabel;
 class QPushButton;
@@ -97,7 +98,7 @@ protected:
     //! Fills \a box with \a choices and selects \a configured. Where that is missing it is appended as an
     //! entry that cannot be chosen; where nothing is configured the first entry shows. A box that holds all
     //! that already is left alone.
-    Selection fillChoices(QComboBox* box, QList<Choice> choices, Choice const& configured);
+    Selection fillChoices(ChoiceBox* box, QList<Choice> choices, Choice const& configured);
 
     //! The sentence below the lists about what is configured, while the link is there.
     void showSelection(Selection newSelection);

@@ -4,6 +4,7 @@
 #include "tests/TestGif.h"
 #include "uikit/AnimatedIcon.h"
 #include "uikit/BasePropertyWidget.h"
+#include "uikit/ChoiceBox.h"
 #include "uikit/IconStateWidget.h"
 #include "uikit/pictures/PictureFile.h"
 
@@ -418,6 +419,25 @@ private slots:
             }
         }
         QTEST(order.join(u','), "outcome");
+    }
+
+    void choicesAreToldApart()
+    {
+        ChoiceBox box;
+        box.resize(150, 24);
+        QString const wide = u"A name that is far too wide for its box "_s;
+        box.addItems({u"Twin"_s, wide + u'x', u"Twin"_s, wide + u'y'});
+        box.tellApart();
+        QCOMPARE(box.shownText(0), u"Twin · 1/2"_s);
+        QCOMPARE(box.shownText(1), wide + u'x');
+        QCOMPARE(box.shownText(2), u"Twin · 2/2"_s);
+        QList<QImage> drawn;
+        for (int i = 0; i < box.count(); ++i) {
+            box.setCurrentIndex(i);
+            drawn.append(box.grab().toImage());
+        }
+        QVERIFY(drawn[0] != drawn[2] && drawn[1] == drawn[3]); // the wide ones' ends are left out
+        QCOMPARE(box.itemText(2), u"Twin"_s);
     }
 
     void textLookMenu()
