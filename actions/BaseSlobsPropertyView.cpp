@@ -16,41 +16,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-//! Once for all panels; the frame has its own.
-QString panelStyle()
-{
-    return uR"(
-BaseSlobsPropertyView { background: rgb(40,40,40); }
-#txtSceneListTitle, #txtSceneItemListTitle, #txtAudioListTitle { color: rgb(161,161,161); font: bold 12px; }
-#txtWarningMessage { color: #ffb84d; font-size: 12px; }
-#txtChoiceHint { color: rgb(161,161,161); font-size: 12px; }
-BaseSlobsPropertyView > QComboBox { background: #1e1e1e; color: white; font: bold 12px; border: none; border-radius: 3px; padding: 0 7px; }
-BaseSlobsPropertyView > QComboBox:focus { border: 1px solid #ff9900; padding: 0 6px; }
-BaseSlobsPropertyView > QComboBox::drop-down { border: none; width: 24px; }
-BaseSlobsPropertyView > QComboBox::down-arrow { image: url(:/images/component_btn_combo_arrow_n.svg); width: 12px; height: 12px; }
-BaseSlobsPropertyView > QComboBox::down-arrow:hover { image: url(:/images/component_btn_combo_arrow_m.svg); }
-BaseSlobsPropertyView > QComboBox QAbstractItemView { background: #1e1e1e; color: white; border: 1px solid black; outline: none; }
-BaseSlobsPropertyView > QComboBox QAbstractItemView::item { height: 24px; padding-left: 5px; background: transparent; }
-BaseSlobsPropertyView > QComboBox QAbstractItemView::item:selected { background: #ff9900; color: black; }
-BaseSlobsPropertyView > QComboBox QAbstractItemView::item:disabled { background: rgb(45,45,45); color: rgb(110,110,110); }
-#btnRefresh, #btnGoAuth, #btnCollectionTip { border: none; border-radius: 3px; background: transparent; }
-#btnRefresh:focus, #btnGoAuth:focus, #btnCollectionTip:focus { border: 1px solid #ff9900; }
-#btnRefresh { image: url(:/images/component_btn_refresh_n.svg); }
-#btnRefresh:hover { image: url(:/images/component_btn_refresh_m.svg); }
-#btnRefresh:pressed { image: url(:/images/component_btn_refresh_c.svg); }
-#btnGoAuth { image: url(:/images/component_btn_window_stting_n.svg); }
-#btnGoAuth:hover { image: url(:/images/component_btn_window_stting_m.svg); }
-#btnGoAuth:pressed { image: url(:/images/component_btn_window_stting_c.svg); }
-#btnCollectionTip { image: url(:/images/component_btn_tip_n.svg); }
-#btnCollectionTip:hover { image: url(:/images/component_btn_tip_m.svg); }
-QToolTip { color: white; background: rgb(30,30,30); border: 1px solid black; font-size: 12px; }
-)"_s;
-}
-
-} // namespace
-
 BaseSlobsPropertyView::BaseSlobsPropertyView(QWidget* parent) : QWidget(parent)
 {
     setAttribute(Qt::WA_StyledBackground);
@@ -234,7 +199,7 @@ void BaseSlobsPropertyView::showPane()
 
 bool BaseSlobsPropertyView::event(QEvent* event)
 {
-    Visibility::styleUpon(event, this, &panelStyle);
+    Visibility::styleUpon(event, this, u"BaseSlobsPropertyView"_s);
     return QWidget::event(event);
 }
 

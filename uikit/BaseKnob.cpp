@@ -1,6 +1,7 @@
 #include "uikit/BaseKnob.h"
 
 #include "ui_BaseKnob.h"
+#include "uikit/KitStyle.h"
 #include "uikit/pictures/PictureFile.h"
 
 #include <QPainter>
@@ -8,6 +9,8 @@
 
 #include <algorithm>
 #include <limits>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -23,6 +26,7 @@ constexpr int kPerDegree = 16;
 BaseKnob::BaseKnob(QWidget* parent) : QWidget(parent), ui(std::make_unique<Ui::BaseKnob>())
 {
     ui->setupUi(this);
+    setStyleSheet(KitStyle::sheet(u"BaseKnob"_s));
     setAttribute(Qt::WA_StyledBackground);
     hideIcon();
 }

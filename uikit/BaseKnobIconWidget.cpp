@@ -2,11 +2,15 @@
 
 #include "ui_BaseKnobIconWidget.h"
 #include "uikit/BaseKnob.h"
+#include "uikit/KitStyle.h"
+
+using namespace Qt::StringLiterals;
 
 BaseKnobIconWidget::BaseKnobIconWidget(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui::BaseKnobIconWidget>())
 {
     ui->setupUi(this);
+    setStyleSheet(KitStyle::sheet(u"BaseKnobIconWidget"_s));
     ui->lblMaskDisable->hide();
 }
 

@@ -2,6 +2,7 @@
 
 #include "ui_BaseKnobPropertyWidget.h"
 #include "uikit/BaseKnobStateWidget.h"
+#include "uikit/KitStyle.h"
 #include "uikit/pictures/PictureFile.h"
 
 #include <QDebug>
@@ -9,10 +10,14 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 BaseKnobPropertyWidget::BaseKnobPropertyWidget(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui::BaseKnobPropertyWidget>())
 {
     ui->setupUi(this);
+    setStyleSheet(KitStyle::sheet(u"BasePropertyWidget"_s) + KitStyle::sheet(u"BaseKnobPropertyWidget"_s));
+    ui->btnSetting->setStyleSheet(KitStyle::sheet(u"KnobSetting"_s));
     ui->lineEdtPluginTitle->setAttribute(Qt::WA_MacShowFocusRect, false);
     ui->btnSetting->hide();
     lineEditConnect();

@@ -1,6 +1,7 @@
 #include "uikit/BaseKnobStateWidget.h"
 
 #include "ui_BaseKnobStateWidget.h"
+#include "uikit/KitStyle.h"
 #include "uikit/PageButtons.h"
 #include "uikit/pictures/PictureFile.h"
 
@@ -28,6 +29,7 @@ BaseKnobStateWidget::BaseKnobStateWidget(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui::BaseKnobStateWidget>()), pages(new QButtonGroup(this))
 {
     ui->setupUi(this);
+    setStyleSheet(KitStyle::sheet(u"BaseKnobStateWidget"_s));
     setAttribute(Qt::WA_StyledBackground);
     pages->setExclusive(true);
     connect(

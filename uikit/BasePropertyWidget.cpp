@@ -20,16 +20,6 @@ namespace {
 constexpr QRect kFixedIconGeometry{70, 81, 100, 72};
 constexpr QSize kTextSettingSize{286, 138};
 
-QString frameStyle()
-{
-    return uR"(
-#lblBackground { background-color: rgb(40,40,40); }
-#lblPluginTitle { color: rgb(161,161,161); font-size: 12px; font-weight: bold; }
-#lineEdtPluginTitle { background-color: #1E1E1E; color: white; font-size: 12px; font-weight: bold; padding-left: 5px; padding-right: 5px; border: none; border-radius: 3px; selection-background-color: #FF9900; selection-color: black; }
-#lineEdtPluginTitle:focus { border: 1px solid #FF9900; }
-)"_s;
-}
-
 } // namespace
 
 BasePropertyWidget::BasePropertyWidget(QWidget* parent)
@@ -205,7 +195,7 @@ void BasePropertyWidget::onIconIndexChanged(int index)
 
 bool BasePropertyWidget::event(QEvent* event)
 {
-    Visibility::styleUpon(event, this, &frameStyle);
+    Visibility::styleUpon(event, this, u"BasePropertyWidget"_s);
     return PropertyLostDelegates::event(event);
 }
 

@@ -3,6 +3,7 @@
 #include "relay/ZoLumenProxy.h"
 #include "ui_DialogIconBuilder.h"
 #include "uikit/AnimatedIcon.h"
+#include "uikit/KitStyle.h"
 #include "uikit/pictures/GifConverter.h"
 
 #include <QDateTime>
@@ -59,6 +60,7 @@ bool save(QImage const& image, QString const& path)
 DialogIconBuilder::DialogIconBuilder(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), ui(std::make_unique<Ui::DialogIconBuilder>())
 {
+    setStyleSheet(KitStyle::sheet(u"DialogIconBuilder"_s));
     ui->setupUi(this);
     ui->cbBuilderList->setView(new QListView(ui->cbBuilderList));
     // Only a styled delegate lets the dialog's style sheet reach the entries.

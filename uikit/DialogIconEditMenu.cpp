@@ -1,8 +1,11 @@
 #include "uikit/DialogIconEditMenu.h"
 
 #include "ui_DialogIconEditMenu.h"
+#include "uikit/KitStyle.h"
 
 #include <QEvent>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -14,6 +17,7 @@ DialogIconEditMenu::DialogIconEditMenu(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), ui(std::make_unique<Ui::DialogIconEditMenu>())
 {
     ui->setupUi(this);
+    setStyleSheet(KitStyle::sheet(u"DialogIconEditMenu"_s));
     for (QObject* watched : {static_cast<QObject*>(this), static_cast<QObject*>(ui->btnLocalDisk),
              static_cast<QObject*>(ui->btnIconBuilder)}) {
         watched->installEventFilter(this);

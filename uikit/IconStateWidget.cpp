@@ -30,29 +30,6 @@ constexpr int kTitleBottom = 144;
 
 enum IconSource { LocalFile = 0, OnlineBuilder = 1, OwnIcon = 2 };
 
-QString previewStyle()
-{
-    return uR"(
-IconStateWidget { background-color: rgb(30,30,30); }
-#widgetIcon { background-color: rgb(30,30,30); border: none; border-radius: 3px; }
-#lblImageArea { border: none; }
-#lblIcon { background-color: transparent; }
-#lblImageText { color: white; font-size: 13px; border: none; background-color: transparent; }
-#settingButtonWidget > QPushButton { background-color: transparent; border: 1px solid transparent; border-radius: 3px; }
-#settingButtonWidget > QPushButton:focus { border-color: #FF9900; }
-#settingButtonWidget > QPushButton::menu-indicator { image: none; width: 0px; }
-#btnSelect { image: url(:/images/component_btn_photo_n.svg); }
-#btnSelect:hover { image: url(:/images/component_btn_photo_m.svg); }
-#btnSelect:pressed { image: url(:/images/component_btn_photo_c.svg); }
-#btnSelect:disabled { image: url(:/images/component_btn_photo_d.svg); }
-#btnTextEdit { image: url(:/images/component_btn_text_edit_n.svg); }
-#btnTextEdit:hover { image: url(:/images/component_btn_text_edit_m.svg); }
-#btnTextEdit:pressed, #btnTextEdit:checked { image: url(:/images/component_btn_text_edit_c.svg); }
-#btnTextEdit:disabled { image: url(:/images/component_btn_text_edit_d.svg); }
-QToolTip { color: white; background-color: rgb(30,30,30); font-size: 12px; border: 1px solid black; }
-)"_s;
-}
-
 } // namespace
 
 IconStateWidget::IconStateWidget(QWidget* parent)
@@ -260,7 +237,7 @@ QString IconStateWidget::askForFile()
 
 bool IconStateWidget::event(QEvent* event)
 {
-    Visibility::styleUpon(event, this, &previewStyle);
+    Visibility::styleUpon(event, this, u"IconStateWidget"_s);
     bool const isHandled = QWidget::event(event);
     if (event->type() == QEvent::Polish) {
         ZoDisplayViewLabelHandler::fitText(ui->lblImageText);

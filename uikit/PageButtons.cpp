@@ -11,15 +11,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString pageButtonStyle()
-{
-    return u"QPushButton {background-image: url(:/images/component_btn_page_unselected.png); border: none;}"
-           "QPushButton:hover, QPushButton:checked"
-           " {border-image: url(:/images/component_btn_page_selected.png);}"
-           "QPushButton:focus {outline: 1px solid #FF9900;}"
-           "QToolTip {color: white; background-color: rgb(30,30,30); font-size: 12px; border: 1px solid black;}"_s;
-}
-
 class PageButton : public QPushButton
 {
 public:
@@ -28,7 +19,7 @@ public:
 protected:
     bool event(QEvent* event) override
     {
-        Visibility::styleUpon(event, this, &pageButtonStyle);
+        Visibility::styleUpon(event, this, u"PageButtons"_s);
         return QPushButton::event(event);
     }
 };

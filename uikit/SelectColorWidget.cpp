@@ -1,8 +1,11 @@
 #include "uikit/SelectColorWidget.h"
 
 #include "ui_SelectColorWidget.h"
+#include "uikit/KitStyle.h"
 
 #include <algorithm>
+
+using namespace Qt::StringLiterals;
 
 std::array<QColor, 10> const SelectColorWidget::colorTable{
     QColor(255, 0, 0),
@@ -21,6 +24,7 @@ SelectColorWidget::SelectColorWidget(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui::SelectColorWidget>())
 {
     ui->setupUi(this);
+    setStyleSheet(KitStyle::sheet(u"SelectColorWidget"_s));
     int id = 0;
     for (QPushButton* button :
         {ui->btnColor_01, ui->btnColor_02, ui->btnColor_03, ui->btnColor_04, ui->btnColor_05, ui->btnColor_06,

@@ -1,5 +1,7 @@
 #include "uikit/Visibility.h"
 
+#include "uikit/KitStyle.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 #include <QWidget>
@@ -15,10 +17,10 @@ void Visibility::styleWhenShown(QWidget* panel)
     }
 }
 
-void Visibility::styleUpon(QEvent const* event, QWidget* widget, QString (*styleSheet)())
+void Visibility::styleUpon(QEvent const* event, QWidget* widget, QString const& section)
 {
     if (event->type() == QEvent::Polish) {
-        widget->setStyleSheet(styleSheet() + widget->styleSheet());
+        widget->setStyleSheet(KitStyle::sheet(section) + widget->styleSheet());
     }
 }
 

@@ -13,9 +13,10 @@ public:
     //! the next turn of the event loop, shown or not. Does nothing once the panel is shown.
     static void styleWhenShown(QWidget* panel);
 
-    //! To be called from the event handler of \a widget before all else: gives it \a styleSheet when it is
-    //! first shown or grabbed. In its form the sheet would have all that is in it styled while it is built.
-    static void styleUpon(QEvent const* event, QWidget* widget, QString (*styleSheet)());
+    //! To be called from the event handler of \a widget before all else: gives it the \a section of KitStyle
+    //! when it is first shown or grabbed. In its form the sheet would have all that is in it styled while it
+    //! is built.
+    static void styleUpon(QEvent const* event, QWidget* widget, QString const& section);
 
     //! As QWidget::setVisible; but where setVisible(true) would have a \a child styled at once, while its
     //! parent is hidden, this leaves it to the show of the parent.

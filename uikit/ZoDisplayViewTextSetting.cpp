@@ -1,6 +1,7 @@
 #include "uikit/ZoDisplayViewTextSetting.h"
 
 #include "ui_ZoDisplayViewTextSetting.h"
+#include "uikit/KitStyle.h"
 #include "uikit/ZoDisplayViewStyleSheet.h"
 
 #include <QColorDialog>
@@ -25,6 +26,8 @@ ZoDisplayViewTextSetting::ZoDisplayViewTextSetting(QWidget* parent)
     : QDialog(parent), ui(std::make_unique<Ui::ZoDisplayViewTextSetting>())
 {
     ui->setupUi(this);
+    ui->widgetTitle->setStyleSheet(KitStyle::sheet(u"TextSettingTitle"_s));
+    ui->widgetBody->setStyleSheet(KitStyle::sheet(u"TextSettingBody"_s));
     setWindowFlags(Qt::Dialog | Qt::FramelessWindowHint);
     ui->btnAlginGroup->setId(ui->btnAlignLeft, Left);
     ui->btnAlginGroup->setId(ui->btnAlignCenter, Center);
