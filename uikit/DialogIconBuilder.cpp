@@ -210,12 +210,9 @@ void DialogIconBuilder::copyImage()
         return;
     }
     auto const copy = iconFile(PictureFile::suffix(imagePath));
-    if (!QFile::copy(imagePath, copy)) {
-        return;
+    if (PictureFile::copy(imagePath, copy)) {
+        imagePath = copy;
     }
-    // A copy of a read-only file is read-only as well, and has to be written once more.
-    QFile::setPermissions(copy, QFile::permissions(copy) | QFile::ReadOwner | QFile::WriteOwner);
-    imagePath = copy;
 }
 
 void DialogIconBuilder::onConversionFinished()

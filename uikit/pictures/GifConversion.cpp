@@ -1,6 +1,7 @@
 #include "uikit/pictures/GifConversion.h"
 
 #include "uikit/pictures/GifConverter.h"
+#include "uikit/pictures/PictureFile.h"
 
 #include <QFile>
 #include <QThread>
@@ -48,10 +49,8 @@ void GifConversion::stop()
 
 void GifConversion::work(QString const& source, QString const& copy, QSize const& size)
 {
-    if (QFile::copy(source, copy)) {
+    if (PictureFile::copy(source, copy)) {
         result = copy;
-        // A copy of a read-only file is read-only as well, and has to be written once more.
-        QFile::setPermissions(copy, QFile::permissions(copy) | QFile::ReadOwner | QFile::WriteOwner);
     }
     int last = -1;
     GifConverter::convert(result, result, size, [&](qsizetype done, qsizetype all) {

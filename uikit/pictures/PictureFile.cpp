@@ -59,6 +59,16 @@ QString PictureFile::suffix(QString const& path)
     return format == "gif" ? u"gif"_s : u"png"_s;
 }
 
+bool PictureFile::copy(QString const& source, QString const& copy)
+{
+    if (!QFile::copy(source, copy)) {
+        return false;
+    }
+    // Not every file system has permissions; there the copy can be written anyway.
+    QFile::setPermissions(copy, QFile::permissions(copy) | QFile::ReadOwner | QFile::WriteOwner);
+    return true;
+}
+
 QString PictureFile::identity(QString const& path)
 {
     if (path.startsWith(u':')) {

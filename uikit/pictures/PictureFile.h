@@ -32,6 +32,10 @@ public:
     //! "gif", or "png" for all still pictures.
     static QString suffix(QString const& path);
 
+    //! Copies a file that is to be written once more, which the plain copy of a read-only file could not be.
+    //! False when it cannot be copied or \a copy is there already.
+    static bool copy(QString const& source, QString const& copy);
+
     //! Another one when the file at \a path has changed; resources stay as they are.
     static QString identity(QString const& path);
 
