@@ -189,7 +189,7 @@ void IconStateWidget::onSelectIconFile()
         return;
     }
     if (source == OwnIcon) {
-        changeIcon(defaultPath);
+        changeIcon(QString(defaultPath)); // whoever is told may give another
         return;
     }
     if (source != LocalFile) {
@@ -212,9 +212,8 @@ void IconStateWidget::onSelectIconFile()
 
 void IconStateWidget::changeIcon(QString const& path)
 {
-    QString const chosen = path; // what is shown changes under whoever is told
-    updateCurrentIcon(chosen);
-    emit iconPathChanged(std::max(0, pages->checkedId()), chosen);
+    updateCurrentIcon(path);
+    emit iconPathChanged(std::max(0, pages->checkedId()), path);
 }
 
 QString IconStateWidget::askForFile()
