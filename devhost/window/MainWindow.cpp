@@ -2,6 +2,7 @@
 
 #include "devhost/host/DevHost.h"
 #include "devhost/host/PackageActions.h"
+#include "devhost/window/ConsoleHistory.h"
 #include "devhost/window/HostSettingsDialog.h"
 #include "ui_MainWindow.h"
 
@@ -21,6 +22,7 @@ MainWindow::MainWindow(DevHost& host, QString settingsFile, QWidget* parent)
     , ui(std::make_unique<Ui::MainWindow>())
     , devHost(host)
     , console(host.console())
+    , history(new ConsoleHistory(console, this))
     , settingsPath(std::move(settingsFile))
     , hostSettings(new HostSettingsDialog(host, this))
     , link(new QLabel)
@@ -66,7 +68,10 @@ void MainWindow::fill()
 
 void MainWindow::connectHost()
 {
-    connect(&devHost, &DevHost::ready, this, &MainWindow::restoreConsole); // with the keys that came
+    connect(&devHost, &DevHost::ready, this, [this] { // with the keys that came
+        history->restart();
+        restoreConsole();
+    });
     connect(&devHost.relay(), &RelayServer::ledChanged, this,
         [this](QString const&, QString const& function, bool on) { ui->console->setLed(function, on); });
     connect(&devHost.relay(), &RelayServer::settingsPageRequested, this, &MainWindow::openSettings);
@@ -103,6 +108,13 @@ void MainWindow::connectMenus()
         ui->inspector->focusTitle();
     });
     connect(ui->actRemove, &QAction::triggered, ui->console, &ConsoleView::removeCurrent);
+    auto* const undo = history->stack().createUndoAction(this, tr("&Undo"));
+    auto* const redo = history->stack().createRedoAction(this, tr("&Redo"));
+    undo->setObjectName(u"actUndo"_s);
+    undo->setShortcut(QKeySequence::Undo);
+    redo->setObjectName(u"actRedo"_s);
+    redo->setShortcut(QKeySequence::Redo);
+    ui->menuKeys->insertActions(ui->actLive, {undo, redo, ui->menuKeys->insertSeparator(ui->actLive)});
     connect(ui->actPlace, &QAction::triggered, this, [this] { place(ui->listActions->currentAction()); });
     connect(ui->actPlaceAll, &QAction::triggered, this, [this] {
         for (auto const& id : std::as_const(actionIds)) {

@@ -9,6 +9,7 @@
 #include <memory>
 
 class Console;
+class ConsoleHistory;
 class DevHost;
 class HostSettingsDialog;
 class QAction;
@@ -55,6 +56,7 @@ private:
     std::unique_ptr<Ui::MainWindow> ui;
     DevHost& devHost;
     Console& console;
+    ConsoleHistory* history;
     QString settingsPath;
     HostSettingsDialog* hostSettings;
     //! When the settings were opened.

@@ -49,6 +49,7 @@ private slots:
     void pressesAKey_data();
     void pressesAKey();
     void movesAmongKeys();
+    void undoes();
     void editsScenesAndMixer();
     void operatesDesktop();
     void listChangesWhatDiffers();
@@ -380,6 +381,63 @@ void tst_Window::movesAmongKeys()
     QCOMPARE(find<ConsoleView>("console").current(), 12);
     QCOMPARE(find<QComboBox>("boxSize").currentText(), u"3 x 2 keys"_s);
     QCOMPARE(host->console().indices(), taken);
+}
+
+// Each step is taken back and done again, and then all of them from the last to the first.
+void tst_Window::undoes()
+{
+    auto const state = [this] {
+        QVariantMap keys;
+        for (int const index : host->console().indices()) {
+            auto const* const key = host->console().key(index);
+            keys[QString::number(index)] = QVariantList{key->actionId(), key->settings(), key->face().title};
+        }
+        return keys;
+    };
+    auto& undo = find<QAction>("actUndo");
+    QVERIFY(!undo.isEnabled());
+    std::pair<QString, std::function<void()>> const steps[] = {
+        {u"placing mute"_s,
+            [&] {
+                host->console().place(3, u"com.zentrix.slobs.webapp.mute"_s);
+                find<ConsoleView>("console").setCurrent(3);
+            }},
+        {u"the title of key 3"_s,
+            [&] {
+                auto& title = find<QLineEdit>("lineEdtPluginTitle");
+                title.selectAll();
+                for (QChar const letter : u"Mic!"_s) {
+                    QTest::keyClick(&title, letter.toLatin1());
+                    QTest::qWait(0); // as slowly as a person
+                }
+            }},
+        {u"the picture of key 3"_s,
+            [&] {
+                QJsonObject settings = host->console().key(3)->settings();
+                settings["iconlist"_L1] = QJsonArray{u":/a.png"_s, u":/b.png"_s};
+                host->console().key(3)->setSettings(settings);
+            }},
+        {u"placing actions"_s, [&] { trigger("actPlaceAll"); }},
+        {u"moving a key"_s, [&] { emit keyView(3).keyDropped(4); }},
+        {u"removing mute"_s, [&] { host->console().remove(3); }},
+    };
+    QList<QVariantMap> before;
+    for (auto const& [text, act] : steps) {
+        before.append(state());
+        act();
+        QTRY_COMPARE(undo.text(), u"&Undo "_s + text);
+        auto const after = state();
+        trigger("actUndo");
+        QCOMPARE(state(), before.last());
+        trigger("actRedo");
+        QCOMPARE(state(), after);
+    }
+    while (!before.isEmpty()) {
+        trigger("actUndo");
+        QCOMPARE(state(), before.takeLast());
+    }
+    QVERIFY(!undo.isEnabled());
+    log->clear(); // of pictures that do not exist
 }
 
 // ---- Streamlabs Desktop
