@@ -42,6 +42,12 @@ QString iconFile(QString const& suffix)
     return folder.absoluteFilePath(QDateTime::currentDateTime().toString(u"yyyyMMddmmss"_s) + u'.' + suffix);
 }
 
+bool canWriteIcons()
+{
+    QFileInfo const folder(QFileInfo(iconFile({})).path());
+    return folder.isDir() && folder.isWritable();
+}
+
 //! Whole or not at all: a full disk must not cost the picture that is there.
 bool save(QImage const& image, QString const& path)
 {
@@ -67,6 +73,7 @@ DialogIconBuilder::DialogIconBuilder(QWidget* parent)
     ui->cbBuilderList->setItemDelegate(new QStyledItemDelegate(ui->cbBuilderList));
     animation = new AnimatedIcon(ui->imgIcon);
     showConverting(false);
+    ui->lblReplaces->hide();
     connect(
         ui->cbBuilderList, &QComboBox::currentIndexChanged, this, &DialogIconBuilder::onBuilderListChanged);
     connect(&conversion, &GifConversion::progressed, ui->progressBar, &QProgressBar::setValue);
@@ -127,6 +134,7 @@ void DialogIconBuilder::setupImage()
     animation->stop();
     image = isStill ? getIconTransform(imagePath, ui->cbBuilderList->currentIndex()) : QImage();
     ui->imgIcon->setPixmap(QPixmap::fromImage(image));
+    ui->lblReplaces->setVisible(!image.isNull() && !canWriteIcons()); // see copyImage
     scaledSize = {};
     if (isStill) {
         return;

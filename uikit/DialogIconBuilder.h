@@ -29,8 +29,9 @@ class DialogIconBuilder;
 //!
 //! What a file is counts by its content. A still picture whose name tells another kind becomes a PNG file.
 //!
-//! Failures: a file that cannot be read is logged and not shown. That a copy or a file could not be written
-//! is not reported.
+//! Failures: a file that cannot be read is logged and not shown. While the icon folder cannot be written to,
+//! a line says that OK replaces a still picture itself; that a copy or a file could not be written is not
+//! reported otherwise.
 class DialogIconBuilder : public QDialog
 {
     Q_OBJECT

@@ -23,6 +23,7 @@ DialogIconEditMenu::DialogIconEditMenu(QWidget* parent)
         watched->installEventFilter(this);
     }
     ui->btnReset->hide();
+    ui->lblEdge->setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
 DialogIconEditMenu::~DialogIconEditMenu() = default;
@@ -31,6 +32,7 @@ void DialogIconEditMenu::offerReset()
 {
     setFixedHeight(ui->btnReset->geometry().bottom() + 1);
     ui->btnReset->show();
+    ui->lblEdge->resize(size());
 }
 
 bool DialogIconEditMenu::eventFilter(QObject* watched, QEvent* event)

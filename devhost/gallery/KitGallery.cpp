@@ -2,6 +2,7 @@
 
 #include "devhost/gallery/GalleryPose.h"
 #include "devhost/gallery/GallerySheet.h"
+#include "relay/ZoLumenProxy.h"
 #include "uikit/BaseKnobIconWidget.h"
 #include "uikit/BaseKnobPropertyWidget.h"
 #include "uikit/BasePropertyWidget.h"
@@ -137,6 +138,7 @@ void addBuilder(GallerySheet& sheet)
 {
     sheet.beginGroup(u"Icon builder"_s);
     QTemporaryDir const folder;
+    ZoLumenProxy::getInstance().configDir = folder.path();
     QString const photo = folder.filePath(u"photo.png"_s);
     constexpr QSize kPhotoSize(90, 60);
     QImage image(kPhotoSize, QImage::Format_ARGB32);
@@ -161,6 +163,9 @@ void addBuilder(GallerySheet& sheet)
     modes.showPopup();
     sheet.add(u"Open list"_s, *modes.view()->window());
     modes.hidePopup();
+    ZoLumenProxy::getInstance().configDir.clear();
+    builder.setImagePath(photo);
+    sheet.add(u"The icon folder cannot be written to"_s, builder);
     DialogIconBuilder animated;
     animated.setImagePath(kAnimation);
     part<QProgressBar>(animated, u"progressBar"_s).setValue(40);

@@ -76,6 +76,10 @@
         <source>LAB_ICON_NO_PICTURE</source>
         <translation>Diese Datei lässt sich nicht als Bild anzeigen. Das Symbol bleibt, wie es ist.</translation>
     </message>
+    <message>
+        <source>LAB_ICON_REPLACES</source>
+        <translation>Der Ordner für Symbole ist nicht beschreibbar: OK ersetzt die gewählte Datei selbst.</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>

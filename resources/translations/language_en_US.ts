@@ -76,6 +76,10 @@
         <source>LAB_ICON_NO_PICTURE</source>
         <translation>This file cannot be shown as a picture. The icon stays as it is.</translation>
     </message>
+    <message>
+        <source>LAB_ICON_REPLACES</source>
+        <translation>The icon folder cannot be written to: OK replaces the chosen file itself.</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>

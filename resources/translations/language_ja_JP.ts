@@ -76,6 +76,10 @@
         <source>LAB_ICON_NO_PICTURE</source>
         <translation>このファイルは画像として表示できません。アイコンは変更されません。</translation>
     </message>
+    <message>
+        <source>LAB_ICON_REPLACES</source>
+        <translation>アイコンのフォルダーに書き込めません。OK を押すと、選択したファイル自体が置き換えられます。</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>

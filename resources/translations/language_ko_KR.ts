@@ -76,6 +76,10 @@
         <source>LAB_ICON_NO_PICTURE</source>
         <translation>이 파일은 이미지로 표시할 수 없습니다. 아이콘은 그대로 유지됩니다.</translation>
     </message>
+    <message>
+        <source>LAB_ICON_REPLACES</source>
+        <translation>아이콘 폴더에 쓸 수 없습니다. 확인을 누르면 선택한 파일 자체가 바뀝니다.</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>

@@ -76,6 +76,10 @@
         <source>LAB_ICON_NO_PICTURE</source>
         <translation>此文件无法作为图片显示。图标保持不变。</translation>
     </message>
+    <message>
+        <source>LAB_ICON_REPLACES</source>
+        <translation>图标文件夹无法写入：点击“确定”将直接替换所选文件。</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>

@@ -76,6 +76,10 @@
         <source>LAB_ICON_NO_PICTURE</source>
         <translation>此檔案無法作為圖片顯示。圖示維持不變。</translation>
     </message>
+    <message>
+        <source>LAB_ICON_REPLACES</source>
+        <translation>圖示資料夾無法寫入：按「確定」會直接取代所選檔案。</translation>
+    </message>
 </context>
 <context>
     <name>DialogIconEditMenu</name>

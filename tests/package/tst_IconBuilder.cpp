@@ -346,13 +346,21 @@ private slots:
         for (int second = 0; second < 20; ++second) {
             folder->file(now.addSecs(second).toString(u"'data/icon/'yyyyMMddmmss'.png'"_s), "taken");
         }
-        DialogIconBuilder builder;
-        builder.setImagePath(file);
-        child<QPushButton>(builder, "btnOk")->click();
-        QCOMPARE(builder.result(), 1);
-        QCOMPARE(builder.getImagePath(), file);
+        auto const keepsItsPath = [&] {
+            DialogIconBuilder builder;
+            builder.setImagePath(file);
+            bool const isSaid = !child<QLabel>(builder, "lblReplaces")->isHidden();
+            child<QPushButton>(builder, "btnOk")->click();
+            return builder.result() == 1 && builder.getImagePath() == file &&
+                   isSaid == !QFileInfo(path(u"data/icon"_s)).isDir();
+        };
+        QVERIFY(keepsItsPath());
         QCOMPARE(QImage(file).size(), kFace);
         QCOMPARE(icons().size(), 20);
+        // That there is no folder is said before it happens.
+        QVERIFY(QDir(path(u"data/icon"_s)).removeRecursively());
+        folder->file(u"data/icon"_s, {});
+        QVERIFY(keepsItsPath());
     }
 
     void savesForeignIcons()

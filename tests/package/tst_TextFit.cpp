@@ -97,7 +97,12 @@ private slots:
                     menu->offerReset();
                     return menu;
                 }},
-            {"icon builder", make<DialogIconBuilder>},
+            {"icon builder without a folder to write to",
+                [] {
+                    auto builder = std::make_unique<DialogIconBuilder>();
+                    builder->setImagePath(u":/Streamlabs/images/slobs_stream_off.png"_s);
+                    return builder;
+                }},
             {"stream", make<SlobsStreamPropertyView, false>},
             {"scene", make<SlobsScenePropertyView, false>},
             {"scene gone", make<SlobsScenePropertyView, true>},
