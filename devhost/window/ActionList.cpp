@@ -48,7 +48,7 @@ void ActionList::paintEvent(QPaintEvent* event)
     QListWidget::paintEvent(event);
     if (count() == 0) {
         QPainter painter(viewport());
-        painter.setPen(DarkTheme::kFaintText);
+        painter.setPen(DarkTheme::text(DarkTheme::kFaintText));
         constexpr int kMargin = 12;
         painter.drawText(viewport()->rect().adjusted(kMargin, kMargin, -kMargin, -kMargin),
             Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, tr("The package offers no actions."));

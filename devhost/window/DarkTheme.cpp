@@ -4,13 +4,49 @@
 #include <QPalette>
 #include <QStyleFactory>
 
+#include <algorithm>
+#include <cmath>
+
 using namespace Qt::StringLiterals;
+
+namespace {
+
+bool keepsDesktop = false;
+
+double luminance(QColor const& color)
+{
+    auto const linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+bool isHighContrast(QPalette const& palette)
+{
+    double const ground = luminance(palette.color(QPalette::Window));
+    double const text = luminance(palette.color(QPalette::WindowText));
+    constexpr double kHigh = 20;
+    return (std::max(ground, text) + 0.05) / (std::min(ground, text) + 0.05) >= kHigh;
+}
+
+} // namespace
+
+QColor DarkTheme::text(QColor const& color)
+{
+    return keepsDesktop ? QApplication::palette().color(QPalette::WindowText) : color;
+}
 
 void DarkTheme::apply(QApplication& app)
 {
+    QPalette palette = QApplication::palette();
+    keepsDesktop = isHighContrast(palette);
     QApplication::setStyle(QStyleFactory::create(u"Fusion"_s)); // the same everywhere, and it obeys a palette
+    if (keepsDesktop) {
+        QApplication::setPalette(palette); // not that of the style
+        app.setStyleSheet(u"*[heading=\"true\"] { font-weight: bold; }"_s);
+        return;
+    }
 
-    QPalette palette;
     palette.setColor(QPalette::Window, kWindow);
     palette.setColor(QPalette::Base, kBase);
     palette.setColor(QPalette::AlternateBase, kWindow);

@@ -22,7 +22,13 @@ inline constexpr QColor kOnAir{140, 32, 24};
 inline constexpr QColor kLit{255, 64, 48};
 inline constexpr QColor kGood{76, 200, 120};
 
-//! Gives the whole program style and palette.
+//! Gives the whole program style and palette. Where the desktop's own palette is one of high contrast (text
+//! on ground 20 : 1 or more as WCAG 2 counts it, which ordinary light and dark ones do not reach), that
+//! stays.
 void apply(QApplication& app);
+
+//! \a color for a text on the window's ground, or the desktop's own where its palette stays: what a colour
+//! tells, words tell as well.
+QColor text(QColor const& color);
 
 } // namespace DarkTheme

@@ -9,7 +9,9 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QListView>
+#include <QPainter>
 #include <QSpinBox>
+#include <QStyle>
 
 #include <chrono>
 #include <utility>
@@ -33,7 +35,7 @@ Look lookOf(DesktopControl const& control)
 {
     bool const isInList = control.part != Part::Application && control.part != Part::Collections;
     QString const verb = control.name.section(u'-', 0, 0);
-    for (auto const& look : {Look{u"stream"_s, {}, u"Ctrl+L"_s}, {u"record"_s, {}, u"Ctrl+R"_s},
+    for (auto const& look : {Look{u"stream"_s, {}, u"Ctrl+B"_s}, {u"record"_s, {}, u"Ctrl+R"_s},
              {u"interrupt"_s, {}, u"Ctrl+I"_s}, {u"start"_s, DesktopPanel::tr("Start"), u"Ctrl+U"_s},
              {u"stop"_s, DesktopPanel::tr("Quit"), u"Ctrl+U"_s},
              {u"drop"_s, DesktopPanel::tr("Drop link"), u"Ctrl+D"_s}, {u"token"_s, {}, u"Ctrl+T"_s},
@@ -46,6 +48,29 @@ Look lookOf(DesktopControl const& control)
     }
     return {};
 }
+
+//! Ends with "…" where it is too narrow, and then says the whole when it is pointed at.
+class Heading final : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+protected:
+    void paintEvent([[maybe_unused]] QPaintEvent* event) override
+    {
+        QPainter painter(this);
+        style()->drawItemText(&painter, contentsRect(), static_cast<int>(alignment()), palette(), isEnabled(),
+            fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width()), foregroundRole());
+    }
+    bool event(QEvent* event) override
+    {
+        if (event->type() == QEvent::ToolTip) {
+            bool const isCut = fontMetrics().horizontalAdvance(text()) > contentsRect().width();
+            setToolTip(isCut ? text() : QString());
+        }
+        return QLabel::event(event);
+    }
+};
 
 } // namespace
 
@@ -109,7 +134,7 @@ void DesktopPanel::makeList(
     Part part, EntryModel::Mark mark, QString const& name, QString const& heading, int stretch)
 {
     auto* const view = new QListView(this);
-    List const made{new QLabel(heading, this), view, new EntryModel(mark, this)};
+    List const made{new Heading(heading, this), view, new EntryModel(mark, this)};
     made.heading->setObjectName(u"lbl"_s + name);
     made.heading->setProperty("heading", true);
     made.heading->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
@@ -380,6 +405,7 @@ void DesktopPanel::refreshOutput(
     QPalette palette;
     if (on) {
         palette.setColor(QPalette::Button, DarkTheme::kOnAir);
+        palette.setColor(QPalette::ButtonText, DarkTheme::kText);
     }
     button->setPalette(palette);
     label->setText(devHost->standIn().isRunning() ? status : QString());

@@ -82,8 +82,8 @@ QVariant EntryModel::data(QModelIndex const& index, int role) const
         return rowMark == Mark::Ticked && !entry.isFolder ? QVariant(entry.on ? Qt::Checked : Qt::Unchecked)
                                                           : QVariant();
     case Qt::ForegroundRole:
-        return active           ? QVariant(DarkTheme::kAccent)
-               : entry.isFolder ? QVariant(DarkTheme::kFaintText)
+        return active           ? QVariant(DarkTheme::text(DarkTheme::kAccent))
+               : entry.isFolder ? QVariant(DarkTheme::text(DarkTheme::kFaintText))
                                 : QVariant();
     case Qt::FontRole: {
         QFont font;

@@ -58,9 +58,9 @@ void HostSettingsDialog::setLinked(bool linked)
 void HostSettingsDialog::showStatusOn(QLabel& label) const
 {
     QPalette palette = label.palette();
-    palette.setColor(QPalette::WindowText, hasLink ? DarkTheme::kGood
-                                           : off   ? DarkTheme::kFaintText
-                                                   : DarkTheme::kAccent);
+    palette.setColor(QPalette::WindowText, DarkTheme::text(hasLink ? DarkTheme::kGood
+                                                           : off   ? DarkTheme::kFaintText
+                                                                   : DarkTheme::kAccent));
     label.setPalette(palette);
     label.setText(hasLink ? tr("● Linked to Streamlabs Desktop")
                   : off   ? tr("○ Disconnected")

@@ -58,6 +58,6 @@ void KeyLed::paintEvent([[maybe_unused]] QPaintEvent* event)
         painter.setBrush(DarkTheme::kConsole);
     }
     painter.drawEllipse(centre, kDot / 2.0, kDot / 2.0);
-    painter.setPen(shining ? DarkTheme::kText : DarkTheme::kFaintText);
+    painter.setPen(DarkTheme::text(shining ? DarkTheme::kText : DarkTheme::kFaintText));
     painter.drawText(rect().adjusted(kGlow + kGap, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, current);
 }

@@ -107,6 +107,7 @@ void MainWindow::connectMenus()
         ui->tabs->setCurrentWidget(ui->inspector);
         ui->inspector->focusTitle();
     });
+    ui->console->addAction(ui->actEditTitle); // elsewhere F2 edits what is there
     connect(ui->actRemove, &QAction::triggered, ui->console, &ConsoleView::removeCurrent);
     auto* const undo = history->stack().createUndoAction(this, tr("&Undo"));
     auto* const redo = history->stack().createRedoAction(this, tr("&Redo"));

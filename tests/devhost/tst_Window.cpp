@@ -3,6 +3,7 @@
 #include "devhost/host/DevHost.h"
 #include "devhost/window/ActionList.h"
 #include "devhost/window/ConsoleView.h"
+#include "devhost/window/DarkTheme.h"
 #include "devhost/window/EntryModel.h"
 #include "devhost/window/KeyLed.h"
 #include "devhost/window/KeyView.h"
@@ -58,6 +59,7 @@ private slots:
     void linksInTheSettings();
     void leavesARealDesktopAlone();
     void isForEverybody();
+    void keepsHighContrast();
 
 private:
     using Step = std::function<void(tst_Window&)>;
@@ -445,6 +447,7 @@ void tst_Window::undoes()
 void tst_Window::editsScenesAndMixer()
 {
     QSignalSpy resets(find<QAbstractItemView>("listScenes").model(), &QAbstractItemModel::modelReset);
+    trigger("actPlaceAll"); // whose keys have shortcuts as well
     clickRow("listScenes", 1);
     key("listScenes", Qt::Key_Return);
     QTRY_COMPARE(desktop().activeSceneId(), desktop().sceneId(u"Gameplay 🎮"_s));
@@ -748,8 +751,16 @@ void tst_Window::isForEverybody()
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right, Qt::ControlModifier | Qt::ShiftModifier);
     QCOMPARE(QStringList({console.key(1)->actionId(), console.key(0)->actionId()}), before);
     QCOMPARE(QApplication::focusWidget()->objectName(), u"key1"_s);
-    trigger("actEditTitle");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_F2);
     QCOMPARE(QApplication::focusWidget()->objectName(), u"lineEdtPluginTitle"_s);
+    QSet<QKeySequence> taken;
+    for (auto const* const action : window->findChildren<QAction*>()) {
+        if (action->isEnabled() && !action->shortcut().isEmpty() &&
+            action->shortcutContext() == Qt::WindowShortcut) {
+            QVERIFY2(!taken.contains(action->shortcut()), qPrintable(action->text()));
+            taken.insert(action->shortcut());
+        }
+    }
 
     QSet<QWidget const*> reached;
     trigger("actGoActions");
@@ -779,6 +790,21 @@ void tst_Window::isForEverybody()
                 qPrintable(widget->objectName() + u" has no name"_s));
         }
     }
+}
+
+void tst_Window::keepsHighContrast()
+{
+    QPalette const before = QApplication::palette();
+    for (auto const& [text, ground, isKept] : {std::tuple(QColor(Qt::black), QColor(Qt::white), true),
+             {Qt::white, Qt::black, true}, {Qt::black, QColor(240, 240, 240), false}}) {
+        QApplication::setPalette(QPalette(text, ground, ground, ground, ground, text, text, ground, ground));
+        DarkTheme::apply(*qApp);
+        bool const keeps = isKept; // clang 14 captures no structured binding
+        QCOMPARE(window->palette().color(QPalette::Window) == ground, keeps);
+        QCOMPARE(DarkTheme::text(DarkTheme::kAccent) == text, keeps);
+    }
+    qApp->setStyleSheet({});
+    QApplication::setPalette(before);
 }
 
 QTEST_MAIN(tst_Window)
