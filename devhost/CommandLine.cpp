@@ -77,6 +77,8 @@ QString CommandLine::read(QStringList const& arguments)
         u"Look this package library over and report: exports, configuration, labels in each language, "
         "every action, images and memory. Exit code 1 when something is amiss."_s,
         u"FILE"_s);
+    QCommandLineOption const contrastOption(u"contrast"_s,
+        u"Look as on a desktop of high contrast: dark or light (default: as the desktop is)."_s, u"KIND"_s);
     QCommandLineOption const json(u"json"_s, u"Print one JSON object per line instead of text."_s);
     QCommandLineOption const verboseOption(u"verbose"_s, u"Print the package's log as well."_s);
     QCommandLineOption const help({u"h"_s, u"help"_s}, u"Show this."_s);
@@ -84,9 +86,9 @@ QString CommandLine::read(QStringList const& arguments)
     parser.setApplicationDescription(u"Loads the LUMEN action package as the console's host does and drives "
                                      u"Streamlabs Desktop, or a stand-in "
                                      "for it, through it."_s);
-    parser.addOptions(
-        {headlessOption, plugin, checkOption, scriptOption, pictureOption, desktopPort, desktopTokenFile,
-            desktopToken, configDir, language, scenes, items, audio, json, verboseOption, help});
+    parser.addOptions({headlessOption, plugin, checkOption, scriptOption, pictureOption, desktopPort,
+        desktopTokenFile, desktopToken, configDir, language, contrastOption, scenes, items, audio, json,
+        verboseOption, help});
     if (!parser.parse(arguments)) {
         return parser.errorText();
     }
@@ -160,6 +162,10 @@ QString CommandLine::read(QStringList const& arguments)
         return u"--config-dir needs a folder."_s;
     }
 
+    contrast = parser.value(contrastOption);
+    if (parser.isSet(contrastOption) && contrast != "dark"_L1 && contrast != "light"_L1) {
+        return u"--contrast takes dark or light."_s;
+    }
     check = parser.value(checkOption);
     if (parser.isSet(checkOption) && (check.isEmpty() || parser.isSet(scriptOption) || host.desktop)) {
         return u"--check needs a file, and neither a script nor Streamlabs Desktop."_s;

@@ -32,6 +32,8 @@ struct CommandLine
     QString check;
     //! Where a picture of the window goes; empty for none.
     QString picture;
+    //! To look as on a desktop of high contrast, "dark" or "light"; empty for the desktop that is there.
+    QString contrast;
     //! Whether it was asked for, and a picture that cannot be written is a failure.
     bool needsPicture = false;
     EventReport::Format format = EventReport::Format::Text;

@@ -214,6 +214,10 @@ int main(int argc, char* argv[])
     if (!commandLine.check.isEmpty()) {
         return check(commandLine);
     }
+    if (!commandLine.contrast.isEmpty()) {
+        bool const isLight = commandLine.contrast == "light"_L1;
+        DarkTheme::setHighContrast(isLight ? Qt::black : Qt::white, isLight ? Qt::white : Qt::black);
+    }
     DarkTheme::apply(app);
     return Run(commandLine).execute();
 }

@@ -195,13 +195,14 @@ void addHands(GallerySheet& sheet, Action const& action)
 void ActionGallery::addTo(GallerySheet& sheet)
 {
     auto const all = actions();
-    sheet.beginGroup(u"Key faces of the actions"_s);
+    sheet.beginGroup(u"action-faces"_s, u"Key faces of the actions"_s);
     for (Action const& action : all) {
         addFaces(sheet, action);
     }
-    sheet.beginGroup(u"Settings panels of the actions"_s);
     for (Action const& action : all) {
+        sheet.beginGroup(u"panel-"_s + action.name.toLower(), u"Settings panel of %1"_s.arg(action.name));
         addPanels(sheet, action);
     }
+    sheet.beginGroup(u"panel-hands"_s, u"A settings panel in use"_s);
     addHands(sheet, all.at(3));
 }

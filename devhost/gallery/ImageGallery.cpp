@@ -99,8 +99,8 @@ void addFolder(GallerySheet& sheet, QString const& folder)
 
 void ImageGallery::addTo(GallerySheet& sheet)
 {
-    sheet.beginGroup(u"Images of the kit (normal, hover, pressed, disabled)"_s);
+    sheet.beginGroup(u"images-kit"_s, u"Images of the kit (normal, hover, pressed, disabled)"_s);
     addFolder(sheet, u":/images"_s);
-    sheet.beginGroup(u"Images of the actions (animations: their first frame)"_s);
+    sheet.beginGroup(u"images-actions"_s, u"Images of the actions (animations: their first frame)"_s);
     addFolder(sheet, u":/Streamlabs/images"_s);
 }

@@ -61,7 +61,7 @@ std::unique_ptr<BasePropertyWidget> frame(int states)
 
 void addFrames(GallerySheet& sheet)
 {
-    sheet.beginGroup(u"Frame of a settings panel"_s);
+    sheet.beginGroup(u"frame"_s, u"Frame of a settings panel"_s);
     auto const editable = frame(2);
     editable->setTextEditable(true);
     sheet.add(u"824 px wide; two states, everything can be edited"_s, *editable);
@@ -96,7 +96,7 @@ void addFrames(GallerySheet& sheet)
 
 void addTextSetting(GallerySheet& sheet)
 {
-    sheet.beginGroup(u"Text look, colours, icon source, tooltip"_s);
+    sheet.beginGroup(u"menus"_s, u"Text look, colours, icon source, tooltip"_s);
     ZoDisplayViewTextSetting plain;
     plain.setViewAttribute(look(13, Qt::AlignCenter, Qt::white, false));
     sheet.add(u"Text look, as it opens"_s, plain);
@@ -136,7 +136,7 @@ void addTextSetting(GallerySheet& sheet)
 
 void addBuilder(GallerySheet& sheet)
 {
-    sheet.beginGroup(u"Icon builder"_s);
+    sheet.beginGroup(u"icon-builder"_s, u"Icon builder"_s);
     QTemporaryDir const folder;
     ZoLumenProxy::getInstance().configDir = folder.path();
     QString const photo = folder.filePath(u"photo.png"_s);
@@ -157,6 +157,7 @@ void addBuilder(GallerySheet& sheet)
         modes.setCurrentIndex(mode);
         sheet.add(modes.currentText(), builder);
     }
+    sheet.beginGroup(u"icon-builder-use"_s, u"Icon builder in use"_s);
     focus(modes);
     hover(part(builder, u"btnOk"_s));
     sheet.add(u"OK pointed at, the list with the focus"_s, builder);
@@ -178,7 +179,7 @@ void addBuilder(GallerySheet& sheet)
 
 void addKeyFaces(GallerySheet& sheet)
 {
-    sheet.beginGroup(u"Key face"_s);
+    sheet.beginGroup(u"face"_s, u"Key face"_s);
     using Face = ZoBaseHotkeyWidget;
     auto const add = [&](QString const& caption, std::function<void(Face&)> const& prepare) {
         Face face;
@@ -202,7 +203,7 @@ void addKeyFaces(GallerySheet& sheet)
 
 void addKnobs(GallerySheet& sheet)
 {
-    sheet.beginGroup(u"Knobs"_s);
+    sheet.beginGroup(u"knobs"_s, u"Knobs"_s);
     for (int const value : {0, 25, 50, 100}) {
         BaseKnobIconWidget knob;
         knob.setKnobValue(value);

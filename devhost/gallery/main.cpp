@@ -1,4 +1,4 @@
-// lumen-gallery: everything that users see of the package, on one sheet, for the eyes of a person.
+// lumen-gallery: everything that users see of the package, a sheet for each part, for the eyes of a person.
 //
 // Run it with QT_SCALE_FACTOR=2 to see what screens scaled up get.
 
@@ -20,7 +20,7 @@ int main(int argc, char* argv[])
     QApplication const app(argc, argv);
     auto const arguments = QCoreApplication::arguments();
     if (arguments.size() < 2 || arguments.size() > 3) {
-        std::fprintf(stderr, "lumen-gallery FILE [LANGUAGE] draws the sheet into the PNG file FILE.\n");
+        std::fprintf(stderr, "lumen-gallery FOLDER [LANGUAGE] draws the sheets into the folder.\n");
         return 2;
     }
     QTranslator translator;
@@ -41,9 +41,8 @@ int main(int argc, char* argv[])
     ActionGallery::addTo(sheet);
     KitGallery::addTo(sheet);
     ImageGallery::addTo(sheet);
-    QString const& file = arguments.at(1);
-    if (!sheet.paint().save(file, "PNG", 0)) { // smallest file
-        std::fprintf(stderr, "%s cannot be written.\n", qPrintable(file));
+    if (!sheet.save(arguments.at(1))) {
+        std::fprintf(stderr, "%s cannot be written to.\n", qPrintable(arguments.at(1)));
         return 1;
     }
     return 0;

@@ -31,6 +31,18 @@ bool isHighContrast(QPalette const& palette)
 
 } // namespace
 
+void DarkTheme::setHighContrast(QColor const& text, QColor const& ground)
+{
+    // Edges of the text's colour, as such desktops have them.
+    QPalette palette(text, ground, text, text, text, text, text, ground, ground);
+    palette.setColor(QPalette::Highlight, text);
+    palette.setColor(QPalette::HighlightedText, ground);
+    palette.setColor(QPalette::PlaceholderText, text);
+    palette.setColor(QPalette::ToolTipBase, ground);
+    palette.setColor(QPalette::ToolTipText, text);
+    QApplication::setPalette(palette);
+}
+
 QColor DarkTheme::text(QColor const& color)
 {
     return keepsDesktop ? QApplication::palette().color(QPalette::WindowText) : color;

@@ -27,6 +27,9 @@ inline constexpr QColor kGood{76, 200, 120};
 //! stays.
 void apply(QApplication& app);
 
+//! Gives the program the palette of a desktop of high contrast, before `apply`.
+void setHighContrast(QColor const& text, QColor const& ground);
+
 //! \a color for a text on the window's ground, or the desktop's own where its palette stays: what a colour
 //! tells, words tell as well.
 QColor text(QColor const& color);

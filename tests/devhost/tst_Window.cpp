@@ -797,7 +797,7 @@ void tst_Window::keepsHighContrast()
     QPalette const before = QApplication::palette();
     for (auto const& [text, ground, isKept] : {std::tuple(QColor(Qt::black), QColor(Qt::white), true),
              {Qt::white, Qt::black, true}, {Qt::black, QColor(240, 240, 240), false}}) {
-        QApplication::setPalette(QPalette(text, ground, ground, ground, ground, text, text, ground, ground));
+        DarkTheme::setHighContrast(text, ground);
         DarkTheme::apply(*qApp);
         bool const keeps = isKept; // clang 14 captures no structured binding
         QCOMPARE(window->palette().color(QPalette::Window) == ground, keeps);
