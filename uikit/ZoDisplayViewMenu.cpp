@@ -1,5 +1,9 @@
 #include "uikit/ZoDisplayViewMenu.h"
 
+#include <QCoreApplication>
+#include <QCursor>
+#include <QEvent>
+
 ZoDisplayViewMenu::ZoDisplayViewMenu(QPushButton* button, QWidget* parent)
     : QMenu(parent ? parent : button), opener(button)
 {
@@ -15,4 +19,15 @@ void ZoDisplayViewMenu::showEvent(QShowEvent* event)
         move(corner.x() + (opener->width() - width()) / 2, corner.y() - height());
     }
     QMenu::showEvent(event);
+}
+
+// While a menu is open, nobody tells its button that the mouse has left it.
+void ZoDisplayViewMenu::hideEvent(QHideEvent* event)
+{
+    QMenu::hideEvent(event);
+    if (opener && !opener->rect().contains(opener->mapFromGlobal(QCursor::pos()))) {
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(opener, &leave);
+        opener->update();
+    }
 }

@@ -4,7 +4,8 @@
 #include <QPointer>
 #include <QPushButton>
 
-//! A frameless pop-up menu that opens directly above its button, centred on it.
+//! A frameless pop-up menu that opens directly above its button, centred on it. Once it has closed the button
+//! looks pointed at only when it is.
 class ZoDisplayViewMenu : public QMenu
 {
     Q_OBJECT
@@ -15,6 +16,7 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     QPointer<QPushButton> const opener;
