@@ -14,6 +14,13 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+//! Around all keys, px.
+constexpr int kEdge = 8;
+
+} // namespace
+
 ConsoleView::ConsoleView(QWidget* parent)
     : QWidget(parent), ui(std::make_unique<Ui::ConsoleView>()), grid(new QGridLayout)
 {
@@ -24,9 +31,9 @@ ConsoleView::ConsoleView(QWidget* parent)
     QPalette body = palette();
     body.setColor(QPalette::Window, DarkTheme::kConsole);
     ui->body->setPalette(body);
+    ui->scroll->viewport()->installEventFilter(this);
     ui->body->setLayout(grid);
-    constexpr int kMargin = 8;
-    grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    grid->setContentsMargins(kEdge, kEdge, kEdge, kEdge);
     grid->setSpacing(0);
     grid->setSizeConstraint(QLayout::SetFixedSize);
 
@@ -130,10 +137,40 @@ void ConsoleView::arrange()
         view->setVisible(shown);
         ++position;
     }
+    magnify();
     ui->lblPage->setText(tr("Page %1 of %2").arg(currentPage + 1).arg(pageCount()));
     ui->btnPreviousPage->setEnabled(currentPage > 0);
     ui->btnNextPage->setEnabled(currentPage + 1 < pageCount());
     emit arranged();
+}
+
+//! As large as all keys of a page find room, in steps; never smaller than they are.
+void ConsoleView::magnify()
+{
+    constexpr double kStep = 0.25;
+    constexpr double kMost = 3;
+    QSize const gaps(2 * KeyView::kMargin, 2 * KeyView::kMargin);
+    auto const fits = [&](double factor) {
+        QSize const key = KeyView::kFaceSize * factor + gaps;
+        QSize const room = ui->scroll->viewport()->size() - QSize(2 * kEdge, 2 * kEdge);
+        return key.width() * columnCount <= room.width() && key.height() * rowCount <= room.height();
+    };
+    double factor = 1;
+    while (factor + kStep <= kMost && fits(factor + kStep)) {
+        factor += kStep;
+    }
+    magnification = factor;
+    for (auto* const view : views) {
+        view->setMagnification(magnification);
+    }
+}
+
+bool ConsoleView::eventFilter(QObject* object, QEvent* event)
+{
+    if (event->type() == QEvent::Resize) {
+        magnify();
+    }
+    return QWidget::eventFilter(object, event);
 }
 
 // ---- Keys
@@ -142,6 +179,7 @@ KeyView* ConsoleView::makeView()
 {
     auto* const view = new KeyView(ui->body);
     view->setLive(isLive());
+    view->setMagnification(magnification);
     connect(view, &KeyView::chosen, this, [this, view] { setCurrent(view->index()); });
     connect(view, &KeyView::arrowPressed, this, [this](int key) { setCurrent(neighbour(key)); });
     connect(view, &KeyView::moveAsked, this, [this](int key) {

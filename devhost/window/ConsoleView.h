@@ -50,6 +50,9 @@ public:
     //! What is stored wrongly or not at all stays as it is.
     void restore(QSettings const& settings);
 
+protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+
 signals:
     //! Another key is the current one, or the current one is on another action.
     void currentChanged(int index);
@@ -63,6 +66,7 @@ private:
     void setSize(int columns, int rows);
     void setPage(int page);
     void arrange();
+    void magnify();
     void showKey(int index);
     KeyView* viewOf(int index) const;
     KeyView* makeView();
@@ -76,6 +80,7 @@ private:
     QGridLayout* grid;
     //! Grows and never shrinks: a view takes the faces that it has adopted with it.
     std::vector<KeyView*> views;
+    double magnification = 1;
     int columnCount = 5;
     int rowCount = 3;
     int currentPage = 0;

@@ -2,6 +2,7 @@
 
 #include "devhost/host/ConsoleKey.h"
 #include "devhost/window/DarkTheme.h"
+#include "devhost/window/Magnifier.h"
 
 #include <QContextMenuEvent>
 #include <QDrag>
@@ -15,9 +16,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Around the face, for the frame; two of them are the gap between two keys.
-constexpr int kMargin = 4;
 
 bool isPressKey(int key)
 {
@@ -45,7 +43,7 @@ QString KeyView::keyMimeType()
 
 QSize KeyView::sizeHint() const
 {
-    return kFaceSize + QSize(2 * kMargin, 2 * kMargin);
+    return kFaceSize * magnification + QSize(2 * kMargin, 2 * kMargin);
 }
 
 void KeyView::setKey(int index, ConsoleKey* key, QString const& label)
@@ -67,6 +65,7 @@ void KeyView::setKey(int index, ConsoleKey* key, QString const& label)
         face->setParent(this);
         face->setAttribute(Qt::WA_TransparentForMouseEvents);
         face->move(kMargin, kMargin);
+        magnifyFace();
         face->show();
     }
     describe();
@@ -86,6 +85,22 @@ void KeyView::setLive(bool live)
     isLive = live;
     setCursor(live ? Qt::PointingHandCursor : Qt::ArrowCursor);
     updateFocusPolicy();
+}
+
+void KeyView::setMagnification(double factor)
+{
+    if (factor != magnification) {
+        magnification = factor;
+        magnifyFace();
+        updateGeometry();
+    }
+}
+
+void KeyView::magnifyFace()
+{
+    if (shownFace) {
+        shownFace->setGraphicsEffect(magnification > 1 ? new Magnifier(magnification) : nullptr);
+    }
 }
 
 // A key that is pressed with the mouse keeps its hands off the focus, which would choose it.
@@ -247,7 +262,9 @@ void KeyView::startDrag()
     carried->setData(keyMimeType(), QByteArray::number(position));
     auto* const drag = new QDrag(this);
     drag->setMimeData(carried);
+    shownFace->setGraphicsEffect(nullptr);
     drag->setPixmap(shownFace->grab());
+    magnifyFace();
     drag->setHotSpot(shownFace->rect().center());
     drag->exec(Qt::MoveAction);
 }

@@ -18,6 +18,8 @@ class KeyView : public QWidget
 public:
     //! Of a key's face, px.
     static constexpr QSize kFaceSize{150, 108};
+    //! Around the face, for the frame; two of them are the gap between two keys.
+    static constexpr int kMargin = 4;
 
     explicit KeyView(QWidget* parent = nullptr);
 
@@ -27,6 +29,8 @@ public:
     //! Framed; the Tab key leads to the current key only, and the arrow keys to the others.
     void setCurrent(bool current);
     void setLive(bool live);
+    //! Shows the face this many times as large; 1 is pixel for pixel.
+    void setMagnification(double factor);
     bool isHeld() const { return heldBy != kNothing; }
     //! The face says something else now.
     void describe();
@@ -73,11 +77,13 @@ private:
     bool canTake(QDropEvent const* event) const;
     void updateFocusPolicy();
     void setDropTarget(bool target);
+    void magnifyFace();
 
     int position = 0;
     QPointer<ConsoleKey> shownKey;
     QPointer<QWidget> shownFace;
     QString actionLabel;
+    double magnification = 1;
     //! The mouse, a key of the keyboard, or nothing.
     int heldBy = kNothing;
     bool isCurrent = false;

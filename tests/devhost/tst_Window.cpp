@@ -60,6 +60,7 @@ private slots:
     void leavesARealDesktopAlone();
     void isForEverybody();
     void keepsHighContrast();
+    void largeWindowsHaveLargerKeys();
 
 private:
     using Step = std::function<void(tst_Window&)>;
@@ -805,6 +806,26 @@ void tst_Window::keepsHighContrast()
     }
     qApp->setStyleSheet({});
     QApplication::setPalette(before);
+}
+
+void tst_Window::largeWindowsHaveLargerKeys()
+{
+    QVERIFY(host->console().place(0, host->console().actionIdOf(u"stream"_s)));
+    trigger("actLive");
+    QTRY_VERIFY(!face(0).invalid);
+    QSize const before = keyView(0).size();
+    window->resize(2400, 1500);
+    QTRY_VERIFY(keyView(0).width() > 2 * KeyView::kFaceSize.width());
+    auto const middleOfFace = [&] {
+        QImage const view = keyView(0).grab().toImage();
+        return view.pixelColor(view.width() / 2, view.height() / 2);
+    };
+    QColor const off = middleOfFace(); // inside of the drawing, and outside of the face's own size
+    QTest::mouseClick(&keyView(0), Qt::LeftButton, {}, keyView(0).rect().bottomRight() - QPoint(9, 9));
+    QTRY_COMPARE(face(0).title, u"Stream"_s);
+    QTRY_VERIFY(middleOfFace() != off);
+    window->resize(1340, 720);
+    QTRY_COMPARE(keyView(0).size(), before);
 }
 
 QTEST_MAIN(tst_Window)
