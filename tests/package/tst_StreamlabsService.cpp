@@ -31,11 +31,17 @@ class tst_StreamlabsService : public QObject
     Q_OBJECT
 
 private:
+    //! That it makes once it is let in.
+    static constexpr int kRequests = 20;
+    //! The key LEDs, and the publications that they follow.
+    QMap<QString, QString> const ledTasks{
+        {u"STREAM"_s, u"onQueryStreamingStatus"_s}, {u"RECORD"_s, u"onQueryRecordingStatus"_s}};
+
     void link() { service->connectSlobs(desktop->token(), desktop->port()); }
     void connectAndWait()
     {
         link();
-        QTRY_COMPARE(requests.size(), 20);
+        QTRY_COMPARE(requests.size(), kRequests);
         settle();
         published.clear();
         requests.clear();
@@ -109,8 +115,8 @@ private:
         }
         return std::exchange(published, {});
     }
-    //! Has requests 21 and 22 answered after \a reconnect, before the answer that lets the service in, whose
-    //! request has the number \a next.
+    //! Has the next two requests answered after \a reconnect, before the answer that lets the service in,
+    //! whose request has the number \a next.
     void answerLate(int next, std::function<void()> const& reconnect)
     {
         desktop->setHoldingReplies(true);
@@ -122,8 +128,11 @@ private:
         QCOMPARE(requests.last().value("id"_L1), next);
         desktop->releaseReplies();
         desktop->setHoldingReplies(false);
-        QTRY_COMPARE(requests.size(), 22);
+        QTRY_COMPARE(requests.size(), kRequests + 2);
         settle();
+        for (int const late : {kRequests + 1, kRequests + 2}) {
+            QVERIFY(log->take(u"critical: no such id %1"_s.arg(late)));
+        }
     }
     //! The text of an event of \a resource.
     static QString event(QString const& resource, QJsonValue const& data = QJsonValue::Undefined)
@@ -178,8 +187,7 @@ private slots:
         connect(relay.get(), &RelayServer::ledChanged, this,
             [this](QString const& app, QString const& function, bool on) {
                 QCOMPARE(app, u"SLOBS"_s);
-                QVERIFY(publishedTasks().endsWith(
-                    function == "STREAM"_L1 ? "StreamingStatus"_L1 : "RecordingStatus"_L1));
+                QCOMPARE(published.last().value("task"_L1), ledTasks.value(function));
                 ledChanges.append(function + (on ? u" on"_s : u" off"_s));
             });
         desktop = std::make_unique<StreamlabsStandIn>();
@@ -203,7 +211,7 @@ private slots:
     void asksForEverythingOnceAuthenticated()
     {
         link();
-        QTRY_COMPARE(requests.size(), 20);
+        QTRY_COMPARE(requests.size(), kRequests);
         settle();
 
         QStringList methods;
@@ -358,7 +366,7 @@ private slots:
             QCOMPARE(published.value(0).value("authorized"_L1), false);
             QCOMPARE(published.value(0).value("token"_L1), lostToken);
             QCOMPARE(publishedTasks().count(u"onQueryStreamingStatus"_s), isLinked ? 0 : 2);
-            QTRY_COMPARE(requests.size(), isLinked ? 20 : 1);
+            QTRY_COMPARE(requests.size(), isLinked ? kRequests : 1);
             settle();
             QCOMPARE(state().first().value("authorized"_L1), isLinked);
             QCOMPARE(log->take(u"critical: unrecognized response"_s), !isLinked);
@@ -450,7 +458,7 @@ private slots:
             task(R"({"event":"refreshScenes"})");
         }
         QVERIFY(takePublished(R"({"task":"onStreamlabsAuthResult","authorized":false})"));
-        QTRY_COMPARE(requests.size(), 20);
+        QTRY_COMPARE(requests.size(), kRequests);
         settle();
         QCOMPARE(state(), before);
         QCOMPARE(desktop->clientCount(), 1);
@@ -478,8 +486,6 @@ private slots:
             link();
         });
         QCOMPARE(desktop->clientCount(), 1);
-        QVERIFY(log->take(u"critical: no such id 21"_s));
-        QVERIFY(log->take(u"critical: no such id 22"_s));
         QVERIFY(publishedTasks().startsWith(u"onStreamlabsAuthResult"_s));
         QVERIFY(takePublished(R"({"task":"onQueryScenes","list":[{"name":"Just Chatting"}]})"));
 
@@ -496,12 +502,10 @@ private slots:
         connectAndWait();
         auto const before = state();
         // No UTF-8: a WebSocket must not go on after it.
-        answerLate(23, [this] { desktop->transport().sendRawBytes("\x81\x04\"\xff\xfe\""); });
+        answerLate(kRequests + 3, [this] { desktop->transport().sendRawBytes("\x81\x04\"\xff\xfe\""); });
         QVERIFY(publishedTasks().startsWith(
             u"onStreamlabsAuthResult onQueryStreamingStatus onQueryStreamingStatus onQueryRecordingStatus "
             "onStreamlabsAuthResult"_s));
-        QVERIFY(log->take(u"critical: no such id 21"_s));
-        QVERIFY(log->take(u"critical: no such id 22"_s));
         QCOMPARE(state(), before);
         log->take(u"critical: QAbstractSocket::SocketError"_s);
     }
@@ -551,7 +555,7 @@ private slots:
                  R"({"event":"refreshCollections"})", R"({"event":"refreshAudioList"})"}) {
             task(text);
         }
-        QTRY_COMPARE(requests.size(), 20);
+        QTRY_COMPARE(requests.size(), kRequests);
         QCOMPARE(desktop->clientCount(), 1);
     }
 
