@@ -2,6 +2,7 @@
 
 #include "ui_BaseKnobPropertyWidget.h"
 #include "uikit/BaseKnobStateWidget.h"
+#include "uikit/CurrentTitle.h"
 #include "uikit/KitStyle.h"
 #include "uikit/pictures/PictureFile.h"
 
@@ -160,14 +161,5 @@ void BaseKnobPropertyWidget::changeEvent(QEvent* event)
 
 void BaseKnobPropertyWidget::updateCurrentTitle()
 {
-    lineEditDisconnect();
-    if (currentIndex >= 0 && currentIndex < titleList.size()) {
-        QString const& title = titleList.at(currentIndex);
-        // The host may answer a typed letter with the whole list; the cursor must stay where the user types.
-        if (ui->lineEdtPluginTitle->text() != title) {
-            ui->lineEdtPluginTitle->setText(title);
-        }
-        ui->knobStateWidget->setCurrentTitle(title);
-    }
-    lineEditConnect();
+    showCurrentTitle(*this, *ui->lineEdtPluginTitle, *ui->knobStateWidget, titleList, currentIndex);
 }

@@ -1,6 +1,7 @@
 #include "uikit/BasePropertyWidget.h"
 
 #include "ui_BasePropertyWidget.h"
+#include "uikit/CurrentTitle.h"
 #include "uikit/IconStateWidget.h"
 #include "uikit/Visibility.h"
 #include "uikit/ZoDisplayViewMenu.h"
@@ -233,16 +234,7 @@ bool BasePropertyWidget::makeRoom(QList<QString>& list, int index) const
 
 void BasePropertyWidget::updateCurrentTitle()
 {
-    lineEditDisconnect();
-    if (currentIndex >= 0 && currentIndex < titleList.size()) {
-        QString const title = titleList.at(currentIndex);
-        // The host may answer a typed letter with the whole list; the cursor must stay where the user types.
-        if (ui->lineEdtPluginTitle->text() != title) {
-            ui->lineEdtPluginTitle->setText(title);
-        }
-        ui->iconStateWidget->setCurrentTitle(title);
-    }
-    lineEditConnect();
+    showCurrentTitle(*this, *ui->lineEdtPluginTitle, *ui->iconStateWidget, titleList, currentIndex);
 }
 
 void BasePropertyWidget::initDisplayViewSetting(QPushButton* button)

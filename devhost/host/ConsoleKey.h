@@ -3,6 +3,7 @@
 #include <QJsonObject>
 #include <QObject>
 #include <QPointer>
+#include <QSize>
 #include <QString>
 #include <QTimer>
 #include <QWidget>
@@ -22,6 +23,9 @@ class ConsoleKey : public QObject
     Q_OBJECT
 
 public:
+    //! Of a face, px.
+    static constexpr QSize kFaceSize{150, 108};
+
     //! What the key shows.
     struct Face
     {

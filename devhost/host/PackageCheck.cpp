@@ -28,7 +28,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize kFaceImage(150, 108);
 constexpr QSize kMenuImage(32, 32);
 
 //! Bytes of the heap that are in use, or -1 where the system does not tell.
@@ -193,7 +192,7 @@ void Check::makeActions()
         QWidget const* const face = key->faceWidget();
         if (!face || !key->panelWidget()) {
             problems.append(face ? u"it has no panel"_s : u"it has no face"_s);
-        } else if (face->size() != kFaceImage) {
+        } else if (face->size() != ConsoleKey::kFaceSize) {
             problems.append(u"its face has %1 x %2 pixels"_s.arg(face->width()).arg(face->height()));
         }
         auto const titles = key->settings().value("titlelist"_L1).toArray();
@@ -243,7 +242,7 @@ void Check::images()
     for (auto const& action : std::as_const(actions)) {
         look(action.menuIcon, kMenuImage);
         for (auto const& icon : action.stateIcons) {
-            look(icon, kFaceImage);
+            look(icon, ConsoleKey::kFaceSize);
         }
     }
     add(u"images"_s, problems, u"%1, each of its size"_s.arg(seen.size()));

@@ -151,7 +151,7 @@ void ConsoleView::magnify()
     constexpr double kMost = 3;
     QSize const gaps(2 * KeyView::kMargin, 2 * KeyView::kMargin);
     auto const fits = [&](double factor) {
-        QSize const key = KeyView::kFaceSize * factor + gaps;
+        QSize const key = ConsoleKey::kFaceSize * factor + gaps;
         QSize const room = ui->scroll->viewport()->size() - QSize(2 * kEdge, 2 * kEdge);
         return key.width() * columnCount <= room.width() && key.height() * rowCount <= room.height();
     };

@@ -43,7 +43,7 @@ QString KeyView::keyMimeType()
 
 QSize KeyView::sizeHint() const
 {
-    return kFaceSize * magnification + QSize(2 * kMargin, 2 * kMargin);
+    return ConsoleKey::kFaceSize * magnification + QSize(2 * kMargin, 2 * kMargin);
 }
 
 void KeyView::setKey(int index, ConsoleKey* key, QString const& label)

@@ -16,8 +16,6 @@ class KeyView : public QWidget
     Q_OBJECT
 
 public:
-    //! Of a key's face, px.
-    static constexpr QSize kFaceSize{150, 108};
     //! Around the face, for the frame; two of them are the gap between two keys.
     static constexpr int kMargin = 4;
 

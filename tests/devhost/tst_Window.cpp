@@ -244,7 +244,7 @@ void tst_Window::placesAndRemoves()
     QWidget* const face = host->console().key(0)->faceWidget();
     QCOMPARE(face->parentWidget(), &keyView(0));
     QVERIFY(face->isVisible());
-    QCOMPARE(face->size(), KeyView::kFaceSize);
+    QCOMPARE(face->size(), ConsoleKey::kFaceSize);
     QVERIFY(host->console().key(0)->panelWidget()->isVisible());
     QVERIFY(!hint.isVisible());
     QTRY_COMPARE(keyView(0).accessibleName(), u"Key 0, Stream: Stop Stream"_s);
@@ -822,7 +822,7 @@ void tst_Window::largeWindowsHaveLargerKeys()
     QTRY_VERIFY(!face(0).invalid);
     QSize const before = keyView(0).size();
     window->resize(2400, 1500);
-    QTRY_VERIFY(keyView(0).width() > 2 * KeyView::kFaceSize.width());
+    QTRY_VERIFY(keyView(0).width() > 2 * ConsoleKey::kFaceSize.width());
     auto const middleOfFace = [&] {
         QImage const view = keyView(0).grab().toImage();
         return view.pixelColor(view.width() / 2, view.height() / 2);
