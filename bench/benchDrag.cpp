@@ -53,8 +53,8 @@ public:
             return std::ranges::none_of(
                 keys, [&](int index) { return host.console.key(index)->face().invalid; });
         });
-        constexpr int kInds = 5;
-        for (int index = 1; index < kManyKeys; index += kInds) {
+        constexpr int kKinds = 5;
+        for (int index = 1; index < kManyKeys; index += kKinds) {
             sourceTitles.push_back(host.console.key(index)->faceWidget()->findChild<QLabel*>(u"lblTitle"_s));
         }
         desktop.onSceneRequest = [this](Clock::time_point arrived) {
@@ -142,7 +142,7 @@ QList<BenchRow> drag()
 {
     constexpr int kItemsPerScene = 40;
     constexpr double kTail = 0.99;
-    constexpr double kIbPerMib = 1024;
+    constexpr double kKibPerMib = 1024;
     Drag drag(kItemsPerScene);
     drag.run(60s);
     QString const ms = u"ms"_s;
@@ -151,7 +151,7 @@ QList<BenchRow> drag()
             u"longest stall of the GUI thread while one of 2,000 items is dragged for a minute, 32 keys"_s,
             ms, drag.longestGap, 100),
         absolute(u"memory after that minute beyond what it was before"_s, u"MiB"_s,
-            (drag.memoryAfter - drag.memoryBefore) / kIbPerMib, 64),
+            (drag.memoryAfter - drag.memoryBefore) / kKibPerMib, 64),
         absolute(u"processor that minute, relay and keys without the stand-in, per cent of one core"_s,
             u"%"_s, drag.cores * 100, 50),
         absolute(u"the item hidden or shown in that minute to all its faces true (longest)"_s, ms,

@@ -315,12 +315,12 @@ QList<BenchRow> peerThatFloods()
     }
     double const before = memory("VmRSS:");
     auto rows = costOfPeer(u"sends 500 MB in one frame"_s, u"token"_s, server.port(), attempts);
-    constexpr double kIlo = 1024;
+    constexpr double kKilo = 1024;
     rows.append({.what = u"the same: memory at most, beyond what there was"_s,
         .floorIs = u"the 64 MiB that a frame may have"_s,
         .unit = u"MiB"_s,
-        .ours = (memory("VmHWM:") - before) / kIlo,
-        .floor = static_cast<double>(WebSocketClient::kMaxSize) / kIlo / kIlo,
+        .ours = (memory("VmHWM:") - before) / kKilo,
+        .floor = static_cast<double>(WebSocketClient::kMaxSize) / kKilo / kKilo,
         .limit = 1});
     return rows;
 }

@@ -28,7 +28,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int kEyCount = 32;
+constexpr int kKeyCount = 32;
 constexpr qsizetype kMostLines = 60;
 //! What was done and logged last, in order.
 QStringList recent;
@@ -146,7 +146,7 @@ private:
         return any(ids);
     }
     QString anyCollection() { return any(QJsonValue(model().collections())).value("id"_L1).toString(); }
-    ConsoleKey& anyKey() { return *devHost.console().key(below(kEyCount)); }
+    ConsoleKey& anyKey() { return *devHost.console().key(below(kKeyCount)); }
     //!@}
 
     StandInModel& model() { return devHost.standIn().model(); }
@@ -161,7 +161,7 @@ private:
     QElapsedTimer sinceTraffic;
     QWidget window;
     DevHost devHost;
-    std::array<Key, kEyCount> keys;
+    std::array<Key, kKeyCount> keys;
     QHash<QString, bool> leds;
     //! The service was told last to connect, and with the right token.
     bool connected = true;
@@ -195,7 +195,7 @@ void Soak::listDeeds()
         }
     };
     auto const newSettings = [this] {
-        int const index = below(kEyCount);
+        int const index = below(kKeyCount);
         devHost.console().key(index)->setSettings(chooseSettings(keys.at(index)));
     };
     auto const addScene = [this] {
@@ -240,7 +240,7 @@ void Soak::listDeeds()
         {20, u"press"_s, [this] { anyKey().press(); }},
         {8, u"choose"_s, [this] { chooseInPanel(); }},
         {4, u"retitle"_s, [this] { retitle(); }},
-        {4, u"replace key"_s, [this] { place(below(kEyCount)); }},
+        {4, u"replace key"_s, [this] { place(below(kKeyCount)); }},
         {3, u"new settings"_s, newSettings},
         {2, u"open or close panel"_s, [this] { anyKey().panelWidget()->setVisible(chance(50)); }},
         {2, u"click refresh"_s, [this] { PanelUser::click(*anyKey().panelWidget(), u"btnRefresh"_s); }},
@@ -338,7 +338,7 @@ void Soak::place(int index)
 
 void Soak::chooseInPanel()
 {
-    int const index = below(kEyCount);
+    int const index = below(kKeyCount);
     QWidget& panel = *devHost.console().key(index)->panelWidget();
     auto const boxes = panel.findChildren<QComboBox*>(QRegularExpression(u"^dropdown"_s));
     auto* const box = any(boxes);
@@ -434,7 +434,7 @@ void Soak::rest()
         unless(QStringList{u"offline"_s, u"live"_s}.contains(model().streamingStatus()), u"stream"_s);
         unless(QStringList{u"offline"_s, u"recording"_s}.contains(model().recordingStatus()), u"record"_s);
         // The host's own client is one of them.
-        unless(devHost.relay().subscriberCount(ZoRemoteSubjects::kSubjectStreamlabsResponse) == kEyCount + 1,
+        unless(devHost.relay().subscriberCount(ZoRemoteSubjects::kSubjectStreamlabsResponse) == kKeyCount + 1,
             u"not every key has subscribed"_s);
         unless(sinceTraffic.elapsed() > 100, u"there is traffic"_s);
         return open.isEmpty();
@@ -457,7 +457,7 @@ void Soak::rest()
 // What a key asks for happens there, and comes back.
 void Soak::press()
 {
-    int const index = below(kEyCount);
+    int const index = below(kKeyCount);
     ConsoleKey& key = *devHost.console().key(index);
     QString const before = key.face().title;
     QJsonValue const titles = key.settings().value("titlelist"_L1);
@@ -542,7 +542,7 @@ void Soak::compareKey(int index, QStringList& differences)
 QStringList Soak::differences()
 {
     QStringList differences;
-    for (int index = 0; index < kEyCount; ++index) {
+    for (int index = 0; index < kKeyCount; ++index) {
         compareKey(index, differences);
     }
     for (auto const& [led, isOn] : {std::pair(u"STREAM"_s, model().streamingStatus() == "live"_L1),
@@ -586,7 +586,7 @@ void Soak::start()
     model().setLoadingTime(30ms);
     window.resize(1300, 500);
     window.show();
-    for (int index = 0; index < kEyCount; ++index) {
+    for (int index = 0; index < kKeyCount; ++index) {
         place(index);
     }
 }
@@ -599,10 +599,10 @@ Soak::Footprint Soak::footprint()
     model().loadDemo();
     devHost.plugin().package()->translate(u"en_US"_s);
     heal();
-    for (int index = 0; index < kEyCount; ++index) {
+    for (int index = 0; index < kKeyCount; ++index) {
         devHost.console().remove(index);
     }
-    for (int index = 0; index < kEyCount; ++index) {
+    for (int index = 0; index < kKeyCount; ++index) {
         place(index);
     }
     rest();

@@ -27,8 +27,8 @@ int drawableSize(ZoDisplayViewAttribute const& attribute)
 
 void applyLook(QLabel* label, ZoDisplayViewAttribute const& attribute, QString const& styleSheet)
 {
-    constexpr int kNown = Qt::AlignHorizontal_Mask | Qt::AlignVertical_Mask;
-    label->setAlignment(Qt::Alignment::fromInt(attribute.horAlignment & kNown) | Qt::AlignBottom);
+    constexpr int kKnown = Qt::AlignHorizontal_Mask | Qt::AlignVertical_Mask;
+    label->setAlignment(Qt::Alignment::fromInt(attribute.horAlignment & kKnown) | Qt::AlignBottom);
     QFont font = label->font();
     if (!attribute.family.isEmpty()) {
         font.setFamily(attribute.family);
