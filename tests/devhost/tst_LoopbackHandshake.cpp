@@ -3,13 +3,11 @@
 #include "devhost/fakes/LoopbackHandshake.h"
 #include "devhost/fakes/RelayServer.h"
 #include "devhost/fakes/SockJsServer.h"
-#include "tests/LogRecorder.h"
+#include "tests/LoggedTest.h"
 
 #include <QSignalSpy>
 #include <QTcpSocket>
 #include <QTest>
-
-#include <optional>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -45,24 +43,21 @@ struct RawClient
 
 } // namespace
 
-class tst_LoopbackHandshake : public QObject
+class tst_LoopbackHandshake : public LoggedTest
 {
     Q_OBJECT
 
 private:
-    std::optional<LogRecorder> log;
     RelayServer relay;
     SockJsServer standIn;
 
 private slots:
     void initTestCase() { QVERIFY(relay.listen() && standIn.listen()); }
-    void init() { log.emplace(); }
-    void cleanup()
+    void cleanup() override
     {
         relay.drop();
         standIn.drop();
-        QCOMPARE(log->problems(), QStringList());
-        log.reset();
+        LoggedTest::cleanup();
     }
 
     void judges_data()
@@ -146,7 +141,7 @@ private slots:
             QCOMPARE(client.status(), "101");
             client.socket.write(QByteArray::fromHex("81ff000000000400000100000000"));
             QVERIFY(client.ends());
-            QVERIFY(QTest::qWaitFor([this, &part = line] { return log->take(part); }));
+            QVERIFY(awaitLine(line));
         }
         QTRY_COMPARE(relay.clientCount() + standIn.clientCount(), 0);
     }

@@ -9,10 +9,8 @@
 #include "actions/SlobsSourceWidget.h"
 #include "actions/SlobsStreamWidget.h"
 #include "devhost/fakes/JsonMatch.h"
-#include "devhost/fakes/RelayServer.h"
 #include "relay/MekZoPluginEventType.h"
-#include "relay/ZoLumenProxy.h"
-#include "tests/LogRecorder.h"
+#include "tests/RelayTest.h"
 #include "tests/TestJson.h"
 
 #include <QComboBox>
@@ -31,7 +29,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 
 #ifdef Q_OS_UNIX
 #include <sys/resource.h>
@@ -66,7 +63,7 @@ struct Documents : QSignalSpy
 
 } // namespace
 
-class tst_Actions : public QObject
+class tst_Actions : public RelayTest
 {
     Q_OBJECT
 
@@ -75,18 +72,12 @@ private:
     QByteArray const linked = R"({"task":"onStreamlabsAuthResult","authorized":true,"token":"t","port":5})";
     void publish(QByteArray const& text) { relay->publish(responses, json(text)); }
 
-    std::optional<LogRecorder> log;
-    std::unique_ptr<RelayServer> relay;
     //! What the actions have sent to it.
     QList<QJsonObject> commands;
 
-private slots:
-    void init()
+    void init() override
     {
-        log.emplace();
-        relay = std::make_unique<RelayServer>();
-        QVERIFY(relay->listen());
-        ZoLumenProxy::getInstance().port = relay->port();
+        RelayTest::init();
         connect(relay.get(), &RelayServer::commandReceived, relay.get(),
             [this](QJsonObject const& command) { commands.append(command); });
         relay->addCommandHandler(
@@ -94,13 +85,7 @@ private slots:
         commands.clear();
     }
 
-    void cleanup()
-    {
-        relay.reset();
-        QCOMPARE(log->problems(), QStringList());
-        log.reset();
-    }
-
+private slots:
     // Every document in tests/data/settings: what the host hands over, and what the action then says of
     // itself. What was written is read again as it is, and not written once more.
     void readsDocuments()

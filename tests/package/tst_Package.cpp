@@ -3,7 +3,7 @@
 #include "devhost/host/DevHost.h"
 #include "plugin/IBuiltInPackageLibrary.h"
 #include "relay/ZOPlugin.h"
-#include "tests/LogRecorder.h"
+#include "tests/LoggedTest.h"
 #include "tests/TestJson.h"
 
 #include <QDeadlineTimer>
@@ -105,7 +105,7 @@ private:
 
 } // namespace
 
-class tst_Package : public QObject
+class tst_Package : public LoggedTest
 {
     Q_OBJECT
 
@@ -117,18 +117,13 @@ private:
     }
 
     RelayServer relay;
-    std::optional<LogRecorder> log;
 
 private slots:
-    void init() { log.emplace(); }
-
-    void cleanup()
+    void cleanup() override
     {
         // A link that was closed has nothing to connect with again.
-        while (log->take(u"critical: StreamlabsService::connectSlobs \"\" 0"_s)) {
-        }
-        QCOMPARE(log->problems(), QStringList());
-        log.reset();
+        takeAll(u"critical: StreamlabsService::connectSlobs \"\" 0"_s);
+        LoggedTest::cleanup();
     }
 
     void exportsTwoFunctions()

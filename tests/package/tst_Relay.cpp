@@ -1,10 +1,8 @@
 // The clients of the host's relay, and the development host's relay itself.
 
 #include "actions/SlobsAgent.h"
-#include "devhost/fakes/RelayServer.h"
-#include "relay/ZoLumenProxy.h"
 #include "relay/ZoMixerPluginDelegate.h"
-#include "tests/LogRecorder.h"
+#include "tests/RelayTest.h"
 #include "tests/TestJson.h"
 
 #include <QEventLoop>
@@ -16,7 +14,6 @@
 #include <array>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <tuple>
 
 using namespace Qt::StringLiterals;
@@ -53,32 +50,14 @@ QByteArray const task = "slobs.service.task\",\"event\":\"";
 
 } // namespace
 
-class tst_Relay : public QObject
+class tst_Relay : public RelayTest
 {
     Q_OBJECT
 
 private:
     QString url() const { return u"ws://127.0.0.1:%1"_s.arg(relay->port()); }
 
-    std::optional<LogRecorder> log;
-    std::unique_ptr<RelayServer> relay;
-
 private slots:
-    void init()
-    {
-        log.emplace();
-        relay = std::make_unique<RelayServer>();
-        QVERIFY(relay->listen());
-        ZoLumenProxy::getInstance().port = relay->port();
-    }
-
-    void cleanup()
-    {
-        relay.reset();
-        QCOMPARE(log->problems(), QStringList());
-        log.reset();
-    }
-
     // ---- The relay
 
     void relayAnswers()
@@ -303,7 +282,7 @@ private slots:
                  {R"({"task":"X"})", u"debug: [SlobsAgent] \"X\" ???"_s}}) {
             responses.clear();
             relay->sendToAll(QString::fromLatin1(text));
-            QVERIFY(QTest::qWaitFor([this, &part = line] { return log->take(part); }));
+            QVERIFY(awaitLine(line));
             QTRY_COMPARE(responses.size(), 1);
             QCOMPARE(responses.first().first().toJsonObject(),
                 json(line == broken ? R"({"error":"Content was broken"})" : text));
@@ -368,7 +347,7 @@ private slots:
                 relay->sendToAll(uR"({"task":"x"})"_s);
                 relay->sendToAll(u"nonsense"_s); // which nobody takes any more
                 if (&listen == &ways[1]) {       // what it sends finds out that nobody is there any more
-                    QVERIFY(QTest::qWaitFor([this] { return log->take(u"Content was broken"_s); }));
+                    QVERIFY(awaitLine(u"Content was broken"_s));
                     relay->drop();
                     for (int i = 0; agent && i < 3; ++i) {
                         agent->queryScenes();

@@ -1,6 +1,6 @@
 #include "devhost/fakes/SockJsServer.h"
 #include "streamlabs/SockJsSocket.h"
-#include "tests/LogRecorder.h"
+#include "tests/LoggedTest.h"
 #include "tests/TestJson.h"
 #include "tests/TestPort.h"
 
@@ -18,7 +18,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -32,26 +31,27 @@ QString const remoteClosed =
 
 } // namespace
 
-class tst_SockJsSocket : public QObject
+class tst_SockJsSocket : public LoggedTest
 {
     Q_OBJECT
 
-private slots:
-    void init()
+private:
+    void init() override
     {
-        log.emplace();
+        LoggedTest::init();
         server = std::make_unique<SockJsServer>();
         QVERIFY(server->listen());
         socket = std::make_unique<SockJsSocket>();
     }
 
-    void cleanup()
+    void cleanup() override
     {
         socket.reset();
         server.reset();
-        QCOMPARE(log->problems(), QStringList());
-        log.reset();
+        LoggedTest::cleanup();
     }
+
+private slots:
 
     void receives(); // outside of the class, for moc cannot read some of the texts in it
 
@@ -327,18 +327,9 @@ private:
         QVERIFY(socket->isValid());
     }
 
-    bool awaitLine(QString const& part)
-    {
-        return QTest::qWaitFor([&] { return log->take(part); });
-    }
-    void takeErrors()
-    {
-        while (log->take(u"critical: QAbstractSocket::SocketError"_s)) {
-        }
-    }
+    void takeErrors() { takeAll(u"critical: QAbstractSocket::SocketError"_s); }
     bool awaitError() { return awaitLine(u"critical: QAbstractSocket::SocketError"_s); }
 
-    std::optional<LogRecorder> log;
     std::unique_ptr<SockJsServer> server;
     std::unique_ptr<SockJsSocket> socket;
 };

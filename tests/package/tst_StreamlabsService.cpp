@@ -4,7 +4,7 @@
 #include "devhost/fakes/RelayServer.h"
 #include "devhost/fakes/StreamlabsStandIn.h"
 #include "streamlabs/StreamlabsService.h"
-#include "tests/LogRecorder.h"
+#include "tests/LoggedTest.h"
 #include "tests/TestJson.h"
 #include "tests/TestPort.h"
 
@@ -14,7 +14,6 @@
 #include <QTest>
 
 #include <memory>
-#include <optional>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -26,7 +25,7 @@ protected:
     std::chrono::nanoseconds now() const override { return 0ns; }
 };
 
-class tst_StreamlabsService : public QObject
+class tst_StreamlabsService : public LoggedTest
 {
     Q_OBJECT
 
@@ -82,10 +81,6 @@ private:
     bool awaitPublished(QByteArray const& expected)
     {
         return QTest::qWaitFor([&] { return takePublished(expected); });
-    }
-    bool awaitLine(QString const& part)
-    {
-        return QTest::qWaitFor([&] { return log->take(part); });
     }
     //! Request \a number as "RESOURCE METHOD ARGUMENTS".
     QString requested(qsizetype number) const
@@ -163,7 +158,6 @@ private:
         json(R"({"task":"onQueryRecordingStatus","recordingStatus":""})"),
         json(R"({"task":"onQueryScenes","activeId":"","list":[]})"),
         json(R"({"task":"onQueryCollections","list":[]})"), json(R"({"task":"onQueryAudioList","list":[]})")};
-    std::optional<LogRecorder> log;
     std::unique_ptr<RelayServer> relay;
     std::unique_ptr<StreamlabsStandIn> desktop;
     std::unique_ptr<StreamlabsService> service;
@@ -172,9 +166,9 @@ private:
     QStringList ledChanges;
 
 private slots:
-    void init()
+    void init() override
     {
-        log.emplace();
+        LoggedTest::init();
         published.clear();
         requests.clear();
         ledChanges.clear();
@@ -199,13 +193,12 @@ private slots:
         service->init(relay.get());
     }
 
-    void cleanup()
+    void cleanup() override
     {
         service.reset();
         desktop.reset();
         relay.reset();
-        QCOMPARE(log->problems(), QStringList());
-        log.reset();
+        LoggedTest::cleanup();
     }
 
     void asksForEverythingOnceAuthenticated()
@@ -443,8 +436,7 @@ private slots:
         desktop->model().switchScene(u"配信終了"_s);
         settle();
         QCOMPARE(publishedTasks(), u"onQueryScenes"_s);
-        while (log->take(u"critical: QAbstractSocket::SocketError"_s)) {
-        }
+        takeAll(u"critical: QAbstractSocket::SocketError"_s);
     }
 
     // What is sent finds out before the socket has told that the other side is gone.
