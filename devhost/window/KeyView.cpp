@@ -24,8 +24,10 @@ bool isPressKey(int key)
 
 } // namespace
 
-KeyView::KeyView(QWidget* parent) : QWidget(parent)
+KeyView::KeyView(QWidget* parent) : QWidget(parent), stage(new QWidget(this))
 {
+    stage->setGeometry({{kMargin, kMargin}, ConsoleKey::kFaceSize});
+    stage->setAttribute(Qt::WA_TransparentForMouseEvents);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     updateFocusPolicy();
     setAcceptDrops(true);
@@ -57,15 +59,13 @@ void KeyView::setKey(int index, ConsoleKey* key, QString const& label)
     setObjectName(u"key%1"_s.arg(index));
 
     QWidget* const face = key ? key->faceWidget() : nullptr;
-    if (shownFace && shownFace != face && shownFace->parentWidget() == this) {
+    if (shownFace && shownFace != face && shownFace->parentWidget() == stage) {
         shownFace->hide();
     }
     shownFace = face;
     if (face) {
-        face->setParent(this);
-        face->setAttribute(Qt::WA_TransparentForMouseEvents);
-        face->move(kMargin, kMargin);
-        magnifyFace();
+        face->setParent(stage);
+        face->move(0, 0);
         face->show();
     }
     describe();
@@ -91,15 +91,8 @@ void KeyView::setMagnification(double factor)
 {
     if (factor != magnification) {
         magnification = factor;
-        magnifyFace();
+        stage->setGraphicsEffect(factor > 1 ? new Magnifier(factor) : nullptr);
         updateGeometry();
-    }
-}
-
-void KeyView::magnifyFace()
-{
-    if (shownFace) {
-        shownFace->setGraphicsEffect(magnification > 1 ? new Magnifier(magnification) : nullptr);
     }
 }
 
@@ -262,9 +255,7 @@ void KeyView::startDrag()
     carried->setData(keyMimeType(), QByteArray::number(position));
     auto* const drag = new QDrag(this);
     drag->setMimeData(carried);
-    shownFace->setGraphicsEffect(nullptr);
     drag->setPixmap(shownFace->grab());
-    magnifyFace();
     drag->setHotSpot(shownFace->rect().center());
     drag->exec(Qt::MoveAction);
 }

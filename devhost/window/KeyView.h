@@ -75,11 +75,12 @@ private:
     bool canTake(QDropEvent const* event) const;
     void updateFocusPolicy();
     void setDropTarget(bool target);
-    void magnifyFace();
 
     int position = 0;
     QPointer<ConsoleKey> shownKey;
     QPointer<QWidget> shownFace;
+    //! What is magnified, so that a picture of the face alone is pixel for pixel.
+    QWidget* stage;
     QString actionLabel;
     double magnification = 1;
     //! The mouse, a key of the keyboard, or nothing.
